@@ -1,0 +1,46 @@
+#include <benchmark/benchmark.h>
+
+#include "bench.h"
+
+namespace norvala_bench {
+
+Row::Row(std::string name, Prepare ours, std::vector<Size> sizes) : name_(std::move(name)), sizes_(std::move(sizes)) {
+  Register("norvala", ours);
+}
+
+Row& Row::Peer(const std::string& peer, const Prepare& prepare) {
+  Register(peer, prepare);
+  return *this;
+}
+
+void Row::Register(const std::string& who, const Prepare& prepare) const {
+  for (const Size size : sizes_) {
+    const std::string name = name_ + "/" + std::to_string(size.width) + "x" + std::to_string(size.height) + "/" + who;
+    benchmark::RegisterBenchmark(name.c_str(), [prepare, size](benchmark::State& state) {
+      const Work work = prepare(size);
+      work();  // first touch
+      for (auto _ : state) work();
+      state.counters["pixels"] = static_cast<double>(size.width) * size.height;
+    });
+  }
+}
+
+}  // namespace norvala_bench
+
+int main(int argc, char** argv) {
+  using namespace norvala_bench;
+#ifdef NORVALA_BENCH_OPENCV
+  cv::setNumThreads(1);
+#endif
+  AddPixelRows();
+  AddFilterRows();
+  AddPyramidRows();
+  AddWarpRows();
+  AddResizeRows();
+  AddDftRows();
+  AddAnalysisRows();
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  return 0;
+}

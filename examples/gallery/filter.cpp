@@ -1,0 +1,7 @@
+#include "sheet.h"
+
+namespace gallery {
+
+void ShowFilter(Sheet&) {}
+
+}  // namespace gallery

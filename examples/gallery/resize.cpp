@@ -1,0 +1,7 @@
+#include "sheet.h"
+
+namespace gallery {
+
+void ShowResize(Sheet&) {}
+
+}  // namespace gallery

@@ -1,0 +1,102 @@
+#include "sheet.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <stdexcept>
+
+namespace gallery {
+namespace {
+
+std::string Escape(const std::string& text) {
+  std::string escaped;
+  for (const char c : text) {
+    switch (c) {
+      case '<':
+        escaped += "&lt;";
+        break;
+      case '>':
+        escaped += "&gt;";
+        break;
+      case '&':
+        escaped += "&amp;";
+        break;
+      default:
+        escaped += c;
+    }
+  }
+  return escaped;
+}
+
+Plane<BW8> MakeGrey(const Library& library, const Picture& photo) {
+  Plane<BW8> grey(library, photo.width, photo.height);
+  for (int y = 0; y < photo.height; ++y) {
+    for (int x = 0; x < photo.width; ++x) grey.row(y)[x] = photo.at(x, y)[1];
+  }
+  return grey;
+}
+
+constexpr const char* kHead = R"(<!DOCTYPE html>
+<html lang="en">
+<meta charset="utf-8">
+<meta name="viewport" content="width=device-width, initial-scale=1">
+<title>Norvala gallery</title>
+<link rel="stylesheet" href="style.css">
+<h1>Norvala gallery</h1>
+)";
+
+}  // namespace
+
+Sheet::Sheet(const Library& library, Picture photo, std::filesystem::path folder)
+    : library_(library), photo_(std::move(photo)), folder_(std::move(folder)), grey_(MakeGrey(library, photo_)) {
+  std::filesystem::create_directories(folder_);
+}
+
+void Sheet::Section(const std::string& title, const std::string& text) {
+  std::printf("%s\n", title.c_str());
+  std::fflush(stdout);
+  html_ += "<h2>" + Escape(title) + "</h2>\n<p>" + Escape(text) + "</p>\n";
+}
+
+double Sheet::Run(const std::string& what, const std::function<int()>& call, Repeat repeat) const {
+  double least = 1e30;
+  const int runs = repeat == Repeat::Once ? 1 : 3;
+  for (int run = 0; run < runs; ++run) {
+    const auto start = std::chrono::steady_clock::now();
+    const int result = call();
+    const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - start;
+    if (result != 0) throw std::runtime_error(what + " failed");
+    least = std::min(least, time.count());
+  }
+  return least;
+}
+
+void Sheet::Show(const std::string& file, const std::string& caption, const std::string& call, double milliseconds,
+                 const Picture& picture) {
+  WritePng(folder_ / (file + ".png"), picture);
+  char facts[100];
+  std::snprintf(facts, sizeof facts, "%d x %d, %.3f ms", picture.width, picture.height, milliseconds);
+  html_ += "<figure><img src=\"" + file + ".png\" alt=\"" + Escape(caption) + "\"><figcaption>" + Escape(caption) +
+           "<br><code>" + Escape(call) + "</code><br>" + facts + "</figcaption></figure>\n";
+}
+
+void Sheet::Finish() const {
+  std::ofstream page(folder_ / "index.html", std::ios::binary);
+  page << kHead << html_;
+  if (!page.flush()) throw std::runtime_error("cannot write " + (folder_ / "index.html").string());
+}
+
+Picture ToPicture(const Plane<BW8>& plane) {
+  Picture picture(plane.width(), plane.height(), 1);
+  for (int y = 0; y < plane.height(); ++y) std::copy_n(plane.row(y), plane.width(), picture.at(0, y));
+  return picture;
+}
+
+Plane<BW8> ToPlane(const Library& library, const Picture& picture) {
+  if (picture.channels != 1) throw std::invalid_argument("not a grey picture");
+  Plane<BW8> plane(library, picture.width, picture.height);
+  for (int y = 0; y < plane.height(); ++y) std::copy_n(picture.at(0, y), plane.width(), plane.row(y));
+  return plane;
+}
+
+}  // namespace gallery

@@ -1,0 +1,7 @@
+#include "sheet.h"
+
+namespace gallery {
+
+void ShowWarp(Sheet&) {}
+
+}  // namespace gallery

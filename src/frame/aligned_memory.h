@@ -1,0 +1,80 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "frame/dispatch.h"
+#include "frame/types.h"
+
+namespace norvala {
+
+// Every buffer of the library starts on this boundary, and so does every row of a two-dimensional one.
+inline constexpr std::size_t kBufferAlignment = 32;
+
+void* Malloc1DBytes1(std::int32_t count);
+void* Malloc1DBytes4(std::int32_t count);
+void* Malloc1DBytes8(std::int32_t count);
+void* Malloc2DBytes1(std::int32_t width, std::int32_t height, std::int32_t* step);
+void* Malloc2DBytes4(std::int32_t width, std::int32_t height, std::int32_t* step);
+void* Malloc2DBytes8(std::int32_t width, std::int32_t height, std::int32_t* step);
+void FreeAligned(void* aligned);
+
+// The same addresses and steps, with a prefetch hint for the line 128 bytes past the start.
+void* Malloc1DBytes1Prefetch(std::int32_t count);
+void* Malloc1DBytes4Prefetch(std::int32_t count);
+void* Malloc1DBytes8Prefetch(std::int32_t count);
+void* Malloc2DBytes1Prefetch(std::int32_t width, std::int32_t height, std::int32_t* step);
+void* Malloc2DBytes4Prefetch(std::int32_t width, std::int32_t height, std::int32_t* step);
+void* Malloc2DBytes8Prefetch(std::int32_t width, std::int32_t height, std::int32_t* step);
+
+inline constexpr PrimitiveTable kMalloc1DBW8{Malloc1DBytes1, Malloc1DBytes1Prefetch};
+inline constexpr PrimitiveTable kMalloc1DFLOAT32{Malloc1DBytes4, Malloc1DBytes4Prefetch};
+inline constexpr PrimitiveTable kMalloc1DINT32{Malloc1DBytes4, Malloc1DBytes4Prefetch};
+inline constexpr PrimitiveTable kMalloc1DFLOAT64{Malloc1DBytes8, Malloc1DBytes8Prefetch};
+inline constexpr PrimitiveTable kFree1D{FreeAligned};
+inline constexpr PrimitiveTable kMalloc2DBW8{Malloc2DBytes1, Malloc2DBytes1Prefetch};
+inline constexpr PrimitiveTable kMalloc2DFLOAT32{Malloc2DBytes4, Malloc2DBytes4Prefetch};
+inline constexpr PrimitiveTable kMalloc2DComplexFLOAT32Number{Malloc2DBytes8, Malloc2DBytes8Prefetch};
+inline constexpr PrimitiveTable kFree2D{FreeAligned};
+
+// A vector from the aligned allocator, released at the end of its scope. Holds null when the count is below 1, does
+// not fit or cannot be had. The elements are not initialised.
+template <class T>
+class AlignedVector {
+ public:
+  explicit AlignedVector(std::int64_t count) : data_(Allocate(count)) {}
+  AlignedVector(AlignedVector&& other) noexcept : data_(other.Release()) {}
+  AlignedVector& operator=(AlignedVector&& other) noexcept {
+    if (this != &other) {
+      kFree1D(data_);
+      data_ = other.Release();
+    }
+    return *this;
+  }
+  ~AlignedVector() { kFree1D(data_); }
+
+  explicit operator bool() const { return data_ != nullptr; }
+  T* data() const { return data_; }
+  T& operator[](std::ptrdiff_t i) const { return data_[i]; }
+
+  // Gives up ownership.
+  T* Release() {
+    T* data = data_;
+    data_ = nullptr;
+    return data;
+  }
+
+ private:
+  static T* Allocate(std::int64_t count) {
+    if (count < 1 || count > INT32_MAX) return nullptr;
+    const auto n = static_cast<std::int32_t>(count);
+    if constexpr (sizeof(T) == 8) return static_cast<T*>(kMalloc1DFLOAT64(n));
+    if constexpr (sizeof(T) == 4) return static_cast<T*>(kMalloc1DFLOAT32(n));
+    constexpr auto size = static_cast<std::int64_t>(sizeof(T));
+    return count > INT32_MAX / size ? nullptr : static_cast<T*>(kMalloc1DBW8(static_cast<std::int32_t>(count * size)));
+  }
+
+  T* data_;
+};
+
+}  // namespace norvala

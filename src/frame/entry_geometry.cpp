@@ -1,0 +1,14 @@
+// Exports of the geometric transforms.
+
+#include "geometry/geometry.h"
+#include "norvala.h"
+
+using namespace norvala;
+
+// ---- Affine warp ----
+
+// ---- Quadrilateral warps ----
+
+// ---- Bounds and rotation ----
+
+// ---- Resize ----

@@ -1,0 +1,157 @@
+#include "frame/processor.h"
+
+#include <cpuid.h>
+
+#include <cstring>
+
+namespace norvala {
+
+std::int32_t ProcessorLevel = 0;
+
+namespace {
+
+constexpr std::string_view kVerifiedVendor = "GenuineIntel";
+
+constexpr bool HasBit(std::uint32_t word, int bit) { return (word >> bit & 1) != 0; }
+
+ProcessorLeaf ReadLeaf(std::uint32_t leaf, std::uint32_t subleaf) {
+  ProcessorLeaf result{};
+  __cpuid_count(leaf, subleaf, result.eax, result.ebx, result.ecx, result.edx);
+  return result;
+}
+
+// A family that the verified vendor's rows do not name, or any other vendor.
+std::int32_t ClassifyByFeatures(const ProcessorFeatures& features) {
+  if (features.ssse3) return 33;
+  if (features.sse3) return 66;
+  if (features.sse2) return 65;
+  return features.sse ? 64 : 0;
+}
+
+std::int32_t ClassifyFamily6(const ProcessorFeatures& features) {
+  if (!features.sse2) return features.sse ? 5 : features.mmx ? 4 : 3;
+  return features.ssse3 ? 33 : features.sse3 ? 10 : 9;
+}
+
+std::int32_t ClassifyFamily15(const ProcessorFeatures& features) {
+  if (!features.sse2) return 17;
+  if (!features.sse3) return features.severalLogicalProcessors ? 7 : 6;
+  if (!features.extension64) return 8;
+  return features.ssse3 ? 33 : 32;
+}
+
+}  // namespace
+
+ProcessorFeatures ReadProcessorFeatures(ProcessorLeafReader read) {
+  const std::uint32_t highestLeaf = read(0, 0).eax;
+  const ProcessorLeaf leaf1 = read(1, 0);
+  ProcessorFeatures features{};
+  features.family = leaf1.eax >> 8 & 0xF;
+  features.stepping = leaf1.eax & 0xF;
+  features.model = leaf1.eax >> 4 & 0xF;
+  features.processorType = features.family >> 11 & 3;
+  features.featureWord = leaf1.edx;
+  const ProcessorLeaf leaf2 = read(2, 0);
+  features.cacheWord1 = leaf2.eax;
+  features.cacheWord4 = leaf2.edx;
+  features.mmx = HasBit(leaf1.edx, 23);
+  features.sse = HasBit(leaf1.edx, 25);
+  features.sse2 = HasBit(leaf1.edx, 26);
+  features.severalLogicalProcessors = HasBit(leaf1.edx, 28) && (leaf1.ebx >> 16 & 0xFF) > 1;
+  features.sse3 = HasBit(leaf1.ecx, 0);
+  constexpr std::uint32_t kExtended = 0x80000000U;
+  features.extension64 = read(kExtended, 0).eax > kExtended && HasBit(read(kExtended + 1, 0).edx, 29);
+  features.ssse3 = HasBit(leaf1.ecx, 9);
+  features.coresPerPackage = highestLeaf >= 4 ? (read(4, 0).eax >> 26) + 1 : 1;
+  return features;
+}
+
+ProcessorIdentity IdentifyProcessor() {
+  ProcessorIdentity identity{};
+  // Before it reads anything, the compiler's query toggles the identification flag where the processor may lack it.
+  identity.identificationFlag = __get_cpuid_max(0, nullptr) != 0;
+  if (!identity.identificationFlag) return identity;
+  const ProcessorLeaf leaf0 = ReadLeaf(0, 0);
+  std::memcpy(identity.vendor, &leaf0.ebx, 4);
+  std::memcpy(identity.vendor + 4, &leaf0.edx, 4);
+  std::memcpy(identity.vendor + 8, &leaf0.ecx, 4);
+  identity.features = ReadProcessorFeatures(ReadLeaf);
+  return identity;
+}
+
+std::int32_t ClassifyProcessor(bool identificationFlag, std::string_view vendor, const ProcessorFeatures& features) {
+  if (!identificationFlag) return 0;
+  if (vendor == kVerifiedVendor) {
+    switch (features.family) {
+      case 5:
+        return features.mmx ? 2 : 1;
+      case 6:
+        return ClassifyFamily6(features);
+      case 7:
+        return 16;
+      case 15:
+        return ClassifyFamily15(features);
+      case 31:
+        return 17;
+      default:
+        break;
+    }
+  }
+  return ClassifyByFeatures(features);
+}
+
+std::int32_t LevelOfProcessorCode(std::int32_t code) {
+  switch (code) {
+    case -1:
+    case 0:
+    case 1:
+    case 2:
+    case 3:
+    case 4:
+      return 0;
+    case 5:
+    case 16:
+    case 17:
+    case 64:
+      return 1;
+    case 6:
+    case 7:
+    case 9:
+    case 65:
+      return 2;
+    case 8:
+    case 10:
+    case 32:
+    case 66:
+      return 3;
+    case 33:
+    case 34:
+      return 4;
+    default:
+      return -1;
+  }
+}
+
+std::int32_t DetectProcessorCode() {
+  const ProcessorIdentity identity = IdentifyProcessor();
+  return ClassifyProcessor(identity.identificationFlag, identity.vendor, identity.features);
+}
+
+StatusCode SelectProcessorLevel(std::int32_t code) {
+  const std::int32_t level = LevelOfProcessorCode(code);
+  if (level < 0) return StatusCode::UnknownProcessorCode;
+  ProcessorLevel = level;
+  return StatusCode::Success;
+}
+
+StatusCode SelectProcessorLevelFor(const ProcessorIdentity& identity) {
+  const bool verified = identity.identificationFlag && identity.vendor == kVerifiedVendor;
+  const std::int32_t code = ClassifyProcessor(identity.identificationFlag, identity.vendor, identity.features);
+  const std::int32_t level = LevelOfProcessorCode(code);
+  ProcessorLevel = level < 0 ? 0 : level;
+  return verified ? StatusCode::Success : StatusCode::ProcessorNotVerified;
+}
+
+StatusCode SelectProcessorLevelAuto() { return SelectProcessorLevelFor(IdentifyProcessor()); }
+
+}  // namespace norvala

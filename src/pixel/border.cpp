@@ -1,0 +1,61 @@
+#include "pixel/pixel.h"
+#include "pixel/rows.h"
+
+namespace norvala {
+namespace {
+
+// Whether `inside` pixels fit into `outside` behind `before` others.
+bool Fits(std::int32_t inside, std::int32_t outside, std::int32_t before) {
+  return static_cast<std::int64_t>(before) + inside <= outside;
+}
+
+template <class T>
+StatusCode ReplicateBorder(T* image, std::int32_t step, RegionSize inner, RegionSize outer, std::int32_t top,
+                           std::int32_t left) {
+  if (image == nullptr) return StatusCode::NullPointer;
+  if (step < 1) return StatusCode::NonPositiveStep;
+  if (IsEmpty(inner) || IsEmpty(outer) || top < 0 || left < 0 || !Fits(inner.width, outer.width, left) ||
+      !Fits(inner.height, outer.height, top)) {
+    return StatusCode::NonPositiveSize;
+  }
+  const auto innerWidth = static_cast<std::size_t>(inner.width);
+  const auto outerWidth = static_cast<std::size_t>(outer.width);
+  const auto before = static_cast<std::size_t>(left);
+  const std::size_t after = outerWidth - innerWidth - before;
+  const std::int32_t bottom = outer.height - inner.height - top;
+  const auto widen = [&](Unaligned<T>* row) {
+    FillRow<T>(row[0], row - before, before);
+    FillRow<T>(row[innerWidth - 1], row + innerWidth, after);
+  };
+
+  // The topmost rows are copies of the first inner row with its side borders, and so on downwards: the order matters
+  // where a small step makes rows overlap.
+  widen(Row(image, step, 0));
+  const Unaligned<T>* const first = Row(image, step, 0) - before;
+  for (std::int32_t y = -top; y < 0; ++y) CopyRow<T>(first, Row(image, step, y) - before, outerWidth);
+  for (std::int32_t y = 1; y < inner.height; ++y) widen(Row(image, step, y));
+  const Unaligned<T>* const last = Row(image, step, inner.height - 1) - before;
+  for (std::int32_t y = 0; y < bottom; ++y) {
+    CopyRow<T>(last, Row(image, step, std::ptrdiff_t{inner.height} + y) - before, outerWidth);
+  }
+  return StatusCode::Success;
+}
+
+}  // namespace
+
+StatusCode CopyReplicateBorderBW8(BW8* image, std::int32_t step, RegionSize inner, RegionSize outer, std::int32_t top,
+                                  std::int32_t left) {
+  return ReplicateBorder(image, step, inner, outer, top, left);
+}
+
+StatusCode CopyReplicateBorderBW16(BW16* image, std::int32_t step, RegionSize inner, RegionSize outer, std::int32_t top,
+                                   std::int32_t left) {
+  return ReplicateBorder(image, step, inner, outer, top, left);
+}
+
+StatusCode CopyReplicateBorderFLOAT32(FLOAT32* image, std::int32_t step, RegionSize inner, RegionSize outer,
+                                      std::int32_t top, std::int32_t left) {
+  return ReplicateBorder(reinterpret_cast<BW32*>(image), step, inner, outer, top, left);
+}
+
+}  // namespace norvala
