@@ -1,0 +1,78 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "frame/aligned_memory.h"
+#include "support/failing_heap.h"
+
+namespace norvala {
+namespace {
+
+using norvala_test::HeapWatch;
+
+TEST(AlignedMemoryTest, StoresTheRawBlockBeforeTheStart) {
+  const HeapWatch heap;
+  void* aligned = kMalloc1DBW8(100);
+  void* raw;
+  std::memcpy(&raw, static_cast<unsigned char*>(aligned) - sizeof raw, sizeof raw);
+  const auto distance = static_cast<unsigned char*>(aligned) - static_cast<unsigned char*>(raw);
+  EXPECT_GE(distance, static_cast<std::ptrdiff_t>(sizeof raw));
+  EXPECT_LE(distance, static_cast<std::ptrdiff_t>(sizeof raw) + 31);
+  EXPECT_EQ(heap.live(), 1);
+  kFree1D(aligned);
+  EXPECT_EQ(heap.live(), 0);
+}
+
+TEST(AlignedMemoryTest, RefusalsDoNotReachTheHeap) {
+  HeapWatch heap;
+  std::int32_t step = 0;
+  EXPECT_EQ(kMalloc1DBW8(0), nullptr);
+  EXPECT_EQ(kMalloc1DFLOAT64(INT32_MAX), nullptr);
+  EXPECT_EQ(kMalloc2DFLOAT32(0, 1, &step), nullptr);
+  EXPECT_EQ(kMalloc2DFLOAT32(1, 1, nullptr), nullptr);
+  EXPECT_EQ(heap.allocations(), 0);
+}
+
+TEST(AlignedMemoryTest, FailureOfTheHeapIsNull) {
+  HeapWatch heap;
+  heap.FailAt(0);
+  EXPECT_EQ(kMalloc1DFLOAT32(8), nullptr);
+  heap.FailAt(0);
+  std::int32_t step = -1;
+  EXPECT_EQ(kMalloc2DComplexFLOAT32Number(5, 8, &step), nullptr);
+  EXPECT_EQ(step, 64);
+  EXPECT_EQ(heap.live(), 0);
+}
+
+TEST(AlignedMemoryTest, LevelThreeAllocatesByItself) {
+  EXPECT_NE(kMalloc1DFLOAT32.entries[3], kMalloc1DFLOAT32.entries[0]);
+  EXPECT_NE(kMalloc2DBW8.entries[3], kMalloc2DBW8.entries[0]);
+  for (const int level : {1, 2, 4}) EXPECT_EQ(kMalloc1DBW8.entries[level], kMalloc1DBW8.entries[0]);
+  for (const int level : {1, 2, 3, 4}) EXPECT_EQ(kFree1D.entries[level], kFree1D.entries[0]);
+  std::int32_t step = 0;
+  void* image = kMalloc2DBW8.entries[3](33, 2, &step);
+  ASSERT_NE(image, nullptr);
+  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(image) % kBufferAlignment, 0U);
+  EXPECT_EQ(step, 64);
+  kFree2D(image);
+}
+
+TEST(AlignedVectorTest, OwnsItsBlock) {
+  HeapWatch heap;
+  {
+    AlignedVector<float> a(10);
+    ASSERT_TRUE(a);
+    AlignedVector<float> b(std::move(a));
+    EXPECT_FALSE(a);
+    b = AlignedVector<float>(3);
+    EXPECT_EQ(heap.live(), 1);
+  }
+  EXPECT_EQ(heap.live(), 0);
+  EXPECT_FALSE(AlignedVector<double>(0));
+  EXPECT_FALSE(AlignedVector<char>(std::int64_t{1} << 40));
+  heap.FailAt(0);
+  EXPECT_FALSE(AlignedVector<std::int16_t>(10));
+}
+
+}  // namespace
+}  // namespace norvala
