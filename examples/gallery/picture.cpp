@@ -21,7 +21,6 @@
 #pragma GCC diagnostic pop
 
 namespace gallery {
-
 Picture ReadPhoto(const std::filesystem::path& file) {
   const std::string name = file.string();
   std::error_code error;
@@ -30,11 +29,10 @@ Picture ReadPhoto(const std::filesystem::path& file) {
   int height = 0;
   int channels = 0;
   if (stbi_info(name.c_str(), &width, &height, &channels) == 0) {
-    throw std::runtime_error(name + ": not a PNG or JPEG picture that can be read");
+    throw std::runtime_error(name + ": not a PNG or JPEG picture, or one with far too many pixels");
   }
   if (static_cast<std::int64_t>(width) * height > kLargestPhoto) {
-    throw std::runtime_error(name + ": " + std::to_string(width) + " x " + std::to_string(height) +
-                             " pixels are too many, the limit is " + std::to_string(kLargestPhoto / 1'000'000) +
+    throw std::runtime_error(name + ": too many pixels, the limit is " + std::to_string(kLargestPhoto / 1'000'000) +
                              " million");
   }
   const std::unique_ptr<stbi_uc, decltype(&stbi_image_free)> pixels(
