@@ -5,6 +5,8 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "style.h"
+
 namespace gallery {
 namespace {
 
@@ -41,8 +43,12 @@ constexpr const char* kHead = R"(<!DOCTYPE html>
 <meta charset="utf-8">
 <meta name="viewport" content="width=device-width, initial-scale=1">
 <title>Norvala gallery</title>
-<link rel="stylesheet" href="style.css">
+<style>
+)";
+constexpr const char* kIntroduction = R"(</style>
 <h1>Norvala gallery</h1>
+<p>Every picture here was made from one photograph by a host program that loads the library at run time. A caption names
+the call, the size of the picture shown and the time that the call took.</p>
 )";
 
 }  // namespace
@@ -55,7 +61,9 @@ Sheet::Sheet(const Library& library, Picture photo, std::filesystem::path folder
 void Sheet::Section(const std::string& title, const std::string& text) {
   std::printf("%s\n", title.c_str());
   std::fflush(stdout);
-  html_ += "<h2>" + Escape(title) + "</h2>\n<p>" + Escape(text) + "</p>\n";
+  if (inSection_) html_ += "</div>\n";
+  inSection_ = true;
+  html_ += "<h2>" + Escape(title) + "</h2>\n<p>" + Escape(text) + "</p>\n<div class=\"pictures\">\n";
 }
 
 double Sheet::Run(const std::string& what, const std::function<int()>& call, Repeat repeat) const {
@@ -76,13 +84,16 @@ void Sheet::Show(const std::string& file, const std::string& caption, const std:
   WritePng(folder_ / (file + ".png"), picture);
   char facts[100];
   std::snprintf(facts, sizeof facts, "%d x %d, %.3f ms", picture.width, picture.height, milliseconds);
-  html_ += "<figure><img src=\"" + file + ".png\" alt=\"" + Escape(caption) + "\"><figcaption>" + Escape(caption) +
-           "<br><code>" + Escape(call) + "</code><br>" + facts + "</figcaption></figure>\n";
+  constexpr int kWide = 700;  // pictures side by side want the whole page
+  html_ += std::string(picture.width > kWide && picture.width > photo_.width * 5 / 4 ? "<figure class=\"wide\">"
+                                                                                     : "<figure>") +
+           "<img src=\"" + file + ".png\" alt=\"" + Escape(caption) + "\"><figcaption>" + Escape(caption) + "<code>" +
+           Escape(call) + "</code><span class=\"quiet\">" + facts + "</span></figcaption></figure>\n";
 }
 
 void Sheet::Finish() const {
   std::ofstream page(folder_ / "index.html", std::ios::binary);
-  page << kHead << html_;
+  page << kHead << kStyle << kIntroduction << html_ << (inSection_ ? "</div>\n" : "");
   if (!page.flush()) throw std::runtime_error("cannot write " + (folder_ / "index.html").string());
 }
 

@@ -70,6 +70,7 @@ class Sheet {
   std::filesystem::path folder_;
   Plane<BW8> grey_;
   std::string html_;
+  bool inSection_ = false;
 };
 
 // An 8-bit plane as a picture.

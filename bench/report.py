@@ -1,0 +1,146 @@
+"""Makes index.html from the measurements in a folder: charts and tables of peer time / our time.
+
+usage: report.py FOLDER        (reads FOLDER/linux64.json and FOLDER/linux32.json)
+       report.py FOLDER --markdown   prints the tables in Markdown instead
+"""
+
+import html
+import json
+import math
+import os
+import sys
+
+BUILDS = {"linux64": "64-bit build beside 64-bit peers", "linux32": "32-bit build beside 32-bit peers"}
+OURS = "norvala"
+STYLE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "docs", "style.css")
+
+
+def read(file):
+    """{row: {size: {who: least nanoseconds}}} in the order measured."""
+    rows = {}
+    with open(file, encoding="utf-8") as stream:
+        for entry in json.load(stream)["benchmarks"]:
+            if entry.get("run_type") == "aggregate":
+                continue
+            row, size, who = entry["name"].rsplit("/", 2)
+            times = rows.setdefault(row, {}).setdefault(size, {})
+            times[who] = min(times.get(who, math.inf), entry["cpu_time"] * entry_unit(entry))
+    return rows
+
+
+def entry_unit(entry):
+    return {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}[entry["time_unit"]]
+
+
+def pixels(size):
+    width, height = size.split("x")
+    return int(width) * int(height)
+
+
+def comparisons(rows):
+    """(row, size, peer, our ns, peer ns) for every pair measured."""
+    for row, sizes in rows.items():
+        for size, times in sizes.items():
+            for who, peer in times.items():
+                if who != OURS and OURS in times:
+                    yield row, size, who, times[OURS], peer
+
+
+def largest_sizes(rows):
+    return {row: max(sizes, key=pixels) for row, sizes in rows.items()}
+
+
+def bar(ratio):
+    """A bar from 1 to the ratio on a logarithmic scale: 1/4 at the left end, 8 at the right."""
+    place = min(max(40.0 + 20.0 * math.log2(ratio), 0.0), 100.0)
+    left, width = (40.0, place - 40.0) if ratio >= 1 else (place, 40.0 - place)
+    kind = "bar" if ratio >= 1 else "bar behind"
+    return f'<div class="track"><div class="{kind}" style="left:{left:.1f}%;width:{width:.1f}%"></div></div>'
+
+
+def chart(rows):
+    largest = largest_sizes(rows)
+    lines = ['<div class="bars">']
+    for row, size, who, ours, peer in comparisons(rows):
+        if size == largest[row]:
+            ratio = peer / ours
+            lines.append(f'<div class="name">{html.escape(row)} <span class="quiet">/ {html.escape(who)}</span></div>')
+            lines.append(bar(ratio))
+            lines.append(f'<div class="value">{ratio:.2f}</div>')
+    lines.append("</div>")
+    return "\n".join(lines)
+
+
+def table(rows):
+    lines = ['<div class="scroll"><table><tr><th>Work<th>Size<th class="number">ours, ns a pixel'
+             '<th>Peer<th class="number">peer, ns a pixel<th class="number">peer / ours']
+    for row, sizes in rows.items():
+        for size, times in sizes.items():
+            peers = [who for who in times if who != OURS] or [None]
+            for who in peers:
+                ours = times.get(OURS, math.nan)
+                cells = [html.escape(row), size, f"{ours / pixels(size):.3f}"]
+                if who:
+                    cells += [html.escape(who), f"{times[who] / pixels(size):.3f}", f"{times[who] / ours:.2f}"]
+                else:
+                    cells += ["", "", ""]
+                numbers = (2, 4, 5)
+                lines.append("<tr>" + "".join(f'<td class="number">{c}' if i in numbers else f"<td>{c}"
+                                              for i, c in enumerate(cells)))
+    lines.append("</table></div>")
+    return "\n".join(lines)
+
+
+def page(builds, context):
+    with open(STYLE, encoding="utf-8") as file:
+        style = file.read()
+    parts = [f"""<!DOCTYPE html>
+<html lang="en">
+<meta charset="utf-8">
+<meta name="viewport" content="width=device-width, initial-scale=1">
+<title>Norvala benchmarks</title>
+<style>
+{style}</style>
+<h1>Norvala benchmarks</h1>
+<p>Peer time divided by our time, for the same work in one run on one thread: right of the line, above 1, Norvala is
+ahead. The scale is logarithmic, from a quarter to eight. Each time is the least processor time of several repetitions.
+The bars show the largest size measured; the tables show all.</p>
+<p class="quiet">{html.escape(context)}</p>"""]
+    for name, rows in builds.items():
+        parts.append(f"<h2>{BUILDS[name]}</h2>\n{chart(rows)}\n<h3>All sizes</h3>\n{table(rows)}")
+    return "\n".join(parts) + "\n"
+
+
+def markdown(builds):
+    """One line a row and peer at its largest size, the ratios of all builds side by side."""
+    ratios = {}
+    for name, rows in builds.items():
+        largest = largest_sizes(rows)
+        for row, size, who, ours, peer in comparisons(rows):
+            if size == largest[row]:
+                ratios.setdefault((row, size, who), {})[name] = peer / ours
+    lines = ["| work | size | peer | 32-bit | 64-bit |", "|---|---|---|---:|---:|"]
+    for (row, size, who), by_build in ratios.items():
+        cells = [f"{by_build[b]:.2f}" if b in by_build else "" for b in ("linux32", "linux64")]
+        lines.append(f"| {row} | {size} | {who} | {cells[0]} | {cells[1]} |")
+    return "\n".join(lines) + "\n"
+
+
+def main():
+    folder = sys.argv[1]
+    files = {name: os.path.join(folder, name + ".json") for name in BUILDS}
+    builds = {name: read(file) for name, file in files.items() if os.path.exists(file)}
+    if not builds:
+        sys.exit(f"report.py: no measurements in {folder}")
+    if "--markdown" in sys.argv[2:]:
+        sys.stdout.write(markdown(builds))
+        return
+    with open(files[next(iter(builds))], encoding="utf-8") as stream:
+        machine = json.load(stream)["context"]
+    context = f"{machine['date'][:10]}, {machine['num_cpus']} processors at {machine['mhz_per_cpu']} MHz"
+    with open(os.path.join(folder, "index.html"), "w", encoding="utf-8") as file:
+        file.write(page(builds, context))
+
+
+if __name__ == "__main__":
+    main()
