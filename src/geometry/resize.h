@@ -40,4 +40,13 @@ ResizeInterpolation FitToSource(ResizeInterpolation interpolation, RegionSize sr
 StatusCode PlanResize(const FLOAT32* src, RegionSize srcSize, std::int32_t srcStep, Rect srcRegion, FLOAT32* dst,
                       std::int32_t dstStep, RegionSize dstSize, double xFactor, double yFactor, ResizeJob* job);
 
+// Moves the nearest pixels as bit patterns. Where both factors are 1, that is what every interpolation asks for.
+StatusCode ResampleNearest(const ResizeJob& job);
+inline bool IsCopy(const ResizeJob& job) { return job.columns.factor == 1.0 && job.rows.factor == 1.0; }
+
+// Both factors are one half and no pixel reaches beyond the source: the means over 2 x 2 pixels, which lie in the
+// middle between them, are then both what Reduce and what Linear asks for.
+bool IsHalving(const ResizeJob& job);
+void Halve(const ResizeJob& job);
+
 }  // namespace norvala

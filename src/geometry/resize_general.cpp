@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstring>
 
 #include "frame/aligned_memory.h"
 #include "frame/lanes.h"
@@ -200,33 +199,6 @@ StatusCode Resample(const ResizeJob& job) {
   return StatusCode::Success;
 }
 
-// Rows are copied as bit patterns; one that comes from the same source row as the row above is copied from there.
-StatusCode ResampleNearest(const ResizeJob& job) {
-  const std::int32_t width = job.columns.extent;
-  const auto bytes = static_cast<std::size_t>(width) * sizeof(FLOAT32);
-  const bool copied = job.columns.factor == 1.0;
-  const AlignedVector<std::int32_t> columns(copied ? 0 : width);
-  if (!copied) {
-    if (!columns) return StatusCode::WorkBufferUnavailable;
-    for (std::int32_t x = 0; x < width; ++x) columns[x] = NearestPixel(job.columns, x);
-  }
-  std::int32_t above = -1;
-  for (std::int32_t y = 0; y < job.rows.extent; ++y) {
-    const std::int32_t from = NearestPixel(job.rows, y);
-    const auto* src = reinterpret_cast<const Unaligned<const BW32>*>(Row(job.src, job.srcStep, from));
-    auto* dst = reinterpret_cast<Unaligned<BW32>*>(Row(job.dst, job.dstStep, y));
-    if (copied) {
-      std::memmove(dst, src, bytes);
-    } else if (from == above) {
-      std::memmove(dst, Row(job.dst, job.dstStep, y - 1), bytes);
-    } else {
-      for (std::int32_t x = 0; x < width; ++x) dst[x] = src[columns[x]];
-    }
-    above = from;
-  }
-  return StatusCode::Success;
-}
-
 }  // namespace
 
 StatusCode ResampleFLOAT32(const FLOAT32* src, RegionSize srcSize, std::int32_t srcStep, Rect srcRegion, FLOAT32* dst,
@@ -240,10 +212,13 @@ StatusCode ResampleFLOAT32(const FLOAT32* src, RegionSize srcSize, std::int32_t 
   ResizeJob job;
   status = PlanResize(src, srcSize, srcStep, srcRegion, dst, dstStep, dstSize, xFactor, yFactor, &job);
   if (status != StatusCode::Success) return status;
-  // Nothing between pixels is asked for.
-  if (xFactor == 1.0 && yFactor == 1.0) return ResampleNearest(job);
+  if (IsCopy(job)) return ResampleNearest(job);
   switch (FitToSource(static_cast<ResizeInterpolation>(interpolation), srcSize)) {
     case ResizeInterpolation::Linear:
+      if (IsHalving(job)) {
+        Halve(job);
+        return StatusCode::Success;
+      }
       return Resample<2>(job);
     case ResizeInterpolation::Cubic:
       return Resample<4>(job);

@@ -136,6 +136,11 @@ StatusCode ReduceFLOAT32(const FLOAT32* src, RegionSize srcSize, std::int32_t sr
   ResizeJob job;
   status = PlanResize(src, srcSize, srcStep, srcRegion, dst, dstStep, dstSize, xFactor, yFactor, &job);
   if (status != StatusCode::Success) return status;
+  if (IsCopy(job)) return ResampleNearest(job);
+  if (IsHalving(job)) {
+    Halve(job);
+    return StatusCode::Success;
+  }
   const Footprints columns(job.columns);
   const Footprints rows(job.rows);
   if (columns.whole) {
