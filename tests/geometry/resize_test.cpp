@@ -4,6 +4,7 @@
 #include <bit>
 #include <cmath>
 #include <limits>
+#include <numbers>
 
 #include "norvala.h"
 #include "support/image.h"
@@ -39,7 +40,7 @@ int Extent(int length, double factor, int dstLength) {
   return scaled < 0.5 ? 0 : 1;
 }
 
-double Sinc(double x) { return x == 0.0 ? 1.0 : std::sin(M_PI * x) / (M_PI * x); }
+double Sinc(double x) { return x == 0.0 ? 1.0 : std::sin(std::numbers::pi * x) / (std::numbers::pi * x); }
 
 double Kernel(int interpolation, double x) {
   const double a = std::fabs(x);
