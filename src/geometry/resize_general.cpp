@@ -199,6 +199,18 @@ StatusCode Resample(const ResizeJob& job) {
   return StatusCode::Success;
 }
 
+bool IsResampling(ResizeInterpolation interpolation) {
+  switch (interpolation) {
+    case ResizeInterpolation::Nearest:
+    case ResizeInterpolation::Linear:
+    case ResizeInterpolation::Cubic:
+    case ResizeInterpolation::EightPoint:
+      return true;
+    default:
+      return false;
+  }
+}
+
 }  // namespace
 
 StatusCode ResampleFLOAT32(const FLOAT32* src, RegionSize srcSize, std::int32_t srcStep, Rect srcRegion, FLOAT32* dst,
@@ -206,9 +218,7 @@ StatusCode ResampleFLOAT32(const FLOAT32* src, RegionSize srcSize, std::int32_t 
                            std::int32_t interpolation) {
   StatusCode status = CheckResize(src, srcSize, srcRegion, dst, dstSize, xFactor, yFactor);
   if (status != StatusCode::Success) return status;
-  if (interpolation != 1 && interpolation != 2 && interpolation != 4 && interpolation != 16) {
-    return StatusCode::UnknownInterpolation;
-  }
+  if (!IsResampling(static_cast<ResizeInterpolation>(interpolation))) return StatusCode::UnknownInterpolation;
   ResizeJob job;
   status = PlanResize(src, srcSize, srcStep, srcRegion, dst, dstStep, dstSize, xFactor, yFactor, &job);
   if (status != StatusCode::Success) return status;

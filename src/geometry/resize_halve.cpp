@@ -15,20 +15,22 @@ FLOAT32 MeanOfFour(SrcRow upper, SrcRow lower) {
   return static_cast<FLOAT32>(((double{upper[0]} + lower[0]) + (double{upper[1]} + lower[1])) * 0.25);
 }
 
-// Returns whether all sums were finite. A sum may leave the range of a float that the mean is in.
+// Returns whether all sums stayed in the range of a float; the means of those that left it may lie inside. The total
+// tells, since it never gets finite again; where it leaves the range by itself, only time is lost.
 bool HalveRow(SrcRow upper, SrcRow lower, DstRow dst, std::ptrdiff_t extent) {
-  F32x4 notFinite = {};
+  F32x4 total = {};
   std::ptrdiff_t x = 0;
   for (; x + 4 <= extent; x += 4) {
     const auto left = LoadLanes<F32x4>(upper + 2 * x) + LoadLanes<F32x4>(lower + 2 * x);
     const auto right = LoadLanes<F32x4>(upper + 2 * x + 4) + LoadLanes<F32x4>(lower + 2 * x + 4);
     const F32x4 sum =
         __builtin_shufflevector(left, right, 0, 2, 4, 6) + __builtin_shufflevector(left, right, 1, 3, 5, 7);
-    notFinite += sum - sum;  // stays 0 unless a sum is infinite or not a number
+    total += sum;
     StoreLanes(dst + x, sum * 0.25F);
   }
   for (; x < extent; ++x) dst[x] = MeanOfFour(upper + 2 * x, lower + 2 * x);
-  return notFinite[0] + notFinite[1] + notFinite[2] + notFinite[3] == 0.0F;
+  total -= total;
+  return total[0] + total[1] + total[2] + total[3] == 0.0F;
 }
 
 }  // namespace

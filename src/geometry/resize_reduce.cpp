@@ -83,21 +83,25 @@ void AddSomeRows(int n, const SrcRow (&rows)[4], const double (&parts)[4], doubl
   }
 }
 
+// Sums of a footprint's rows, four rows at a time.
 template <bool whole>
 void SumRows(const ResizeJob& job, const Footprint& f, double* sums, std::int32_t count) {
-  for (std::int32_t y = f.first; y <= f.last; y += 4) {
-    const int n = std::min(f.last - y + 1, 4);
+  const std::int32_t height = f.last - f.first + 1;
+  for (std::int32_t done = 0; done < height;) {
+    const int n = std::min(height - done, 4);
     SrcRow rows[4];
     double parts[4];
     for (int k = 0; k < n; ++k) {
-      rows[k] = Row(job.src, job.srcStep, y + k);
-      parts[k] = y + k == f.first ? f.firstPart : y + k == f.last ? f.lastPart : 1.0;
+      const std::int32_t y = f.first + done + k;
+      rows[k] = Row(job.src, job.srcStep, y);
+      parts[k] = y == f.first ? f.firstPart : y == f.last ? f.lastPart : 1.0;
     }
-    if (y == f.first) {
+    if (done == 0) {
       AddSomeRows<!whole, true>(n, rows, parts, sums, count);
     } else {
       AddSomeRows<!whole, false>(n, rows, parts, sums, count);
     }
+    done += n;
   }
 }
 

@@ -139,6 +139,33 @@ TEST(ResizeBitsTest, LinearIsPixelByPixel) { CompareWithPixelByPixel<2>(2); }
 TEST(ResizeBitsTest, CubicIsPixelByPixel) { CompareWithPixelByPixel<4>(4); }
 TEST(ResizeBitsTest, EightPointIsPixelByPixel) { CompareWithPixelByPixel<8>(16); }
 
+TEST(ResizeBitsTest, HalvingIsPixelByPixel) {
+  Random random(2);
+  for (int round = 0; round < 100; ++round) {
+    Image<float> src(RandomInt(random, 2, 60), RandomInt(random, 2, 20), RandomLayout(random));
+    src.Fill([&] { return static_cast<float>(RandomInt(random, -9999, 9999)) / 7.0F; });
+    // Values that leave the range take their own pixel out of the common way, and no other.
+    if (round % 2 == 0) src.Set(RandomInt(random, 0, src.width() - 1), RandomInt(random, 0, src.height() - 1), 3e38F);
+    if (round % 4 == 0)
+      src.Set(RandomInt(random, 0, src.width() - 1), RandomInt(random, 0, src.height() - 1), -INFINITY);
+    Image<float> dst(src.width() / 2, src.height() / 2, RandomLayout(random));
+    Image<float> expected(dst);
+    for (int y = 0; y < dst.height(); ++y) {
+      for (int x = 0; x < dst.width(); ++x) {
+        const float left = src.Get(2 * x, 2 * y) + src.Get(2 * x, 2 * y + 1);
+        const float right = src.Get(2 * x + 1, 2 * y) + src.Get(2 * x + 1, 2 * y + 1);
+        expected.Set(x, y, (left + right) * 0.25F);
+      }
+    }
+    for (const int interpolation : {2, 8}) {
+      ASSERT_EQ(Resize(src.data(), {src.width(), src.height()}, src.step(), {0, 0, src.width(), src.height()},
+                       dst.data(), dst.step(), {dst.width(), dst.height()}, 0.5, 0.5, interpolation),
+                StatusCode::Success);
+      ASSERT_EQ(dst.Bytes(), expected.Bytes());
+    }
+  }
+}
+
 // Pixels beyond any image that fits in memory: nothing overflows on the way.
 TEST(ResizeTapsTest, StayInRangeForHugeAxes) {
   for (const double factor : {0.5 / INT32_MAX, 1e-9, 0.5, 1.0, 1e9, std::numeric_limits<double>::infinity()}) {
