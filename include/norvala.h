@@ -197,7 +197,47 @@ NORVALA_API int32_t NORVALA_CALL Norvala_CopyReplicateBorderFLOAT32(FLOAT32* ima
 
 /* ---- Bounds and rotation ---- */
 
-/* ---- Resize ---- */
+/** @name Resize
+ *  @{ */
+/** Scales a region of a float image by one factor across and one down. The destination extent is the region (cut to
+ *  the image where it reaches beyond it) times the factors plus 1e-7, rounded down, but at least one pixel where half
+ *  a pixel or more is left, and at most the destination size; exactly that many pixels from the first one on are
+ *  written, all others keep their values. Pixel (i, j) of the destination lies at ((i + 0.5) / xFactor - 0.5,
+ *  (j + 0.5) / yFactor - 0.5) of the region. Beyond its edges the region continues with its edge pixels; nothing
+ *  outside it is read. A direction with the factor 1 copies, and a constant region stays constant.
+ *
+ *  | interpolation | name       | value of a pixel                                                                   |
+ *  |---------------|------------|------------------------------------------------------------------------------------|
+ *  | 1             | Nearest    | the nearest source pixel, moved as a bit pattern                                   |
+ *  | 2             | Linear     | straight lines through 2 x 2 pixels                                                |
+ *  | 4             | Cubic      | cubic Lagrange polynomials through 4 x 4 pixels                                    |
+ *  | 8             | Reduce     | the mean over the area that the pixel covers in the source; both factors at most 1 |
+ *  | 16            | EightPoint | windowed sinc over 8 x 8 pixels                                                    |
+ *
+ *  In small images, whatever the region, EightPoint needs 8 source rows and columns and becomes Cubic below, Cubic
+ *  needs 4 and becomes Linear, Linear needs 2 and becomes Nearest. Nearest to EightPoint look at a fixed number of
+ *  source pixels: for shrinking to less than about half take Reduce, which sees them all.
+ *  @param src           first pixel of the source image (of the image, not of the region)
+ *  @param srcWidth      pixels in a row of the source image, at least 1
+ *  @param srcHeight     rows of the source image, at least 1
+ *  @param srcStep       source row step in bytes; not checked: zero and negative steps are used as given
+ *  @param srcRegion     the region to scale; must not be null. Its origin lies inside the image, its sizes are at
+ *                       least 1
+ *  @param dst           first destination pixel
+ *  @param dstStep       destination row step in bytes; not checked
+ *  @param dstWidth      largest number of pixels to write in a row, at least 1
+ *  @param dstHeight     largest number of rows to write, at least 1
+ *  @param xFactor       destination width over source width, above 0
+ *  @param yFactor       destination height over source height, above 0
+ *  @param interpolation 1, 2, 4, 8 or 16
+ *  @return 0, or -1 with nothing written when `src` or `dst` is null, a size or the origin of the region is out of its
+ *  range, a factor is not above 0, the interpolation is none of the above or is 8 with a factor above 1, less than
+ *  half a pixel would be left in a direction, or work memory cannot be had */
+NORVALA_API int32_t NORVALA_CALL Norvala_Resize(const FLOAT32* src, int32_t srcWidth, int32_t srcHeight,
+                                                int32_t srcStep, const Rect* srcRegion, FLOAT32* dst, int32_t dstStep,
+                                                int32_t dstWidth, int32_t dstHeight, FLOAT64 xFactor, FLOAT64 yFactor,
+                                                int32_t interpolation);
+/** @} */
 
 /* ---- Discrete Fourier transform ---- */
 
