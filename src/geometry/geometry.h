@@ -16,18 +16,10 @@ namespace norvala {
 
 // ---- Resize ----
 
-StatusCode ResampleFLOAT32(const FLOAT32* src, RegionSize srcSize, std::int32_t srcStep, Rect srcRegion, FLOAT32* dst,
-                           std::int32_t dstStep, RegionSize dstSize, FLOAT64 xFactor, FLOAT64 yFactor,
-                           std::int32_t interpolation);
-StatusCode ReduceFLOAT32(const FLOAT32* src, RegionSize srcSize, std::int32_t srcStep, Rect srcRegion, FLOAT32* dst,
-                         std::int32_t dstStep, RegionSize dstSize, FLOAT64 xFactor, FLOAT64 yFactor);
+StatusCode ResizeFLOAT32(const FLOAT32* src, RegionSize srcSize, std::int32_t srcStep, Rect srcRegion, FLOAT32* dst,
+                         std::int32_t dstStep, RegionSize dstSize, FLOAT64 xFactor, FLOAT64 yFactor,
+                         std::int32_t interpolation);
 
-inline constexpr PrimitiveTable kResampleFLOAT32{ResampleFLOAT32};
-inline constexpr PrimitiveTable kReduceFLOAT32{ReduceFLOAT32};
-
-// The one of the two that serves an interpolation and its factors.
-StatusCode Resize(const FLOAT32* src, RegionSize srcSize, std::int32_t srcStep, Rect srcRegion, FLOAT32* dst,
-                  std::int32_t dstStep, RegionSize dstSize, FLOAT64 xFactor, FLOAT64 yFactor,
-                  std::int32_t interpolation);
+inline constexpr PrimitiveTable kResizeFLOAT32{ResizeFLOAT32};
 
 }  // namespace norvala

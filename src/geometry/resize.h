@@ -6,7 +6,7 @@
 #include "frame/status.h"
 #include "frame/types.h"
 
-// What the two primitives of resizing share: checks, and how far each direction reaches.
+// What the two ways of resizing share: checks, and how far each direction reaches.
 
 namespace norvala {
 
@@ -29,7 +29,14 @@ struct ResizeJob {
   ResizeAxis rows;
 };
 
-// The checks of the arguments that both primitives make first.
+// The two ways: the general resampler and the reduction by area averaging.
+StatusCode ResampleFLOAT32(const FLOAT32* src, RegionSize srcSize, std::int32_t srcStep, Rect srcRegion, FLOAT32* dst,
+                           std::int32_t dstStep, RegionSize dstSize, FLOAT64 xFactor, FLOAT64 yFactor,
+                           std::int32_t interpolation);
+StatusCode ReduceFLOAT32(const FLOAT32* src, RegionSize srcSize, std::int32_t srcStep, Rect srcRegion, FLOAT32* dst,
+                         std::int32_t dstStep, RegionSize dstSize, FLOAT64 xFactor, FLOAT64 yFactor);
+
+// The checks of the arguments that both make first.
 StatusCode CheckResize(const FLOAT32* src, RegionSize srcSize, Rect srcRegion, const FLOAT32* dst, RegionSize dstSize,
                        double xFactor, double yFactor);
 

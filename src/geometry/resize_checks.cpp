@@ -60,14 +60,14 @@ StatusCode PlanResize(const FLOAT32* src, RegionSize srcSize, std::int32_t srcSt
   return StatusCode::Success;
 }
 
-StatusCode Resize(const FLOAT32* src, RegionSize srcSize, std::int32_t srcStep, Rect srcRegion, FLOAT32* dst,
-                  std::int32_t dstStep, RegionSize dstSize, FLOAT64 xFactor, FLOAT64 yFactor,
-                  std::int32_t interpolation) {
+StatusCode ResizeFLOAT32(const FLOAT32* src, RegionSize srcSize, std::int32_t srcStep, Rect srcRegion, FLOAT32* dst,
+                         std::int32_t dstStep, RegionSize dstSize, FLOAT64 xFactor, FLOAT64 yFactor,
+                         std::int32_t interpolation) {
   // A reduction that would enlarge is left to the resampler, which refuses it.
   if (interpolation == static_cast<std::int32_t>(ResizeInterpolation::Reduce) && xFactor <= 1.0 && yFactor <= 1.0) {
-    return kReduceFLOAT32(src, srcSize, srcStep, srcRegion, dst, dstStep, dstSize, xFactor, yFactor);
+    return ReduceFLOAT32(src, srcSize, srcStep, srcRegion, dst, dstStep, dstSize, xFactor, yFactor);
   }
-  return kResampleFLOAT32(src, srcSize, srcStep, srcRegion, dst, dstStep, dstSize, xFactor, yFactor, interpolation);
+  return ResampleFLOAT32(src, srcSize, srcStep, srcRegion, dst, dstStep, dstSize, xFactor, yFactor, interpolation);
 }
 
 }  // namespace norvala

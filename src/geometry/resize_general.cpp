@@ -2,7 +2,6 @@
 
 #include "frame/aligned_memory.h"
 #include "frame/lanes.h"
-#include "geometry/geometry.h"
 #include "geometry/resize.h"
 #include "geometry/resize_taps.h"
 

@@ -1,7 +1,6 @@
 #include <algorithm>
 
 #include "frame/aligned_memory.h"
-#include "geometry/geometry.h"
 #include "geometry/resize.h"
 
 // The reduction: the mean over the area that a destination pixel covers in the source. The rows of a footprint are

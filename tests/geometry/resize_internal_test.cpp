@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "geometry/geometry.h"
+#include "geometry/resize.h"
 #include "geometry/resize_taps.h"
 #include "support/failing_heap.h"
 #include "support/image.h"
@@ -23,8 +24,8 @@ TEST(ResizeStatusTest, ChecksInOrder) {
   // Both primitives, the general one with an interpolation that it refuses after all these checks.
   const auto expect = [&](StatusCode status, const float* src, RegionSize srcSize, Rect region, float* dst,
                           RegionSize dstSize, double xFactor, double yFactor) {
-    EXPECT_EQ(kReduceFLOAT32(src, srcSize, 0, region, dst, 0, dstSize, xFactor, yFactor), status);
-    EXPECT_EQ(kResampleFLOAT32(src, srcSize, 0, region, dst, 0, dstSize, xFactor, yFactor, 0), status);
+    EXPECT_EQ(ReduceFLOAT32(src, srcSize, 0, region, dst, 0, dstSize, xFactor, yFactor), status);
+    EXPECT_EQ(ResampleFLOAT32(src, srcSize, 0, region, dst, 0, dstSize, xFactor, yFactor, 0), status);
   };
   expect(StatusCode::NullPointer, nullptr, none, {-1, 0, 0, 0}, pixels, none, 0, 0);
   expect(StatusCode::NullPointer, pixels, none, {-1, 0, 0, 0}, nullptr, none, 0, 0);
@@ -42,19 +43,18 @@ TEST(ResizeStatusTest, ChecksInOrder) {
   expect(StatusCode::BadResizeFactor, pixels, four, all, pixels, four, 0.01, std::nan(""));
 
   const auto resample = [&](double factor, int interpolation) {
-    return kResampleFLOAT32(pixels, four, 16, all, pixels + 32, 16, four, factor, factor, interpolation);
+    return ResampleFLOAT32(pixels, four, 16, all, pixels + 32, 16, four, factor, factor, interpolation);
   };
   EXPECT_EQ(resample(0.01, 8), StatusCode::UnknownInterpolation);
   EXPECT_EQ(resample(0.01, 2), StatusCode::ResultRegionEmpty);
-  EXPECT_EQ(kReduceFLOAT32(pixels, four, 16, all, pixels + 32, 16, four, 0.1249999, 1.0),
-            StatusCode::ResultRegionEmpty);
-  EXPECT_EQ(kReduceFLOAT32(pixels, four, 16, all, pixels + 32, 16, four, 0.125, 1.0), StatusCode::Success);
+  EXPECT_EQ(ReduceFLOAT32(pixels, four, 16, all, pixels + 32, 16, four, 0.1249999, 1.0), StatusCode::ResultRegionEmpty);
+  EXPECT_EQ(ReduceFLOAT32(pixels, four, 16, all, pixels + 32, 16, four, 0.125, 1.0), StatusCode::Success);
 }
 
 TEST(ResizeStatusTest, RoutesReductionsOnly) {
   float pixels[32] = {};
   const auto resize = [&](double xFactor, double yFactor) {
-    return Resize(pixels, {4, 4}, 16, {0, 0, 4, 4}, pixels + 16, 16, {4, 4}, xFactor, yFactor, 8);
+    return kResizeFLOAT32(pixels, {4, 4}, 16, {0, 0, 4, 4}, pixels + 16, 16, {4, 4}, xFactor, yFactor, 8);
   };
   EXPECT_EQ(resize(1.0, 1.0), StatusCode::Success);
   EXPECT_EQ(resize(0.5, 1.5), StatusCode::UnknownInterpolation);
@@ -70,7 +70,8 @@ TEST(ResizeMemoryTest, ReportsAndReleases) {
     HeapWatch watch;
     const double factor = interpolation == 8 ? 0.7 : 1.7;
     const auto resize = [&] {
-      return Resize(src, {16, 16}, 64, {0, 0, 16, 16}, dst.data(), 128, {32, 32}, factor, factor, interpolation);
+      return kResizeFLOAT32(src, {16, 16}, 64, {0, 0, 16, 16}, dst.data(), 128, {32, 32}, factor, factor,
+                            interpolation);
     };
     const int allocations = interpolation == 1 ? 1 : 2;
     for (int i = 0; i < allocations; ++i) {
@@ -128,8 +129,8 @@ void CompareWithPixelByPixel(int interpolation) {
     for (int y = 0; y < rows.extent; ++y) {
       for (int x = 0; x < columns.extent; ++x) expected.Set(x, y, Pixel<taps>(src, columns, rows, x, y));
     }
-    ASSERT_EQ(kResampleFLOAT32(src.data(), {src.width(), src.height()}, src.step(), {0, 0, src.width(), src.height()},
-                               dst.data(), dst.step(), {dst.width(), dst.height()}, xFactor, yFactor, interpolation),
+    ASSERT_EQ(ResampleFLOAT32(src.data(), {src.width(), src.height()}, src.step(), {0, 0, src.width(), src.height()},
+                              dst.data(), dst.step(), {dst.width(), dst.height()}, xFactor, yFactor, interpolation),
               StatusCode::Success);
     ASSERT_EQ(dst.Bytes(), expected.Bytes());
   }
@@ -158,8 +159,8 @@ TEST(ResizeBitsTest, HalvingIsPixelByPixel) {
       }
     }
     for (const int interpolation : {2, 8}) {
-      ASSERT_EQ(Resize(src.data(), {src.width(), src.height()}, src.step(), {0, 0, src.width(), src.height()},
-                       dst.data(), dst.step(), {dst.width(), dst.height()}, 0.5, 0.5, interpolation),
+      ASSERT_EQ(kResizeFLOAT32(src.data(), {src.width(), src.height()}, src.step(), {0, 0, src.width(), src.height()},
+                               dst.data(), dst.step(), {dst.width(), dst.height()}, 0.5, 0.5, interpolation),
                 StatusCode::Success);
       ASSERT_EQ(dst.Bytes(), expected.Bytes());
     }
