@@ -230,12 +230,9 @@ NORVALA_API int32_t NORVALA_CALL Norvala_FilterColumnPipelineGetBufferSizeBW8(in
  *  @return 0, or -1 when a pointer is null, a size is below 1, the anchor lies outside the kernel, the step is below
  *          `width`, the border type is none of 0 .. 4, the divisor is 0, or an entry of `dstRows` is null: the rows
  *          before that entry are complete then, and no later one is touched */
-NORVALA_API int32_t NORVALA_CALL Norvala_FilterRowBorderPipelineBW8(const BW8* src, int32_t srcStep,
-                                                                    int16_t* const* dstRows, int32_t width,
-                                                                    int32_t height, const int16_t* kernel,
-                                                                    int32_t kernelSize, int32_t anchor,
-                                                                    int32_t borderType, BW8 borderValue,
-                                                                    int32_t divisor, BW8* buffer);
+NORVALA_API int32_t NORVALA_CALL Norvala_FilterRowBorderPipelineBW8(
+    const BW8* src, int32_t srcStep, int16_t* const* dstRows, int32_t width, int32_t height, const int16_t* kernel,
+    int32_t kernelSize, int32_t anchor, int32_t borderType, BW8 borderValue, int32_t divisor, BW8* buffer);
 /** Filters signed 16-bit rows vertically into 8-bit rows. Destination row y is the sum of tap i times source row y + i,
  *  divided as described above and clamped to 0..255: the caller places the anchor by the choice of the first row.
  *  @param srcRows    `height` + `kernelSize` - 1 pointers to source rows of `width` values each; may repeat rows

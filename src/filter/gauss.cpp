@@ -78,9 +78,7 @@ StatusCode Filter5x5(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_
   const auto outer = [&](std::int64_t y) { return rows + static_cast<std::ptrdiff_t>((y + 5) % 5) * size.width; };
   const auto near = [&](std::int64_t y) { return rows + static_cast<std::ptrdiff_t>(5 + (y + 4) % 4) * size.width; };
   const auto middle = [&](std::int64_t y) { return rows + static_cast<std::ptrdiff_t>(9 + (y + 3) % 3) * size.width; };
-  const auto sum = [&](std::ptrdiff_t y) {
-    SumRow5(Row(src, srcStep, y), size.width, outer(y), near(y), middle(y));
-  };
+  const auto sum = [&](std::ptrdiff_t y) { SumRow5(Row(src, srcStep, y), size.width, outer(y), near(y), middle(y)); };
   for (std::ptrdiff_t y = -2; y < 2; ++y) sum(y);
   for (std::ptrdiff_t y = 0; y < size.height; ++y) {
     sum(y + 2);

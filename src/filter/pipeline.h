@@ -4,12 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "frame/lanes.h"
 #include "frame/status.h"
 #include "frame/types.h"
 
 // What the row and the column filter of the pipeline share: the size of their work buffers, the sums of taps times
-// values, and the division of the sums. Results are products of the sum and the reciprocal of the divisor in double
+// values, and the division of the sums. A result is the product of the sum and the reciprocal of the divisor in double
 // precision, truncated. Sums that fit 16 bits are divided as integers wherever that gives the same result.
 
 namespace norvala {
@@ -26,19 +25,40 @@ inline StatusCode WritePipelineBufferSize(RegionSize size, std::int32_t kernelSi
   return StatusCode::Success;
 }
 
-// ---- Sums of 16 bits ----
+// ---- Sums ----
 
-// Columns that one step of a 16-bit loop makes.
-inline constexpr std::int32_t kBlock = 16;
+// Columns whose sums are formed at a time, on the stack.
+inline constexpr std::int32_t kStrip = 256;
 
-// Calls block(x) for blocks of kBlock columns that together cover `width` of them, at least kBlock; the last block
-// overlaps the one before it where the width is no multiple.
-template <class Block>
-inline void ForEachBlock(std::int32_t width, Block block) {
-  std::int32_t x = 0;
-  for (; x <= width - kBlock; x += kBlock) block(x);
-  if (x < width) block(width - kBlock);
+// sums[x] = sum over i of tap(i) * line(i)[x]. Sum is an unsigned integer, which wraps, or double. kTaps is the number
+// of taps where the compiler knows it, otherwise 0.
+template <int kTaps, class Sum, class Line, class TapAt>
+inline void SumLines(Line line, TapAt tap, std::int32_t count, std::int32_t width, Sum* __restrict sums) {
+  if constexpr (kTaps != 0) {
+    decltype(line(0)) lines[kTaps];
+    std::int16_t taps[kTaps];
+    for (int i = 0; i < kTaps; ++i) {
+      lines[i] = line(i);
+      taps[i] = tap(i);
+    }
+    for (std::int32_t x = 0; x < width; ++x) {
+      Sum sum = 0;
+      for (int i = 0; i < kTaps; ++i) sum = static_cast<Sum>(sum + static_cast<Sum>(taps[i] * lines[i][x]));
+      sums[x] = sum;
+    }
+  } else {
+    for (std::int32_t x = 0; x < width; ++x) sums[x] = 0;
+    for (std::int32_t i = 0; i < count; ++i) {
+      const auto values = line(i);
+      const std::int16_t weight = tap(i);
+      for (std::int32_t x = 0; x < width; ++x) {
+        sums[x] = static_cast<Sum>(sums[x] + static_cast<Sum>(weight * values[x]));
+      }
+    }
+  }
 }
+
+// ---- Division in 16 bits ----
 
 struct TapSums {
   std::int64_t magnitude = 0;
@@ -65,72 +85,48 @@ inline bool FitsSixteenBits(TapSums taps, std::int32_t largest, std::int32_t div
   return taps.magnitude * largest <= (taps.negative || divisor == 1 ? INT16_MAX : UINT16_MAX);
 }
 
-// Quotients of unsigned 16-bit integers by a constant of at least 1 (any other is taken as 1): a multiplication by a reciprocal of 17 bits, whose
-// leading 1 is added apart (T. Granlund, P. L. Montgomery: Division by invariant integers using multiplication, 1994).
+// Quotients of unsigned 16-bit integers by a constant of at least 1 (any other is taken as 1): a multiplication by a
+// reciprocal of 17 bits, whose leading 1 is added apart (T. Granlund, P. L. Montgomery: Division by invariant integers
+// using multiplication, 1994).
 class Divider {
  public:
-  explicit Divider(std::int32_t divisor) : identity_(divisor <= 1) {
-    // No dividend reaches 2^16, so that larger divisors make the same quotient: 0.
+  explicit Divider(std::int32_t divisor) {
+    // No dividend reaches 2^16, so that all larger divisors make the same quotient: 0.
     const auto d = static_cast<std::uint32_t>(std::clamp(divisor, 1, 1 << 16));
-    std::uint32_t bits = 1;
+    std::uint32_t bits = 0;
     while ((1U << bits) < d) ++bits;
-    reciprocal_ = U16x8{} + static_cast<std::uint16_t>((((1U << bits) - d) << 16) / d + 1);
-    shift_ = static_cast<std::uint16_t>(bits - 1);
+    reciprocal_ = static_cast<std::uint16_t>((((1U << bits) - d) << 16) / d + 1);
+    first_ = static_cast<std::uint16_t>(d > 1 ? 1 : 0);
+    second_ = static_cast<std::uint16_t>(bits - first_);
   }
 
-  U16x8 operator()(U16x8 n) const {
-    if (identity_) return n;
-    const U16x8 part = MulHigh(n, reciprocal_);
-    return (part + ((n - part) >> 1)) >> shift_;
+  std::uint16_t operator()(std::uint16_t n) const {
+    const auto part = static_cast<std::uint16_t>((std::uint32_t{n} * reciprocal_) >> 16);
+    const auto rest = static_cast<std::uint16_t>(static_cast<std::uint16_t>(n - part) >> first_);
+    return static_cast<std::uint16_t>(static_cast<std::uint16_t>(part + rest) >> second_);
   }
 
  private:
-  bool identity_;
-  U16x8 reciprocal_;
-  std::uint16_t shift_;
+  std::uint16_t reciprocal_;
+  std::uint16_t first_;
+  std::uint16_t second_;
 };
 
-// ---- Exact sums ----
+// ---- Division in double precision ----
 
-// Columns whose exact sums lie on the stack at a time.
-inline constexpr std::int32_t kStrip = 256;
-
-// sums[x] = sum over i of tap(i) * line(i)[x]; Sum is std::uint32_t, which wraps, or double. kTaps is the number of taps
-// where it is known to the compiler, otherwise 0.
-template <int kTaps, class Sum, class Line, class TapAt>
-inline void SumLines(Line line, TapAt tap, std::int32_t count, std::int32_t width, Sum* __restrict sums) {
-  if constexpr (kTaps != 0) {
-    decltype(line(0)) lines[kTaps];
-    std::int16_t taps[kTaps];
-    for (int i = 0; i < kTaps; ++i) {
-      lines[i] = line(i);
-      taps[i] = tap(i);
-    }
-    for (std::int32_t x = 0; x < width; ++x) {
-      Sum sum = 0;
-      for (int i = 0; i < kTaps; ++i) sum += static_cast<Sum>(taps[i] * lines[i][x]);
-      sums[x] = sum;
-    }
-  } else {
-    for (std::int32_t x = 0; x < width; ++x) sums[x] = 0;
-    for (std::int32_t i = 0; i < count; ++i) {
-      const auto* const values = line(i);
-      const std::int16_t weight = tap(i);
-      for (std::int32_t x = 0; x < width; ++x) sums[x] += static_cast<Sum>(weight * values[x]);
-    }
-  }
-}
-
-// dst[x] = sums[x] * factor, clamped to low..high and truncated.
+// dst[x] = sums[x] * factor, clamped to low..high and truncated, for up to kStrip sums.
 template <class Sum, class Result>
 inline void ScaleSums(const Sum* __restrict sums, std::int32_t width, double factor, double low, double high,
                       Result* __restrict dst) {
+  // Two loops, each in lanes of one size, vectorise far better than one.
+  std::int32_t scaled[kStrip];
   for (std::int32_t x = 0; x < width; ++x) {
     double v = sums[x] * factor;
     v = v > high ? high : v;
     v = v < low ? low : v;
-    dst[x] = static_cast<Result>(static_cast<std::int32_t>(v));
+    scaled[x] = static_cast<std::int32_t>(v);
   }
+  for (std::int32_t x = 0; x < width; ++x) dst[x] = static_cast<Result>(scaled[x]);
 }
 
 }  // namespace norvala

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <type_traits>
 
 #include "filter/filter.h"
 #include "filter/pipeline.h"
@@ -12,58 +11,6 @@ using Values = Unaligned<const std::int16_t>;
 using RowPointer = Unaligned<const std::int16_t*>;
 using Weight = Unaligned<FLOAT32>;
 
-struct ColumnKernel {
-  const Tap* taps;
-  const Weight* weights;  // the taps again, in the work buffer
-  std::int32_t count;
-  double factor;
-  Divider divider;
-};
-
-// Makes one destination row from the run of rows that begins at `rows`.
-using FilterFunction = void (*)(const ColumnKernel& kernel, const RowPointer* rows, std::int32_t width,
-                                Unaligned<BW8>* dst);
-
-// Sums in double precision, or in 32 bits where all of them fit.
-template <int kTaps, class Sum>
-void FilterExact(const ColumnKernel& kernel, const RowPointer* rows, std::int32_t width, Unaligned<BW8>* dst) {
-  using Signed = std::conditional_t<std::is_same_v<Sum, double>, double, std::int32_t>;
-  Sum sums[kStrip];
-  for (std::int32_t x = 0; x < width; x += kStrip) {
-    const std::int32_t count = std::min(kStrip, width - x);
-    SumLines<kTaps>([&](std::int32_t i) -> const Values* { return rows[i] + x; },
-                    [&](std::int32_t i) { return static_cast<std::int16_t>(kernel.weights[i]); }, kernel.count, count,
-                    sums);
-    ScaleSums(reinterpret_cast<const Signed*>(sums), count, kernel.factor, 0, UINT8_MAX, dst + x);
-  }
-}
-
-// Sums that fit 16 bits; with negative taps, in absolute value 15.
-template <int kTaps, bool kNegativeTaps>
-void FilterNarrow(const ColumnKernel& kernel, const RowPointer* rows, std::int32_t width, Unaligned<BW8>* dst) {
-  if (width < kBlock) return FilterExact<kTaps, std::uint32_t>(kernel, rows, width, dst);
-  const int count = kTaps != 0 ? kTaps : kernel.count;
-  const Divider divide = kernel.divider;
-  const auto scale = [divide](U16x8 sum) {
-    auto v = BitCastLanes<I16x8>(sum);
-    if constexpr (kNegativeTaps) v = v < I16x8{} ? I16x8{} : v;
-    v = BitCastLanes<I16x8>(divide(BitCastLanes<U16x8>(v)));
-    const I16x8 white = I16x8{} + std::int16_t{UINT8_MAX};
-    return BitCastLanes<U16x8>(v > white ? white : v);
-  };
-  ForEachBlock(width, [&](std::int32_t x) {
-    U16x8 low{};
-    U16x8 high{};
-    for (int i = 0; i < count; ++i) {
-      const auto tap = static_cast<std::uint16_t>(kernel.taps[i]);
-      const Values* const values = rows[i] + x;
-      low += LoadLanes<U16x8>(values) * tap;
-      high += LoadLanes<U16x8>(values + 8) * tap;
-    }
-    StoreLanes(dst + x, NarrowToBytes(scale(low), scale(high)));
-  });
-}
-
 // All bits that are set in any of the values: at least as large as each of them, and negative if one of them is.
 std::int16_t UnitedBits(const Values* values, std::int32_t width) {
   std::int16_t bits = 0;
@@ -71,40 +18,81 @@ std::int16_t UnitedBits(const Values* values, std::int32_t width) {
   return bits;
 }
 
-// A bound of the values in all rows that lie in 0..bound; negative where one is negative or the bound no longer serves.
-std::int32_t LargestValue(const RowPointer* rows, std::int64_t count, std::int32_t width, TapSums taps,
-                          std::int32_t divisor) {
+// Whether all rows hold only values of at least 0, so small that the sums can be formed and divided in 16 bits.
+bool RunsInSixteenBits(const RowPointer* rows, std::int64_t count, std::int32_t width, TapSums taps,
+                       std::int32_t divisor) {
   std::int16_t bits = 1;
-  for (std::int64_t i = 0; i < count && bits >= 0 && FitsSixteenBits(taps, bits, divisor); ++i) {
+  for (std::int64_t i = 0; i < count; ++i) {
+    if (bits < 0 || !FitsSixteenBits(taps, bits, divisor)) return false;
     bits = static_cast<std::int16_t>(bits | UnitedBits(rows[static_cast<std::size_t>(i)], width));
   }
-  return bits;
-}
-
-template <int kTaps>
-FilterFunction ChooseFilter(TapSums taps, std::int32_t largest, std::int32_t divisor) {
-  if (largest >= 0 && FitsSixteenBits(taps, largest, divisor)) {
-    return taps.negative ? FilterNarrow<kTaps, true> : FilterNarrow<kTaps, false>;
-  }
-  return taps.magnitude <= INT32_MAX / -INT16_MIN ? FilterExact<kTaps, std::uint32_t> : FilterExact<kTaps, double>;
-}
-
-FilterFunction ChooseFilter(const ColumnKernel& kernel, const RowPointer* rows, std::int64_t rowCount,
-                            std::int32_t width, std::int32_t divisor) {
-  const TapSums taps = AddTaps(kernel.taps, kernel.count);
-  const std::int32_t largest = LargestValue(rows, rowCount, width, taps, divisor);
-  switch (kernel.count) {
-    case 3:
-      return ChooseFilter<3>(taps, largest, divisor);
-    case 5:
-      return ChooseFilter<5>(taps, largest, divisor);
-    default:
-      return ChooseFilter<0>(taps, largest, divisor);
-  }
+  return bits >= 0 && FitsSixteenBits(taps, bits, divisor);
 }
 
 Weight* AlignedStart(BW8* buffer) {
   return reinterpret_cast<Weight*>((reinterpret_cast<std::uintptr_t>(buffer) + 15) & ~std::uintptr_t{15});
+}
+
+struct ColumnKernel {
+  const Weight* taps;
+  std::int32_t count;
+  double factor;
+  Divider divide;
+  bool narrow;        // whether the sums fit 16 bits and can be divided there
+  bool negativeTaps;  // narrow sums are signed
+  bool wide;          // whether the sums fit 32 bits
+};
+
+void DivideSigned(const std::uint16_t* __restrict sums, std::int32_t width, Divider divide,
+                  Unaligned<BW8>* __restrict dst) {
+  for (std::int32_t x = 0; x < width; ++x) {
+    const auto sign = static_cast<std::uint16_t>(static_cast<std::int16_t>(sums[x]) >> 15);
+    const auto quotient = static_cast<std::int16_t>(divide(sums[x]) & ~sign);
+    dst[x] = static_cast<BW8>(quotient > UINT8_MAX ? UINT8_MAX : quotient);
+  }
+}
+
+// Quotients fit 15 bits: sums of more than that are not divided by 1.
+void DivideUnsigned(const std::uint16_t* __restrict sums, std::int32_t width, Divider divide,
+                    Unaligned<BW8>* __restrict dst) {
+  for (std::int32_t x = 0; x < width; ++x) {
+    const auto quotient = static_cast<std::int16_t>(divide(sums[x]));
+    dst[x] = static_cast<BW8>(quotient > UINT8_MAX ? UINT8_MAX : quotient);
+  }
+}
+
+// Makes one destination row from the run of rows that begins at `rows`.
+template <int kTaps>
+void Filter(const ColumnKernel& kernel, const RowPointer* rows, std::int32_t width, Unaligned<BW8>* dst) {
+  const auto tap = [&](std::int32_t i) { return static_cast<std::int16_t>(kernel.taps[i]); };
+  for (std::int32_t x = 0; x < width; x += kStrip) {
+    const std::int32_t count = std::min(kStrip, width - x);
+    const auto line = [&](std::int32_t i) -> const Values* { return rows[i] + x; };
+    if (kernel.narrow) {
+      std::uint16_t sums[kStrip];
+      SumLines<kTaps>(line, tap, kernel.count, count, sums);
+      (kernel.negativeTaps ? DivideSigned : DivideUnsigned)(sums, count, kernel.divide, dst + x);
+    } else if (kernel.wide) {
+      std::uint32_t sums[kStrip];
+      SumLines<kTaps>(line, tap, kernel.count, count, sums);
+      ScaleSums(reinterpret_cast<const std::int32_t*>(sums), count, kernel.factor, 0, UINT8_MAX, dst + x);
+    } else {
+      double sums[kStrip];
+      SumLines<0>(line, tap, kernel.count, count, sums);
+      ScaleSums(sums, count, kernel.factor, 0, UINT8_MAX, dst + x);
+    }
+  }
+}
+
+auto* ChooseFilter(std::int32_t kernelSize) {
+  switch (kernelSize) {
+    case 3:
+      return Filter<3>;
+    case 5:
+      return Filter<5>;
+    default:
+      return Filter<0>;
+  }
 }
 
 }  // namespace
@@ -130,8 +118,15 @@ StatusCode FilterColumnPipelineBW8(const std::int16_t* const* srcRows, BW8* dst,
   Weight* const weights = AlignedStart(buffer);
   const Tap* const taps = kernel;
   for (std::int32_t i = 0; i < kernelSize; ++i) weights[i] = taps[i];
-  const ColumnKernel columnKernel = {taps, weights, kernelSize, 1.0 / divisor, Divider(divisor)};
-  const FilterFunction filter = ChooseFilter(columnKernel, rows, rowCount, size.width, divisor);
+  const TapSums sums = AddTaps(taps, kernelSize);
+  const ColumnKernel columnKernel = {weights,
+                                     kernelSize,
+                                     1.0 / divisor,
+                                     Divider(divisor),
+                                     RunsInSixteenBits(rows, rowCount, size.width, sums, divisor),
+                                     sums.negative,
+                                     sums.magnitude <= INT32_MAX / -INT16_MIN};
+  const auto filter = ChooseFilter(kernelSize);
   for (std::int32_t y = 0; y < size.height; ++y) filter(columnKernel, rows + y, size.width, Row(dst, dstStep, y));
   return StatusCode::Success;
 }

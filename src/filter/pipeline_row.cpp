@@ -57,69 +57,63 @@ void ExtendRow(const Unaligned<BW8>* row, std::int32_t width, Border border, std
 }
 
 struct RowKernel {
+  RowKernel(const Tap* kernel, std::int32_t kernelSize, std::int32_t divisor)
+      : taps(kernel), count(kernelSize), factor(1.0 / divisor), divide(divisor) {
+    const TapSums sums = AddTaps(kernel, kernelSize);
+    narrow = FitsSixteenBits(sums, UINT8_MAX, divisor);
+    negativeTaps = sums.negative;
+  }
+
   const Tap* taps;
   std::int32_t count;
   double factor;
-  Divider divider;
+  Divider divide;
+  bool narrow;        // whether the sums fit 16 bits and can be divided there
+  bool negativeTaps;  // narrow sums are signed
 };
 
-// Filters `width` pixels of an extended row, which begins with the pixel under tap 0 of the first of them.
-using FilterFunction = void (*)(const RowKernel& kernel, const Unaligned<BW8>* extended, std::int32_t width,
-                                Unaligned<std::int16_t>* dst);
-
-template <int kTaps>
-void FilterExact(const RowKernel& kernel, const Unaligned<BW8>* extended, std::int32_t width,
-                 Unaligned<std::int16_t>* dst) {
-  std::uint32_t sums[kStrip];
-  for (std::int32_t x = 0; x < width; x += kStrip) {
-    const std::int32_t count = std::min(kStrip, width - x);
-    SumLines<kTaps>([&](std::int32_t i) { return extended + x + i; }, [&](std::int32_t i) { return kernel.taps[i]; },
-                    kernel.count, count, sums);
-    ScaleSums(reinterpret_cast<const std::int32_t*>(sums), count, kernel.factor, INT16_MIN, INT16_MAX, dst + x);
+// The truncated quotients of signed sums.
+void DivideSigned(const std::uint16_t* __restrict sums, std::int32_t width, Divider divide,
+                  Unaligned<std::int16_t>* __restrict dst) {
+  for (std::int32_t x = 0; x < width; ++x) {
+    const auto sign = static_cast<std::uint16_t>(static_cast<std::int16_t>(sums[x]) >> 15);
+    const std::uint16_t quotient = divide(static_cast<std::uint16_t>((sums[x] ^ sign) - sign));
+    dst[x] = static_cast<std::int16_t>((quotient ^ sign) - sign);
   }
 }
 
-// Sums that fit 16 bits; with negative taps, in absolute value 15.
-template <int kTaps, bool kNegativeTaps>
-void FilterNarrow(const RowKernel& kernel, const Unaligned<BW8>* extended, std::int32_t width,
-                  Unaligned<std::int16_t>* dst) {
-  if (width < kBlock) return FilterExact<kTaps>(kernel, extended, width, dst);
-  const int count = kTaps != 0 ? kTaps : kernel.count;
-  const Divider divide = kernel.divider;
-  const auto scale = [divide](U16x8 sum) {
-    if constexpr (!kNegativeTaps) return divide(sum);
-    const U16x8 sign = BitCastLanes<U16x8>(BitCastLanes<I16x8>(sum) >> 15);
-    return (divide((sum ^ sign) - sign) ^ sign) - sign;
-  };
-  ForEachBlock(width, [&](std::int32_t x) {
-    U16x8 low{};
-    U16x8 high{};
-    for (int i = 0; i < count; ++i) {
-      const auto tap = static_cast<std::uint16_t>(kernel.taps[i]);
-      const auto pixels = LoadLanes<U8x16>(extended + x + i);
-      low += WidenLow(pixels) * tap;
-      high += WidenHigh(pixels) * tap;
-    }
-    StoreLanes(dst + x, scale(low));
-    StoreLanes(dst + x + 8, scale(high));
-  });
+void DivideUnsigned(const std::uint16_t* __restrict sums, std::int32_t width, Divider divide,
+                    Unaligned<std::int16_t>* __restrict dst) {
+  for (std::int32_t x = 0; x < width; ++x) dst[x] = static_cast<std::int16_t>(divide(sums[x]));
 }
 
+// Filters `width` pixels of an extended row, which begins with the pixel under tap 0 of the first of them.
 template <int kTaps>
-FilterFunction ChooseFilter(TapSums taps, std::int32_t divisor) {
-  if (!FitsSixteenBits(taps, UINT8_MAX, divisor)) return FilterExact<kTaps>;
-  return taps.negative ? FilterNarrow<kTaps, true> : FilterNarrow<kTaps, false>;
+void Filter(const RowKernel& kernel, const Unaligned<BW8>* extended, std::int32_t width, Unaligned<std::int16_t>* dst) {
+  const auto tap = [&](std::int32_t i) { return kernel.taps[i]; };
+  for (std::int32_t x = 0; x < width; x += kStrip) {
+    const std::int32_t count = std::min(kStrip, width - x);
+    const auto line = [&](std::int32_t i) { return extended + x + i; };
+    if (kernel.narrow) {
+      std::uint16_t sums[kStrip];
+      SumLines<kTaps>(line, tap, kernel.count, count, sums);
+      (kernel.negativeTaps ? DivideSigned : DivideUnsigned)(sums, count, kernel.divide, dst + x);
+    } else {
+      std::uint32_t sums[kStrip];
+      SumLines<kTaps>(line, tap, kernel.count, count, sums);
+      ScaleSums(reinterpret_cast<const std::int32_t*>(sums), count, kernel.factor, INT16_MIN, INT16_MAX, dst + x);
+    }
+  }
 }
 
-FilterFunction ChooseFilter(const RowKernel& kernel, std::int32_t divisor) {
-  const TapSums taps = AddTaps(kernel.taps, kernel.count);
-  switch (kernel.count) {
+auto* ChooseFilter(std::int32_t kernelSize) {
+  switch (kernelSize) {
     case 3:
-      return ChooseFilter<3>(taps, divisor);
+      return Filter<3>;
     case 5:
-      return ChooseFilter<5>(taps, divisor);
+      return Filter<5>;
     default:
-      return ChooseFilter<0>(taps, divisor);
+      return Filter<0>;
   }
 }
 
@@ -142,16 +136,17 @@ StatusCode FilterRowBorderPipelineBW8(const BW8* src, std::int32_t srcStep, std:
   }
   if (divisor == 0) return StatusCode::BadArgument;
 
-  const RowKernel rowKernel = {kernel, kernelSize, 1.0 / divisor, Divider(divisor)};
-  const FilterFunction filter = ChooseFilter(rowKernel, divisor);
+  const RowKernel rowKernel(kernel, kernelSize, divisor);
+  const auto filter = ChooseFilter(kernelSize);
   const Border border = {static_cast<BorderType>(borderType), borderValue};
   const std::int64_t width = size.width;
   const std::int64_t reach = std::int64_t{kernelSize} - 1;
   // The buffer takes the whole extended row or, one after the other, its two ends: as far as the results go that need
-  // the border, and at least a block.
+  // the border, and at least so many that they run in vectors.
+  constexpr std::int32_t kVector = 16;
   const bool whole = width + reach <= 4 * std::int64_t{kernelSize} + 64;
-  const std::int32_t left = std::max(anchor, kBlock);
-  const std::int32_t right = std::max(kernelSize - 1 - anchor, kBlock);
+  const std::int32_t left = std::max(anchor, kVector);
+  const std::int32_t right = std::max(kernelSize - 1 - anchor, kVector);
   for (std::int32_t y = 0; y < size.height; ++y) {
     const Unaligned<BW8>* const row = Row(src, srcStep, y);
     Unaligned<std::int16_t>* const dst = dstRows[y];

@@ -29,8 +29,7 @@ int32_t Norvala_FilterRowBorderPipelineBW8(const BW8* src, int32_t srcStep, int1
 int32_t Norvala_FilterColumnPipelineBW8(const int16_t* const* srcRows, BW8* dst, int32_t dstStep, int32_t width,
                                         int32_t height, const int16_t* kernel, int32_t kernelSize, int32_t divisor,
                                         BW8* buffer) {
-  return Fold(
-      kFilterColumnPipelineBW8(srcRows, dst, dstStep, {width, height}, kernel, kernelSize, divisor, buffer));
+  return Fold(kFilterColumnPipelineBW8(srcRows, dst, dstStep, {width, height}, kernel, kernelSize, divisor, buffer));
 }
 
 // ---- Gaussian filter ----

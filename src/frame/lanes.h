@@ -50,33 +50,4 @@ inline To BitCastLanes(From v) {
   return reinterpret_cast<To>(v);
 }
 
-// The lower and the upper half of the lanes, zero-extended to twice their width.
-inline U16x8 WidenLow(U8x16 v) {
-  return BitCastLanes<U16x8>(
-      __builtin_shufflevector(v, U8x16{}, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23));
-}
-inline U16x8 WidenHigh(U8x16 v) {
-  return BitCastLanes<U16x8>(
-      __builtin_shufflevector(v, U8x16{}, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31));
-}
-inline I32x4 WidenLow(U16x8 v) {
-  return BitCastLanes<I32x4>(__builtin_shufflevector(v, U16x8{}, 0, 8, 1, 9, 2, 10, 3, 11));
-}
-inline I32x4 WidenHigh(U16x8 v) {
-  return BitCastLanes<I32x4>(__builtin_shufflevector(v, U16x8{}, 4, 12, 5, 13, 6, 14, 7, 15));
-}
-
-// The low byte of every lane, `low` first.
-inline U8x16 NarrowToBytes(U16x8 low, U16x8 high) {
-  return __builtin_shufflevector(BitCastLanes<U8x16>(low), BitCastLanes<U8x16>(high), 0, 2, 4, 6, 8, 10, 12, 14, 16, 18,
-                                 20, 22, 24, 26, 28, 30);
-}
-
-// The upper halves of the 32-bit products, in one instruction: the compilers know this loop.
-inline U16x8 MulHigh(U16x8 a, U16x8 b) {
-  U16x8 high;
-  for (int i = 0; i < 8; ++i) high[i] = static_cast<std::uint16_t>((std::uint32_t{a[i]} * b[i]) >> 16);
-  return high;
-}
-
 }  // namespace norvala
