@@ -20,13 +20,13 @@ std::int16_t UnitedBits(const Values* values, std::int32_t width) {
 
 // Whether all rows hold only values of at least 0, so small that the sums can be formed and divided in 16 bits.
 bool RunsInSixteenBits(const RowPointer* rows, std::int64_t count, std::int32_t width, TapSums taps,
-                       std::int32_t divisor) {
+                       const Divider& divide) {
   std::int16_t bits = 1;
   for (std::int64_t i = 0; i < count; ++i) {
-    if (bits < 0 || !FitsSixteenBits(taps, bits, divisor)) return false;
+    if (bits < 0 || !FitsSixteenBits(taps, bits, divide)) return false;
     bits = static_cast<std::int16_t>(bits | UnitedBits(rows[static_cast<std::size_t>(i)], width));
   }
-  return bits >= 0 && FitsSixteenBits(taps, bits, divisor);
+  return bits >= 0 && FitsSixteenBits(taps, bits, divide);
 }
 
 Weight* AlignedStart(BW8* buffer) {
@@ -62,7 +62,6 @@ void DivideUnsigned(const std::uint16_t* __restrict sums, std::int32_t width, Di
 }
 
 // Makes one destination row from the run of rows that begins at `rows`.
-template <int kTaps>
 void Filter(const ColumnKernel& kernel, const RowPointer* rows, std::int32_t width, Unaligned<BW8>* dst) {
   const auto tap = [&](std::int32_t i) { return static_cast<std::int16_t>(kernel.taps[i]); };
   for (std::int32_t x = 0; x < width; x += kStrip) {
@@ -70,28 +69,17 @@ void Filter(const ColumnKernel& kernel, const RowPointer* rows, std::int32_t wid
     const auto line = [&](std::int32_t i) -> const Values* { return rows[i] + x; };
     if (kernel.narrow) {
       std::uint16_t sums[kStrip];
-      SumLines<kTaps>(line, tap, kernel.count, count, sums);
+      SumLines(line, tap, kernel.count, count, sums);
       (kernel.negativeTaps ? DivideSigned : DivideUnsigned)(sums, count, kernel.divide, dst + x);
     } else if (kernel.wide) {
       std::uint32_t sums[kStrip];
-      SumLines<kTaps>(line, tap, kernel.count, count, sums);
+      SumLines(line, tap, kernel.count, count, sums);
       ScaleSums(reinterpret_cast<const std::int32_t*>(sums), count, kernel.factor, 0, UINT8_MAX, dst + x);
     } else {
       double sums[kStrip];
-      SumLines<0>(line, tap, kernel.count, count, sums);
+      SumLines(line, tap, kernel.count, count, sums);
       ScaleSums(sums, count, kernel.factor, 0, UINT8_MAX, dst + x);
     }
-  }
-}
-
-auto* ChooseFilter(std::int32_t kernelSize) {
-  switch (kernelSize) {
-    case 3:
-      return Filter<3>;
-    case 5:
-      return Filter<5>;
-    default:
-      return Filter<0>;
   }
 }
 
@@ -119,15 +107,15 @@ StatusCode FilterColumnPipelineBW8(const std::int16_t* const* srcRows, BW8* dst,
   const Tap* const taps = kernel;
   for (std::int32_t i = 0; i < kernelSize; ++i) weights[i] = taps[i];
   const TapSums sums = AddTaps(taps, kernelSize);
+  const Divider divide(divisor);
   const ColumnKernel columnKernel = {weights,
                                      kernelSize,
                                      1.0 / divisor,
-                                     Divider(divisor),
-                                     RunsInSixteenBits(rows, rowCount, size.width, sums, divisor),
+                                     divide,
+                                     RunsInSixteenBits(rows, rowCount, size.width, sums, divide),
                                      sums.negative,
                                      sums.magnitude <= INT32_MAX / -INT16_MIN};
-  const auto filter = ChooseFilter(kernelSize);
-  for (std::int32_t y = 0; y < size.height; ++y) filter(columnKernel, rows + y, size.width, Row(dst, dstStep, y));
+  for (std::int32_t y = 0; y < size.height; ++y) Filter(columnKernel, rows + y, size.width, Row(dst, dstStep, y));
   return StatusCode::Success;
 }
 

@@ -60,7 +60,7 @@ struct RowKernel {
   RowKernel(const Tap* kernel, std::int32_t kernelSize, std::int32_t divisor)
       : taps(kernel), count(kernelSize), factor(1.0 / divisor), divide(divisor) {
     const TapSums sums = AddTaps(kernel, kernelSize);
-    narrow = FitsSixteenBits(sums, UINT8_MAX, divisor);
+    narrow = FitsSixteenBits(sums, UINT8_MAX, divide);
     negativeTaps = sums.negative;
   }
 
@@ -88,7 +88,6 @@ void DivideUnsigned(const std::uint16_t* __restrict sums, std::int32_t width, Di
 }
 
 // Filters `width` pixels of an extended row, which begins with the pixel under tap 0 of the first of them.
-template <int kTaps>
 void Filter(const RowKernel& kernel, const Unaligned<BW8>* extended, std::int32_t width, Unaligned<std::int16_t>* dst) {
   const auto tap = [&](std::int32_t i) { return kernel.taps[i]; };
   for (std::int32_t x = 0; x < width; x += kStrip) {
@@ -96,24 +95,13 @@ void Filter(const RowKernel& kernel, const Unaligned<BW8>* extended, std::int32_
     const auto line = [&](std::int32_t i) { return extended + x + i; };
     if (kernel.narrow) {
       std::uint16_t sums[kStrip];
-      SumLines<kTaps>(line, tap, kernel.count, count, sums);
+      SumLines(line, tap, kernel.count, count, sums);
       (kernel.negativeTaps ? DivideSigned : DivideUnsigned)(sums, count, kernel.divide, dst + x);
     } else {
       std::uint32_t sums[kStrip];
-      SumLines<kTaps>(line, tap, kernel.count, count, sums);
+      SumLines(line, tap, kernel.count, count, sums);
       ScaleSums(reinterpret_cast<const std::int32_t*>(sums), count, kernel.factor, INT16_MIN, INT16_MAX, dst + x);
     }
-  }
-}
-
-auto* ChooseFilter(std::int32_t kernelSize) {
-  switch (kernelSize) {
-    case 3:
-      return Filter<3>;
-    case 5:
-      return Filter<5>;
-    default:
-      return Filter<0>;
   }
 }
 
@@ -137,7 +125,6 @@ StatusCode FilterRowBorderPipelineBW8(const BW8* src, std::int32_t srcStep, std:
   if (divisor == 0) return StatusCode::BadArgument;
 
   const RowKernel rowKernel(kernel, kernelSize, divisor);
-  const auto filter = ChooseFilter(kernelSize);
   const Border border = {static_cast<BorderType>(borderType), borderValue};
   const std::int64_t width = size.width;
   const std::int64_t reach = std::int64_t{kernelSize} - 1;
@@ -153,14 +140,14 @@ StatusCode FilterRowBorderPipelineBW8(const BW8* src, std::int32_t srcStep, std:
     if (dst == nullptr) return StatusCode::NullPointer;
     if (whole) {
       ExtendRow(row, size.width, border, -anchor, width + reach - anchor, buffer);
-      filter(rowKernel, buffer, size.width, dst);
+      Filter(rowKernel, buffer, size.width, dst);
     } else {
       const std::int32_t end = size.width - right;
       ExtendRow(row, size.width, border, -anchor, left + reach - anchor, buffer);
-      filter(rowKernel, buffer, left, dst);
-      filter(rowKernel, row + left - anchor, end - left, dst + left);
+      Filter(rowKernel, buffer, left, dst);
+      Filter(rowKernel, row + left - anchor, end - left, dst + left);
       ExtendRow(row, size.width, border, end - anchor, width + reach - anchor, buffer);
-      filter(rowKernel, buffer, right, dst + end);
+      Filter(rowKernel, buffer, right, dst + end);
     }
   }
   return StatusCode::Success;
