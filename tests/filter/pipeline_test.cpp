@@ -92,7 +92,7 @@ Layout RandomRowLayout(Random& random) { return {0, 0, RandomInt(random, 0, 3)};
 
 TEST(RowPipelineTest, FiltersAsDefined) {
   Random random(1);
-  for (int round = 0; round < 3000; ++round) {
+  for (int round = 0; round < 1500; ++round) {
     const int width = RandomSize(random);
     const int height = RandomInt(random, 1, 3);
     const Taps taps = RandomTaps(random, RandomKernelSize(random));
@@ -132,7 +132,7 @@ TEST(RowPipelineTest, FiltersAsDefined) {
 
 TEST(ColumnPipelineTest, FiltersAsDefined) {
   Random random(2);
-  for (int round = 0; round < 3000; ++round) {
+  for (int round = 0; round < 1500; ++round) {
     const int width = RandomSize(random);
     const int height = RandomInt(random, 1, 3);
     const Taps taps = RandomTaps(random, RandomKernelSize(random));
