@@ -30,47 +30,81 @@ inline StatusCode WritePipelineBufferSize(RegionSize size, std::int32_t kernelSi
 // Columns whose sums are formed at a time, on the stack.
 inline constexpr std::int32_t kStrip = 1024;
 
-// sums[x] = sums[x] + taps[0] * lines[0][x] + taps[1] * lines[1][x] + ..., where `fresh` sums count as 0. Out of line,
-// since the loop vectorises only on its own.
-template <bool fresh, int count, class Sum, class Line>
-[[gnu::noinline]] void AddLines(const Line (&lines)[count], const std::int16_t (&taps)[count], std::int32_t width,
-                                Sum* __restrict sums) {
-  for (std::int32_t x = 0; x < width; ++x) {
-    Sum sum = fresh ? Sum{0} : sums[x];
+// The lines and taps of a sum from index `first` on.
+template <int count, class Pixel>
+struct Run {
+  template <class LineAt, class TapAt>
+  Run(std::int32_t first, LineAt line, TapAt tap) {
+    for (int i = 0; i < count; ++i) {
+      lines[i] = line(first + i);
+      taps[i] = tap(first + i);
+    }
+  }
+
+  template <class Sum>
+  Sum AddTo(Sum sum, std::int32_t x) const {
     for (int i = 0; i < count; ++i) sum = static_cast<Sum>(sum + static_cast<Sum>(taps[i] * lines[i][x]));
-    sums[x] = sum;
+    return sum;
   }
-}
 
-// The same for `count` lines and taps from index `first` on.
-template <bool fresh, int count, class Sum, class LineAt, class TapAt>
-inline void AddLinesFrom(std::int32_t first, LineAt line, TapAt tap, std::int32_t width, Sum* sums) {
-  decltype(line(0)) lines[count];
+  const Unaligned<Pixel>* lines[count];
   std::int16_t taps[count];
-  for (int i = 0; i < count; ++i) {
-    lines[i] = line(first + i);
-    taps[i] = tap(first + i);
-  }
-  AddLines<fresh>(lines, taps, width, sums);
+};
+
+// The loops stand in functions of their own, since the compilers vectorise them only there.
+
+template <int count, class Pixel, class Sum>
+[[gnu::noinline]] void AddRun(const Run<count, Pixel>& run, std::int32_t width, Sum* __restrict sums) {
+  for (std::int32_t x = 0; x < width; ++x) sums[x] = run.AddTo(sums[x], x);
 }
 
-// sums[x] = sum over i of tap(i) * line(i)[x], added in the order of i. Sum is an unsigned integer, which wraps, or
-// double.
-template <class Sum, class LineAt, class TapAt>
-inline void SumLines(LineAt line, TapAt tap, std::int32_t count, std::int32_t width, Sum* sums) {
-  std::int32_t i = count >= 5 ? 5 : count >= 3 ? 3 : 1;
-  switch (i) {
-    case 5:
-      AddLinesFrom<true, 5>(0, line, tap, width, sums);
-      break;
-    case 3:
-      AddLinesFrom<true, 3>(0, line, tap, width, sums);
-      break;
-    default:
-      AddLinesFrom<true, 1>(0, line, tap, width, sums);
+// dst[x] = finish(sum of the run), with sums of type Sum.
+template <class Sum, class Result, int count, class Pixel, class Finish>
+[[gnu::noinline]] void FinishRun(const Run<count, Pixel>& run, std::int32_t width, Finish finish,
+                                 Unaligned<Result>* __restrict dst) {
+  for (std::int32_t x = 0; x < width; ++x) dst[x] = finish(run.AddTo(Sum{0}, x));
+}
+
+template <class Result, class Sum, class Finish>
+[[gnu::noinline]] void FinishSums(const Sum* __restrict sums, std::int32_t width, Finish finish,
+                                  Unaligned<Result>* __restrict dst) {
+  for (std::int32_t x = 0; x < width; ++x) dst[x] = finish(sums[x]);
+}
+
+// sums[x] = sum over i of tap(i) * line(i)[x], added in the order of i; the lines hold values of type Pixel. Sum is an
+// unsigned integer, which wraps, or double.
+template <class Pixel, class Sum, class LineAt, class TapAt>
+void SumLines(LineAt line, TapAt tap, std::int32_t count, std::int32_t width, Sum* sums) {
+  const auto keep = [](Sum sum) { return sum; };
+  std::int32_t i = 0;
+  if (count >= 5) {
+    FinishRun<Sum, Sum>(Run<5, Pixel>(0, line, tap), width, keep, sums);
+    i = 5;
+  } else if (count >= 3) {
+    FinishRun<Sum, Sum>(Run<3, Pixel>(0, line, tap), width, keep, sums);
+    i = 3;
+  } else {
+    FinishRun<Sum, Sum>(Run<1, Pixel>(0, line, tap), width, keep, sums);
+    i = 1;
   }
-  for (; count - i >= 3; i += 3) AddLinesFrom<false, 3>(i, line, tap, width, sums);
-  for (; i < count; ++i) AddLinesFrom<false, 1>(i, line, tap, width, sums);
+  for (; count - i >= 3; i += 3) AddRun(Run<3, Pixel>(i, line, tap), width, sums);
+  for (; i < count; ++i) AddRun(Run<1, Pixel>(i, line, tap), width, sums);
+}
+
+// dst[x] = finish(sum over i of tap(i) * line(i)[x]) with sums of 16 bits, for up to kStrip columns.
+template <class Pixel, class Result, class LineAt, class TapAt, class Finish>
+void FilterNarrow(LineAt line, TapAt tap, std::int32_t count, std::int32_t width, Finish finish,
+                  Unaligned<Result>* dst) {
+  switch (count) {
+    case 3:
+      return FinishRun<std::uint16_t, Result>(Run<3, Pixel>(0, line, tap), width, finish, dst);
+    case 5:
+      return FinishRun<std::uint16_t, Result>(Run<5, Pixel>(0, line, tap), width, finish, dst);
+    default:
+      std::uint16_t sums[kStrip];
+      SumLines<Pixel>(line, tap, count, width, sums);
+      FinishSums<Result>(sums, width, finish, dst);
+  }
 }
 
 // ---- Division in 16 bits ----
@@ -95,21 +129,24 @@ inline TapSums AddTaps(const Tap* kernel, std::int32_t kernelSize) {
 class Divider {
  public:
   explicit Divider(std::int32_t divisor) {
-    if (divisor == 1) {
-      whole_ = UINT16_MAX;
-      largest_ = INT16_MAX;
-    }
     // The truncated product with the rounded 1.0 / divisor is the integer quotient, unless some multiple t * divisor
     // comes out below t. A reciprocal that is too small by the relative error e takes t * (1 - e) there, and that
     // rounds back to t for every t as soon as it does for t = 1, where doubles lie closest below.
-    if (divisor <= 1 || divisor * (1.0 / divisor) != 1.0) return;
-
+    if (divisor < 1 || divisor * (1.0 / divisor) != 1.0) return;
+    if (divisor <= 2) {
+      whole_ = static_cast<std::uint16_t>(divisor == 1 ? 2 : 1);
+      power_ = 1U << 15;
+      largest_ = divisor == 1 ? INT16_MAX : UINT16_MAX;
+      return;
+    }
     // No sum reaches 2^16, so that all larger divisors make the same quotient: 0.
     const auto d = static_cast<std::uint32_t>(std::min(divisor, 1 << 16));
-    while ((2U << shift_) < d) ++shift_;
-    const std::uint32_t scale = (1U << 16) << shift_;
+    std::uint32_t shift = 1;
+    while ((2U << shift) < d) ++shift;
+    const std::uint32_t scale = (1U << 16) << shift;
     const std::uint32_t reciprocal = (scale - 1) / d + 1;
     reciprocal_ = static_cast<std::uint16_t>(reciprocal);
+    power_ = static_cast<std::uint16_t>((1U << 16) >> shift);
     // Rounding up makes the quotient of a sum too large by sum * excess / (d * scale), which must stay below 1 / d.
     const std::uint32_t excess = reciprocal * d - scale;
     largest_ = excess == 0 ? UINT16_MAX : std::min<std::uint32_t>(UINT16_MAX, (scale - 1) / excess);
@@ -118,15 +155,17 @@ class Divider {
   // The largest sum that is served; 0 where the results would not be those of double precision.
   std::uint32_t largest() const { return largest_; }
 
+  // All four operations exist for vectors of 16 bits; a shift by a variable number would not be taken for one.
   std::uint16_t operator()(std::uint16_t sum) const {
     const auto product = static_cast<std::uint16_t>((std::uint32_t{sum} * reciprocal_) >> 16);
-    return static_cast<std::uint16_t>(static_cast<std::uint16_t>(product + (sum & whole_)) >> shift_);
+    const auto scaled = static_cast<std::uint16_t>(product + static_cast<std::uint16_t>(std::uint32_t{sum} * whole_));
+    return static_cast<std::uint16_t>((std::uint32_t{scaled} * power_) >> 16);
   }
 
  private:
-  std::uint16_t whole_ = 0;  // all bits, to take the sum itself, for the divisor 1
-  std::uint16_t reciprocal_ = 0;
-  std::uint16_t shift_ = 0;
+  std::uint16_t reciprocal_ = 0;  // 2^16 * 2^shift / divisor, for divisors from 3 on
+  std::uint16_t whole_ = 0;       // the factor for the divisors 1 and 2
+  std::uint16_t power_ = 0;       // 2^16 / 2^shift
   std::uint32_t largest_ = 0;
 };
 
@@ -139,9 +178,9 @@ inline bool FitsSixteenBits(TapSums taps, std::int32_t largest, const Divider& d
 // ---- Division in double precision ----
 
 // dst[x] = sums[x] * factor, clamped to low..high and truncated, for up to kStrip sums.
-template <class Sum, class Result>
+template <class Result, class Sum>
 [[gnu::noinline]] void ScaleSums(const Sum* __restrict sums, std::int32_t width, double factor, double low, double high,
-                                 Result* __restrict dst) {
+                                 Unaligned<Result>* __restrict dst) {
   // Two loops, each in lanes of one size, vectorise far better than one.
   std::int32_t scaled[kStrip];
   for (std::int32_t x = 0; x < width; ++x) {

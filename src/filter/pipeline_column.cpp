@@ -43,42 +43,34 @@ struct ColumnKernel {
   bool wide;          // whether the sums fit 32 bits
 };
 
-void DivideSigned(const std::uint16_t* __restrict sums, std::int32_t width, Divider divide,
-                  Unaligned<BW8>* __restrict dst) {
-  for (std::int32_t x = 0; x < width; ++x) {
-    const auto sign = static_cast<std::uint16_t>(static_cast<std::int16_t>(sums[x]) >> 15);
-    const auto quotient = static_cast<std::int16_t>(divide(sums[x]) & ~sign);
-    dst[x] = static_cast<BW8>(quotient > UINT8_MAX ? UINT8_MAX : quotient);
-  }
-}
-
-// Quotients fit 15 bits: sums of more than that are not divided by 1.
-void DivideUnsigned(const std::uint16_t* __restrict sums, std::int32_t width, Divider divide,
-                    Unaligned<BW8>* __restrict dst) {
-  for (std::int32_t x = 0; x < width; ++x) {
-    const auto quotient = static_cast<std::int16_t>(divide(sums[x]));
-    dst[x] = static_cast<BW8>(quotient > UINT8_MAX ? UINT8_MAX : quotient);
-  }
-}
-
 // Makes one destination row from the run of rows that begins at `rows`.
 void Filter(const ColumnKernel& kernel, const RowPointer* rows, std::int32_t width, Unaligned<BW8>* dst) {
+  // Narrow quotients fit 15 bits: sums of more than that are not divided by 1.
+  const auto clamp = [](int quotient) {
+    const auto v = static_cast<std::int16_t>(quotient);
+    return static_cast<BW8>(v > UINT8_MAX ? UINT8_MAX : v);
+  };
+  const Divider divide = kernel.divide;
+  const auto divideUnsigned = [=](std::uint16_t sum) { return clamp(divide(sum)); };
+  const auto divideSigned = [=](std::uint16_t sum) {
+    return clamp(divide(sum) & ~(static_cast<std::int16_t>(sum) >> 15));
+  };
   const auto tap = [&](std::int32_t i) { return static_cast<std::int16_t>(kernel.taps[i]); };
   for (std::int32_t x = 0; x < width; x += kStrip) {
     const std::int32_t count = std::min(kStrip, width - x);
     const auto line = [&](std::int32_t i) -> const Values* { return rows[i] + x; };
-    if (kernel.narrow) {
-      std::uint16_t sums[kStrip];
-      SumLines(line, tap, kernel.count, count, sums);
-      (kernel.negativeTaps ? DivideSigned : DivideUnsigned)(sums, count, kernel.divide, dst + x);
+    if (kernel.narrow && kernel.negativeTaps) {
+      FilterNarrow<std::int16_t, BW8>(line, tap, kernel.count, count, divideSigned, dst + x);
+    } else if (kernel.narrow) {
+      FilterNarrow<std::int16_t, BW8>(line, tap, kernel.count, count, divideUnsigned, dst + x);
     } else if (kernel.wide) {
       std::uint32_t sums[kStrip];
-      SumLines(line, tap, kernel.count, count, sums);
-      ScaleSums(reinterpret_cast<const std::int32_t*>(sums), count, kernel.factor, 0, UINT8_MAX, dst + x);
+      SumLines<std::int16_t>(line, tap, kernel.count, count, sums);
+      ScaleSums<BW8>(reinterpret_cast<const std::int32_t*>(sums), count, kernel.factor, 0, UINT8_MAX, dst + x);
     } else {
       double sums[kStrip];
-      SumLines(line, tap, kernel.count, count, sums);
-      ScaleSums(sums, count, kernel.factor, 0, UINT8_MAX, dst + x);
+      SumLines<std::int16_t>(line, tap, kernel.count, count, sums);
+      ScaleSums<BW8>(sums, count, kernel.factor, 0, UINT8_MAX, dst + x);
     }
   }
 }

@@ -72,35 +72,28 @@ struct RowKernel {
   bool negativeTaps;  // narrow sums are signed
 };
 
-// The truncated quotients of signed sums.
-void DivideSigned(const std::uint16_t* __restrict sums, std::int32_t width, Divider divide,
-                  Unaligned<std::int16_t>* __restrict dst) {
-  for (std::int32_t x = 0; x < width; ++x) {
-    const auto sign = static_cast<std::uint16_t>(static_cast<std::int16_t>(sums[x]) >> 15);
-    const std::uint16_t quotient = divide(static_cast<std::uint16_t>((sums[x] ^ sign) - sign));
-    dst[x] = static_cast<std::int16_t>((quotient ^ sign) - sign);
-  }
-}
-
-void DivideUnsigned(const std::uint16_t* __restrict sums, std::int32_t width, Divider divide,
-                    Unaligned<std::int16_t>* __restrict dst) {
-  for (std::int32_t x = 0; x < width; ++x) dst[x] = static_cast<std::int16_t>(divide(sums[x]));
-}
-
 // Filters `width` pixels of an extended row, which begins with the pixel under tap 0 of the first of them.
 void Filter(const RowKernel& kernel, const Unaligned<BW8>* extended, std::int32_t width, Unaligned<std::int16_t>* dst) {
+  const Divider divide = kernel.divide;
+  const auto divideUnsigned = [divide](std::uint16_t sum) { return static_cast<std::int16_t>(divide(sum)); };
+  const auto divideSigned = [divide](std::uint16_t sum) {
+    const auto sign = static_cast<std::uint16_t>(static_cast<std::int16_t>(sum) >> 15);
+    const std::uint16_t quotient = divide(static_cast<std::uint16_t>((sum ^ sign) - sign));
+    return static_cast<std::int16_t>((quotient ^ sign) - sign);
+  };
   const auto tap = [&](std::int32_t i) { return kernel.taps[i]; };
   for (std::int32_t x = 0; x < width; x += kStrip) {
     const std::int32_t count = std::min(kStrip, width - x);
     const auto line = [&](std::int32_t i) { return extended + x + i; };
-    if (kernel.narrow) {
-      std::uint16_t sums[kStrip];
-      SumLines(line, tap, kernel.count, count, sums);
-      (kernel.negativeTaps ? DivideSigned : DivideUnsigned)(sums, count, kernel.divide, dst + x);
-    } else {
+    if (!kernel.narrow) {
       std::uint32_t sums[kStrip];
-      SumLines(line, tap, kernel.count, count, sums);
-      ScaleSums(reinterpret_cast<const std::int32_t*>(sums), count, kernel.factor, INT16_MIN, INT16_MAX, dst + x);
+      SumLines<BW8>(line, tap, kernel.count, count, sums);
+      ScaleSums<std::int16_t>(reinterpret_cast<const std::int32_t*>(sums), count, kernel.factor, INT16_MIN, INT16_MAX,
+                              dst + x);
+    } else if (kernel.negativeTaps) {
+      FilterNarrow<BW8, std::int16_t>(line, tap, kernel.count, count, divideSigned, dst + x);
+    } else {
+      FilterNarrow<BW8, std::int16_t>(line, tap, kernel.count, count, divideUnsigned, dst + x);
     }
   }
 }
