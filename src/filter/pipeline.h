@@ -124,8 +124,33 @@ inline TapSums AddTaps(const Tap* kernel, std::int32_t kernelSize) {
   return sums;
 }
 
-// Quotients of unsigned 16-bit sums by a constant: a multiplication by its 16-bit reciprocal, rounded up (T. Granlund,
-// P. L. Montgomery: Division by invariant integers using multiplication, 1994).
+// The upper half of a 32-bit product: one operation on vectors of 16 bits.
+inline std::uint16_t MulHigh(std::uint16_t a, std::uint16_t b) {
+  return static_cast<std::uint16_t>((std::uint32_t{a} * b) >> 16);
+}
+
+// Divides by a power of two from 2 on.
+struct PowerDivision {
+  std::uint16_t operator()(std::uint16_t sum) const { return MulHigh(sum, reciprocal); }
+
+  std::uint16_t reciprocal;  // 2^16 / divisor
+};
+
+// Divides by anything, using a reciprocal of more than 16 bits after the point (T. Granlund, P. L. Montgomery: Division
+// by invariant integers using multiplication, 1994).
+struct Division {
+  // A shift by a variable number would not run in vectors of 16 bits.
+  std::uint16_t operator()(std::uint16_t sum) const {
+    const auto product = static_cast<std::uint16_t>(MulHigh(sum, reciprocal) + std::uint32_t{sum} * whole);
+    return MulHigh(product, power);
+  }
+
+  std::uint16_t reciprocal;  // 2^16 * 2^shift / divisor, rounded up
+  std::uint16_t whole;       // 2 for the divisor 1, whose reciprocal is 0 then
+  std::uint16_t power;       // 2^16 / 2^shift
+};
+
+// How a divisor divides unsigned 16-bit sums.
 class Divider {
  public:
   explicit Divider(std::int32_t divisor) {
@@ -133,39 +158,37 @@ class Divider {
     // comes out below t. A reciprocal that is too small by the relative error e takes t * (1 - e) there, and that
     // rounds back to t for every t as soon as it does for t = 1, where doubles lie closest below.
     if (divisor < 1 || divisor * (1.0 / divisor) != 1.0) return;
-    if (divisor <= 2) {
-      whole_ = static_cast<std::uint16_t>(divisor == 1 ? 2 : 1);
-      power_ = 1U << 15;
-      largest_ = divisor == 1 ? INT16_MAX : UINT16_MAX;
+    if (divisor == 1) {
+      division_ = {0, 2, 1 << 15};
+      largest_ = INT16_MAX;
       return;
     }
     // No sum reaches 2^16, so that all larger divisors make the same quotient: 0.
     const auto d = static_cast<std::uint32_t>(std::min(divisor, 1 << 16));
-    std::uint32_t shift = 1;
+    std::uint32_t shift = 0;
     while ((2U << shift) < d) ++shift;
     const std::uint32_t scale = (1U << 16) << shift;
     const std::uint32_t reciprocal = (scale - 1) / d + 1;
-    reciprocal_ = static_cast<std::uint16_t>(reciprocal);
-    power_ = static_cast<std::uint16_t>((1U << 16) >> shift);
     // Rounding up makes the quotient of a sum too large by sum * excess / (d * scale), which must stay below 1 / d.
     const std::uint32_t excess = reciprocal * d - scale;
+    isPower_ = excess == 0 && d == 2U << shift;
+    division_ = {static_cast<std::uint16_t>(isPower_ ? (1U << 16) / d : reciprocal), 0,
+                 static_cast<std::uint16_t>((1U << 16) >> shift)};
     largest_ = excess == 0 ? UINT16_MAX : std::min<std::uint32_t>(UINT16_MAX, (scale - 1) / excess);
   }
 
   // The largest sum that is served; 0 where the results would not be those of double precision.
   std::uint32_t largest() const { return largest_; }
 
-  // All four operations exist for vectors of 16 bits; a shift by a variable number would not be taken for one.
-  std::uint16_t operator()(std::uint16_t sum) const {
-    const auto product = static_cast<std::uint16_t>((std::uint32_t{sum} * reciprocal_) >> 16);
-    const auto scaled = static_cast<std::uint16_t>(product + static_cast<std::uint16_t>(std::uint32_t{sum} * whole_));
-    return static_cast<std::uint16_t>((std::uint32_t{scaled} * power_) >> 16);
+  // Calls use(division) with the cheaper of both that serves.
+  template <class Use>
+  void With(Use use) const {
+    isPower_ ? use(PowerDivision{division_.reciprocal}) : use(division_);
   }
 
  private:
-  std::uint16_t reciprocal_ = 0;  // 2^16 * 2^shift / divisor, for divisors from 3 on
-  std::uint16_t whole_ = 0;       // the factor for the divisors 1 and 2
-  std::uint16_t power_ = 0;       // 2^16 / 2^shift
+  Division division_ = {};
+  bool isPower_ = false;
   std::uint32_t largest_ = 0;
 };
 

@@ -43,26 +43,40 @@ struct ColumnKernel {
   bool wide;          // whether the sums fit 32 bits
 };
 
+// Narrow quotients fit 15 bits: sums of more than that are not divided by 1.
+BW8 Clamp(int quotient) {
+  const auto v = static_cast<std::int16_t>(quotient);
+  return static_cast<BW8>(v > UINT8_MAX ? UINT8_MAX : v);
+}
+
+template <class Divide>
+struct UnsignedQuotient {
+  BW8 operator()(std::uint16_t sum) const { return Clamp(divide(sum)); }
+
+  Divide divide;
+};
+
+template <class Divide>
+struct SignedQuotient {
+  BW8 operator()(std::uint16_t sum) const { return Clamp(divide(sum) & ~(static_cast<std::int16_t>(sum) >> 15)); }
+
+  Divide divide;
+};
+
 // Makes one destination row from the run of rows that begins at `rows`.
 void Filter(const ColumnKernel& kernel, const RowPointer* rows, std::int32_t width, Unaligned<BW8>* dst) {
-  // Narrow quotients fit 15 bits: sums of more than that are not divided by 1.
-  const auto clamp = [](int quotient) {
-    const auto v = static_cast<std::int16_t>(quotient);
-    return static_cast<BW8>(v > UINT8_MAX ? UINT8_MAX : v);
-  };
-  const Divider divide = kernel.divide;
-  const auto divideUnsigned = [=](std::uint16_t sum) { return clamp(divide(sum)); };
-  const auto divideSigned = [=](std::uint16_t sum) {
-    return clamp(divide(sum) & ~(static_cast<std::int16_t>(sum) >> 15));
-  };
   const auto tap = [&](std::int32_t i) { return static_cast<std::int16_t>(kernel.taps[i]); };
   for (std::int32_t x = 0; x < width; x += kStrip) {
     const std::int32_t count = std::min(kStrip, width - x);
     const auto line = [&](std::int32_t i) -> const Values* { return rows[i] + x; };
-    if (kernel.narrow && kernel.negativeTaps) {
-      FilterNarrow<std::int16_t, BW8>(line, tap, kernel.count, count, divideSigned, dst + x);
-    } else if (kernel.narrow) {
-      FilterNarrow<std::int16_t, BW8>(line, tap, kernel.count, count, divideUnsigned, dst + x);
+    if (kernel.narrow) {
+      kernel.divide.With([&](auto divide) {
+        if (kernel.negativeTaps) {
+          FilterNarrow<std::int16_t, BW8>(line, tap, kernel.count, count, SignedQuotient{divide}, dst + x);
+        } else {
+          FilterNarrow<std::int16_t, BW8>(line, tap, kernel.count, count, UnsignedQuotient{divide}, dst + x);
+        }
+      });
     } else if (kernel.wide) {
       std::uint32_t sums[kStrip];
       SumLines<std::int16_t>(line, tap, kernel.count, count, sums);

@@ -72,15 +72,26 @@ struct RowKernel {
   bool negativeTaps;  // narrow sums are signed
 };
 
-// Filters `width` pixels of an extended row, which begins with the pixel under tap 0 of the first of them.
-void Filter(const RowKernel& kernel, const Unaligned<BW8>* extended, std::int32_t width, Unaligned<std::int16_t>* dst) {
-  const Divider divide = kernel.divide;
-  const auto divideUnsigned = [divide](std::uint16_t sum) { return static_cast<std::int16_t>(divide(sum)); };
-  const auto divideSigned = [divide](std::uint16_t sum) {
+template <class Divide>
+struct UnsignedQuotient {
+  std::int16_t operator()(std::uint16_t sum) const { return static_cast<std::int16_t>(divide(sum)); }
+
+  Divide divide;
+};
+
+template <class Divide>
+struct SignedQuotient {
+  std::int16_t operator()(std::uint16_t sum) const {
     const auto sign = static_cast<std::uint16_t>(static_cast<std::int16_t>(sum) >> 15);
     const std::uint16_t quotient = divide(static_cast<std::uint16_t>((sum ^ sign) - sign));
     return static_cast<std::int16_t>((quotient ^ sign) - sign);
-  };
+  }
+
+  Divide divide;
+};
+
+// Filters `width` pixels of an extended row, which begins with the pixel under tap 0 of the first of them.
+void Filter(const RowKernel& kernel, const Unaligned<BW8>* extended, std::int32_t width, Unaligned<std::int16_t>* dst) {
   const auto tap = [&](std::int32_t i) { return kernel.taps[i]; };
   for (std::int32_t x = 0; x < width; x += kStrip) {
     const std::int32_t count = std::min(kStrip, width - x);
@@ -90,11 +101,15 @@ void Filter(const RowKernel& kernel, const Unaligned<BW8>* extended, std::int32_
       SumLines<BW8>(line, tap, kernel.count, count, sums);
       ScaleSums<std::int16_t>(reinterpret_cast<const std::int32_t*>(sums), count, kernel.factor, INT16_MIN, INT16_MAX,
                               dst + x);
-    } else if (kernel.negativeTaps) {
-      FilterNarrow<BW8, std::int16_t>(line, tap, kernel.count, count, divideSigned, dst + x);
-    } else {
-      FilterNarrow<BW8, std::int16_t>(line, tap, kernel.count, count, divideUnsigned, dst + x);
+      continue;
     }
+    kernel.divide.With([&](auto divide) {
+      if (kernel.negativeTaps) {
+        FilterNarrow<BW8, std::int16_t>(line, tap, kernel.count, count, SignedQuotient{divide}, dst + x);
+      } else {
+        FilterNarrow<BW8, std::int16_t>(line, tap, kernel.count, count, UnsignedQuotient{divide}, dst + x);
+      }
+    });
   }
 }
 
