@@ -9,7 +9,7 @@ namespace {
 // ---- Pipeline filters ----
 
 constexpr int kTaps = 5;
-constexpr std::array<std::int16_t, kTaps> kBinomial = {1, 4, 6, 4, 1};
+using Taps = std::array<std::int16_t, kTaps>;
 // Destination rows of one call.
 constexpr int kStrip = 16;
 
@@ -17,9 +17,10 @@ constexpr int kStrip = 16;
 // above and below the image repeat its first and last one.
 class Pipeline {
  public:
-  Pipeline(Size size, std::int32_t rowDivisor, std::int32_t columnDivisor)
+  Pipeline(Size size, const Taps& taps, std::int32_t rowDivisor, std::int32_t columnDivisor)
       : src_(size),
         dst_(size),
+        taps_(taps),
         rowDivisor_(rowDivisor),
         columnDivisor_(columnDivisor),
         width_(static_cast<std::size_t>(size.width)),
@@ -39,14 +40,14 @@ class Pipeline {
       const int end = std::min(y + count + 2, size.height);
       for (int i = filtered; i < end; ++i) fresh[static_cast<std::size_t>(i - filtered)] = RingRow(i);
       Norvala_FilterRowBorderPipelineBW8(src_.data() + std::ptrdiff_t{filtered} * src_.step(), src_.step(),
-                                         fresh.data(), size.width, end - filtered, kBinomial.data(), kTaps, 2, 1, 0,
+                                         fresh.data(), size.width, end - filtered, taps_.data(), kTaps, 2, 1, 0,
                                          rowDivisor_, buffer_.data());
       filtered = end;
       for (int i = 0; i < count + 4; ++i) {
         run[static_cast<std::size_t>(i)] = RingRow(std::clamp(y + i - 2, 0, size.height - 1));
       }
       Norvala_FilterColumnPipelineBW8(run.data(), dst_.data() + std::ptrdiff_t{y} * dst_.step(), dst_.step(),
-                                      size.width, count, kBinomial.data(), kTaps, columnDivisor_, buffer_.data());
+                                      size.width, count, taps_.data(), kTaps, columnDivisor_, buffer_.data());
     }
   }
 
@@ -57,6 +58,7 @@ class Pipeline {
 
   Image<BW8> src_;
   Image<BW8> dst_;
+  Taps taps_;
   std::int32_t rowDivisor_;
   std::int32_t columnDivisor_;
   std::size_t width_;
@@ -64,17 +66,17 @@ class Pipeline {
   std::vector<BW8> buffer_;
 };
 
-void AddPipelineRow(const std::string& name, std::int32_t rowDivisor, std::int32_t columnDivisor) {
+void AddPipelineRow(const std::string& name, const Taps& taps, std::int32_t rowDivisor, std::int32_t columnDivisor) {
   Row row(name, [=](Size s) -> Work {
-    return [pipeline = Pipeline(s, rowDivisor, columnDivisor)]() mutable { pipeline.Run(); };
+    return [pipeline = Pipeline(s, taps, rowDivisor, columnDivisor)]() mutable { pipeline.Run(); };
   });
 #ifdef NORVALA_BENCH_OPENCV
   row.Peer("opencv", [=](Size s) -> Work {
-    const cv::Mat taps(1, kTaps, CV_16S, const_cast<std::int16_t*>(kBinomial.data()));
+    const cv::Mat kernel(1, kTaps, CV_16S, const_cast<std::int16_t*>(taps.data()));
     cv::Mat rowKernel;
     cv::Mat columnKernel;
-    taps.convertTo(rowKernel, CV_32F, 1.0 / rowDivisor);
-    taps.convertTo(columnKernel, CV_32F, 1.0 / columnDivisor);
+    kernel.convertTo(rowKernel, CV_32F, 1.0 / rowDivisor);
+    kernel.convertTo(columnKernel, CV_32F, 1.0 / columnDivisor);
     return [=, src = Image<BW8>(s), dst = Image<BW8>(s)]() mutable {
       cv::Mat to = dst.mat(CV_8U);
       cv::sepFilter2D(src.mat(CV_8U), to, CV_8U, rowKernel, columnKernel, {-1, -1}, 0, cv::BORDER_REPLICATE);
@@ -116,8 +118,10 @@ void AddGaussRows() {
 }  // namespace
 
 void AddFilterRows() {
-  AddPipelineRow("FilterPipeline/taps:5", 16, 16);
-  AddPipelineRow("FilterPipeline/taps:5/32-bit sums", 1, 256);
+  AddPipelineRow("FilterPipeline/taps:5", {1, 4, 6, 4, 1}, 16, 16);
+  AddPipelineRow("FilterPipeline/taps:5/any divisor", {2, 3, 5, 3, 2}, 15, 15);
+  AddPipelineRow("FilterPipeline/taps:5/divided once", {1, 4, 6, 4, 1}, 1, 256);
+  AddPipelineRow("FilterPipeline/taps:5/32-bit sums", {100, 400, 600, 400, 100}, 1600, 1600);
   AddGaussRows();
 }
 

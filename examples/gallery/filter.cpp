@@ -21,7 +21,7 @@ struct Crops {
 Crops DetailOf(const Plane<BW8>& grey, int width, int height, int factor) {
   const int w = std::min(width, grey.width());
   const int h = std::min(height, grey.height());
-  return {(grey.width() - w) * 2 / 5, (grey.height() - h) / 3, w, h, factor};
+  return {(grey.width() - w) / 11, (grey.height() - h) / 2, w, h, factor};
 }
 
 // ---- Pipeline filters ----
@@ -101,9 +101,9 @@ int ShowEdge(const PipelineCalls& calls, const Plane<BW8>& src, Edge edge, int r
   std::vector<std::int16_t> values(static_cast<std::size_t>(width + 2 * reach));
   for (int y = 0; y < src.height(); ++y) {
     const auto filter = [&](const Taps& taps, int anchor, std::int16_t* row) {
-      constexpr BW8 kWhite = 255;
+      constexpr BW8 kBlack = 0;
       return calls.filterRow(src.row(y), src.step(), &row, width, 1, taps.data(), count, anchor,
-                             static_cast<std::int32_t>(edge), kWhite, 1, buffer.data());
+                             static_cast<std::int32_t>(edge), kBlack, 1, buffer.data());
     };
     if (filter(first, reach, values.data()) != 0) return -1;
     if (filter(last, 0, values.data() + 2 * reach) != 0) return -1;
@@ -147,9 +147,9 @@ void ShowPipeline(Sheet& sheet) {
     pictures.push_back(Magnify(ToPicture(shown), 3));
   }
   sheet.Show("pipeline-borders",
-             "What the row filter sees beside a picture of 48 columns, 24 pixels on either side: white, the nearest "
+             "What the row filter sees beside a picture of 48 columns, 24 pixels on either side: black, the nearest "
              "pixel, the row repeated, mirrored, mirrored with its edge pixel; three-fold",
-             "Norvala_FilterRowBorderPipelineBW8(..., borderType 0 to 4, 255, ...)", time, SideBySide(pictures));
+             "Norvala_FilterRowBorderPipelineBW8(..., borderType 0 to 4, 0, ...)", time, SideBySide(pictures));
 }
 
 // ---- Gaussian filter ----

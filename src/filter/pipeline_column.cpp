@@ -14,6 +14,7 @@ using Weight = Unaligned<FLOAT32>;
 // All bits that are set in any of the values: at least as large as each of them, and negative if one of them is.
 std::int16_t UnitedBits(const Values* values, std::int32_t width) {
   std::int16_t bits = 0;
+#pragma GCC unroll 4
   for (std::int32_t x = 0; x < width; ++x) bits = static_cast<std::int16_t>(bits | values[x]);
   return bits;
 }
@@ -70,11 +71,11 @@ void Filter(const ColumnKernel& kernel, const RowPointer* rows, std::int32_t wid
     const std::int32_t count = std::min(kStrip, width - x);
     const auto line = [&](std::int32_t i) -> const Values* { return rows[i] + x; };
     if (kernel.narrow) {
-      kernel.divide.With([&](auto divide) {
+      kernel.divide.With([&]<class Divide>(Divide divide) {
         if (kernel.negativeTaps) {
-          FilterNarrow<std::int16_t, BW8>(line, tap, kernel.count, count, SignedQuotient{divide}, dst + x);
+          FilterNarrow<std::int16_t, BW8>(line, tap, kernel.count, count, SignedQuotient<Divide>{divide}, dst + x);
         } else {
-          FilterNarrow<std::int16_t, BW8>(line, tap, kernel.count, count, UnsignedQuotient{divide}, dst + x);
+          FilterNarrow<std::int16_t, BW8>(line, tap, kernel.count, count, UnsignedQuotient<Divide>{divide}, dst + x);
         }
       });
     } else if (kernel.wide) {

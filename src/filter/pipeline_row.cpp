@@ -103,11 +103,11 @@ void Filter(const RowKernel& kernel, const Unaligned<BW8>* extended, std::int32_
                               dst + x);
       continue;
     }
-    kernel.divide.With([&](auto divide) {
+    kernel.divide.With([&]<class Divide>(Divide divide) {
       if (kernel.negativeTaps) {
-        FilterNarrow<BW8, std::int16_t>(line, tap, kernel.count, count, SignedQuotient{divide}, dst + x);
+        FilterNarrow<BW8, std::int16_t>(line, tap, kernel.count, count, SignedQuotient<Divide>{divide}, dst + x);
       } else {
-        FilterNarrow<BW8, std::int16_t>(line, tap, kernel.count, count, UnsignedQuotient{divide}, dst + x);
+        FilterNarrow<BW8, std::int16_t>(line, tap, kernel.count, count, UnsignedQuotient<Divide>{divide}, dst + x);
       }
     });
   }
