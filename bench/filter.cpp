@@ -119,9 +119,9 @@ void AddGaussRows() {
 
 void AddFilterRows() {
   AddPipelineRow("FilterPipeline/taps:5", {1, 4, 6, 4, 1}, 16, 16);
-  AddPipelineRow("FilterPipeline/taps:5/any divisor", {2, 3, 5, 3, 2}, 15, 15);
-  AddPipelineRow("FilterPipeline/taps:5/divided once", {1, 4, 6, 4, 1}, 1, 256);
-  AddPipelineRow("FilterPipeline/taps:5/32-bit sums", {100, 400, 600, 400, 100}, 1600, 1600);
+  AddPipelineRow("FilterPipeline/taps:5/any-divisor", {2, 3, 5, 3, 2}, 15, 15);
+  AddPipelineRow("FilterPipeline/taps:5/divided-once", {1, 4, 6, 4, 1}, 1, 256);
+  AddPipelineRow("FilterPipeline/taps:5/32-bit-sums", {100, 400, 600, 400, 100}, 1600, 1600);
   AddGaussRows();
 }
 
