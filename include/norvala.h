@@ -183,7 +183,105 @@ NORVALA_API int32_t NORVALA_CALL Norvala_CopyReplicateBorderFLOAT32(FLOAT32* ima
 
 /* ---- Pipeline filters ---- */
 
+/** @name Pipeline filters
+ *  A separable filter as a pipeline of rows: the row filter turns 8-bit source rows into signed 16-bit intermediate
+ *  rows and completes their left and right borders itself; the column filter combines runs of intermediate rows into
+ *  8-bit rows. Both reach the intermediate rows through an array of pointers, so that a caller may keep them in a ring,
+ *  filter each source row once, and repeat pointers to make borders at the top and bottom.
+ *
+ *  Kernels are applied unmirrored (correlation): tap i weighs the i-th pixel or row of the run that it covers. Sums are
+ *  multiplied by 1 / divisor in double precision, clamped to the range of the result and truncated toward zero; nothing
+ *  is rounded. Since the factor is a rounded reciprocal, a sum that the divisor divides may come out 1 nearer to zero:
+ *  49 with divisor 49 gives 0.
+ *
+ *  Work buffers belong to the caller, need no alignment, hold nothing between calls and must not be shared by
+ *  concurrent calls.
+ *  @{ */
+/** Size of the work buffer of Norvala_FilterRowBorderPipelineBW8.
+ *  @param width      pixels in a row, at least 1
+ *  @param height     rows, at least 1
+ *  @param kernelSize taps, at least 1
+ *  @param bufferSize receives the size in bytes, 4 * `kernelSize` + 64; left as it was on failure
+ *  @return 0, or -1 when the pointer is null, a size is below 1 or the result does not fit 32 bits */
+NORVALA_API int32_t NORVALA_CALL Norvala_FilterRowBorderPipelineGetBufferSizeBW8(int32_t width, int32_t height,
+                                                                                 int32_t kernelSize,
+                                                                                 int32_t* bufferSize);
+/** Size of the work buffer of Norvala_FilterColumnPipelineBW8; otherwise as
+ *  Norvala_FilterRowBorderPipelineGetBufferSizeBW8. */
+NORVALA_API int32_t NORVALA_CALL Norvala_FilterColumnPipelineGetBufferSizeBW8(int32_t width, int32_t height,
+                                                                              int32_t kernelSize, int32_t* bufferSize);
+/** Filters 8-bit rows horizontally into signed 16-bit rows. Result x of a row is the sum of tap i times pixel
+ *  x + i - `anchor`, wrapped to 32 bits, divided as described above and clamped to -32768..32767.
+ *  @param src         first source pixel; only the `width` pixels of each row are read
+ *  @param srcStep     source row step in bytes, at least `width`
+ *  @param dstRows     `height` pointers to destination rows of `width` values each
+ *  @param width       pixels in a row, at least 1
+ *  @param height      rows, at least 1
+ *  @param kernel      `kernelSize` taps
+ *  @param kernelSize  at least 1, even or odd
+ *  @param anchor      0 .. `kernelSize` - 1: the tap that weighs the pixel at the output position, which is the number
+ *                     of border pixels before the row
+ *  @param borderType  the pixels outside the row: 0 the constant `borderValue`; 1 the nearest edge pixel; 2 the row
+ *                     repeated periodically; 3 the row mirrored without repeating its edge pixel (..2 1 | 0 1 2..);
+ *                     4 mirrored with it (..1 0 | 0 1 2..). Borders longer than the row continue in the same manner.
+ *  @param borderValue the constant of border type 0, ignored by the others
+ *  @param divisor     any value but 0
+ *  @param buffer      work buffer of the size that Norvala_FilterRowBorderPipelineGetBufferSizeBW8 reports
+ *  @return 0, or -1 when a pointer is null, a size is below 1, the anchor lies outside the kernel, the step is below
+ *          `width`, the border type is none of 0 .. 4, the divisor is 0, or an entry of `dstRows` is null: the rows
+ *          before that entry are complete then, and no later one is touched */
+NORVALA_API int32_t NORVALA_CALL Norvala_FilterRowBorderPipelineBW8(
+    const BW8* src, int32_t srcStep, int16_t* const* dstRows, int32_t width, int32_t height, const int16_t* kernel,
+    int32_t kernelSize, int32_t anchor, int32_t borderType, BW8 borderValue, int32_t divisor, BW8* buffer);
+/** Filters signed 16-bit rows vertically into 8-bit rows. Destination row y is the sum of tap i times source row y + i,
+ *  divided as described above and clamped to 0..255: the caller places the anchor by the choice of the first row.
+ *  @param srcRows    `height` + `kernelSize` - 1 pointers to source rows of `width` values each; may repeat rows
+ *  @param dst        first destination pixel
+ *  @param dstStep    destination row step in bytes, at least `width`
+ *  @param width      pixels in a row, at least 1
+ *  @param height     destination rows, at least 1
+ *  @param kernel     `kernelSize` taps
+ *  @param kernelSize at least 1, even or odd
+ *  @param divisor    any value but 0
+ *  @param buffer     work buffer of the size that Norvala_FilterColumnPipelineGetBufferSizeBW8 reports
+ *  @return 0, or -1 when a pointer or an entry of `srcRows` is null, a size is below 1, the step is below `width` or
+ *          the divisor is 0; nothing is written then */
+NORVALA_API int32_t NORVALA_CALL Norvala_FilterColumnPipelineBW8(const int16_t* const* srcRows, BW8* dst,
+                                                                 int32_t dstStep, int32_t width, int32_t height,
+                                                                 const int16_t* kernel, int32_t kernelSize,
+                                                                 int32_t divisor, BW8* buffer);
+/** @} */
+
 /* ---- Gaussian filter ---- */
+
+/** @name Gaussian filter
+ *  @{ */
+/** Smooths 8-bit pixels with a fixed Gaussian mask. Reads the pixels around the region, 1 on every side with the 3x3
+ *  mask and 2 with the 5x5 mask, and never invents any: the caller sees to it that they exist (with
+ *  Norvala_CopyReplicateBorderBW8, for example).
+ *
+ *  The 3x3 mask is the product of the column 1 2 1 with the row 1 2 1, divided by 16, ties rounded to even. The 5x5
+ *  mask is
+ *
+ *       2   7  12   7   2
+ *       7  31  52  31   7
+ *      12  52 127  52  12
+ *       7  31  52  31   7
+ *       2   7  12   7   2
+ *
+ *  divided by its sum, 571, and rounded to nearest. A constant image stays as it is.
+ *  @param src      first source pixel of the region
+ *  @param srcStep  source row step in bytes, at least 1
+ *  @param dst      first destination pixel
+ *  @param dstStep  destination row step in bytes, at least 1
+ *  @param width    pixels in a row, at least 1
+ *  @param height   rows, at least 1
+ *  @param maskCode 33 for the 3x3 mask, 55 for the 5x5 mask
+ *  @return 0, or -1 when a pointer is null, a size or step is below 1, the mask code is another or the work memory (12
+ *          or 48 bytes for each pixel of a row) cannot be had; nothing is written then */
+NORVALA_API int32_t NORVALA_CALL Norvala_FilterGauss(const BW8* src, int32_t srcStep, BW8* dst, int32_t dstStep,
+                                                     int32_t width, int32_t height, int32_t maskCode);
+/** @} */
 
 /* ---- Gaussian pyramid step ---- */
 

@@ -12,7 +12,27 @@ namespace norvala {
 
 // ---- Pipeline filters ----
 
+StatusCode FilterRowBorderPipelineGetBufferSizeBW8(RegionSize size, std::int32_t kernelSize, std::int32_t* bufferSize);
+StatusCode FilterColumnPipelineGetBufferSizeBW8(RegionSize size, std::int32_t kernelSize, std::int32_t* bufferSize);
+StatusCode FilterRowBorderPipelineBW8(const BW8* src, std::int32_t srcStep, std::int16_t* const* dstRows,
+                                      RegionSize size, const std::int16_t* kernel, std::int32_t kernelSize,
+                                      std::int32_t anchor, std::int32_t borderType, BW8 borderValue,
+                                      std::int32_t divisor, BW8* buffer);
+StatusCode FilterColumnPipelineBW8(const std::int16_t* const* srcRows, BW8* dst, std::int32_t dstStep, RegionSize size,
+                                   const std::int16_t* kernel, std::int32_t kernelSize, std::int32_t divisor,
+                                   BW8* buffer);
+
+inline constexpr PrimitiveTable kFilterRowBorderPipelineGetBufferSizeBW8{FilterRowBorderPipelineGetBufferSizeBW8};
+inline constexpr PrimitiveTable kFilterColumnPipelineGetBufferSizeBW8{FilterColumnPipelineGetBufferSizeBW8};
+inline constexpr PrimitiveTable kFilterRowBorderPipelineBW8{FilterRowBorderPipelineBW8};
+inline constexpr PrimitiveTable kFilterColumnPipelineBW8{FilterColumnPipelineBW8};
+
 // ---- Gaussian filter ----
+
+StatusCode FilterGauss(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size,
+                       std::int32_t maskCode);
+
+inline constexpr PrimitiveTable kFilterGauss{FilterGauss};
 
 // ---- Gaussian pyramid step ----
 
