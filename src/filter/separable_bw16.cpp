@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "filter/filter.h"
 #include "filter/separable_tile.h"
 #include "frame/aligned_memory.h"
@@ -9,22 +7,43 @@
 namespace norvala {
 namespace {
 
-// Rounds half away from zero and saturates. Both bounds are whole numbers, so that it makes no difference whether they
-// are applied before or after rounding; a sum that is not a number becomes 0.
-std::int16_t RoundToShort(double sum) {
-  double value = sum < 32767.0 ? sum : 32767.0;
-  value = value > -32768.0 ? value : -32768.0;
-  value += value < 0.0 ? -0.5 : 0.5;
-  return static_cast<std::int16_t>(static_cast<std::int32_t>(sum == sum ? value : 0.0));
-}
+struct ShortCodec {
+  using Pixel = BW16;
+  using Sum = double;
+  using Pixels = I16x8;
+
+  double start = 0.0;
+  F64x2 lowest = F64x2{} + Opaque(-32768.0);
+  F64x2 highest = F64x2{} + Opaque(32767.0);
+
+  void Widen(I16x8 pixels, F64x2 (&values)[4]) const {
+    const auto low = BitCastLanes<I32x4>(__builtin_shufflevector(pixels, pixels, 0, 0, 1, 1, 2, 2, 3, 3)) >> 16;
+    const auto high = BitCastLanes<I32x4>(__builtin_shufflevector(pixels, pixels, 4, 4, 5, 5, 6, 6, 7, 7)) >> 16;
+    SplitLanes(ConvertLanes<F64x4>(low), values[0], values[1]);
+    SplitLanes(ConvertLanes<F64x4>(high), values[2], values[3]);
+  }
+
+  // Rounds half away from zero and saturates. The bounds are whole numbers, so that they may as well come first. A sum
+  // that is not a number becomes 0.
+  I16x8 Narrow(const F64x2 (&sums)[4]) const {
+    F64x2 rounded[4];
+    for (int k = 0; k < 4; ++k) {
+      const auto isNumber = sums[k] == sums[k];
+      const F64x2 value = MaxLanes(MinLanes(sums[k], highest), lowest);
+      const auto sign = BitCastLanes<I64x2>(value) & INT64_MIN;
+      const F64x2 half = BitCastLanes<F64x2>(sign | BitCastLanes<I64x2>(F64x2{0.5, 0.5}));
+      rounded[k] = BitCastLanes<F64x2>(BitCastLanes<I64x2>(value + half) & isNumber);
+    }
+    const auto low = ConvertLanes<I32x4>(JoinLanes(rounded[0], rounded[1]));
+    const auto high = ConvertLanes<I32x4>(JoinLanes(rounded[2], rounded[3]));
+    return __builtin_shufflevector(BitCastLanes<I16x8>(low), BitCastLanes<I16x8>(high), 0, 2, 4, 6, 8, 10, 12, 14);
+  }
+};
 
 StatusCode FilterFloatKernel(const SeparableCall<BW16, FLOAT32>& call) {
   if (const StatusCode status = call.CheckPointersAndSizes(); status != StatusCode::Success) return status;
   if (const StatusCode status = call.CheckSteps(); status != StatusCode::Success) return status;
-  SeparableTile<double> tile;
-  tile.Filter(
-      call, 0.0, [](BW16 pixel) { return static_cast<double>(static_cast<std::int16_t>(pixel)); },
-      [](double sum) { return static_cast<BW16>(RoundToShort(sum)); });
+  SeparableTile<ShortCodec>(ShortCodec{}).Filter(call);
   return StatusCode::Success;
 }
 

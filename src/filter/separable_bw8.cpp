@@ -6,48 +6,131 @@
 namespace norvala {
 namespace {
 
-// Sums of floats, exact below 2^24 in steps of 1 and below 2^23 in steps of 1/2.
-bool FilterFloatSums(const SeparableCallBW8& call, std::int64_t magnitude, RoundedDivision division) {
+// The low bytes of all lanes.
+inline U8x16 PackBytes(I32x4 a, I32x4 b, I32x4 c, I32x4 d) {
+  const auto even = [](U8x16 low, U8x16 high) {
+    return __builtin_shufflevector(low, high, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+  };
+  return even(even(BitCastLanes<U8x16>(a), BitCastLanes<U8x16>(b)),
+              even(BitCastLanes<U8x16>(c), BitCastLanes<U8x16>(d)));
+}
+
+inline void UnpackBytes(U8x16 bytes, I32x4 (&lanes)[4]) {
+  const U8x16 zero{};
+  const auto low = __builtin_shufflevector(bytes, zero, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+  const auto high = __builtin_shufflevector(bytes, zero, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+  const auto words = [](U8x16 v, bool upper) {
+    const auto w = BitCastLanes<U16x8>(v);
+    const U16x8 none{};
+    return BitCastLanes<I32x4>(upper ? __builtin_shufflevector(w, none, 4, 12, 5, 13, 6, 14, 7, 15)
+                                     : __builtin_shufflevector(w, none, 0, 8, 1, 9, 2, 10, 3, 11));
+  };
+  lanes[0] = words(low, false);
+  lanes[1] = words(low, true);
+  lanes[2] = words(high, false);
+  lanes[3] = words(high, true);
+}
+
+// Sums of floats: exact below 2^24 in steps of 1 and below 2^23 in steps of 1/2.
+struct FloatSums {
+  using Pixel = BW8;
+  using Sum = float;
+  using Pixels = U8x16;
+
+  float start;
+  F32x4 factor;
+  F32x4 lowest = F32x4{} + Opaque(0.0F);
+  F32x4 highest = F32x4{} + Opaque(255.0F);
+
   // Half a unit keeps the quotients of whole sums away from whole numbers by 1 / (2 * divisor), where the errors of the
   // float reciprocal and product, at most 2^-15 in the range of bytes, do not matter. The reciprocal of a power of two
   // has no error.
-  const bool isExact = RoundedDivision::IsPowerOfTwo(division.divisor);
-  const float start = static_cast<float>(division.addend) + (isExact ? 0.0F : 0.5F);
-  const std::int64_t limit = isExact ? 1 << 24 : 1 << 23;
-  if (magnitude * 255 + division.addend >= limit) return false;
-  const float factor = 1.0F / static_cast<float>(division.divisor);
-  SeparableTile<float> tile;
-  tile.Filter(
-      call, start, [](BW8 pixel) { return static_cast<float>(pixel); },
-      [factor](float sum) {
-        const float value = sum * factor;
-        const float positive = value > 0.0F ? value : 0.0F;
-        return static_cast<BW8>(static_cast<std::int32_t>(positive < 255.0F ? positive : 255.0F));
-      });
-  return true;
-}
+  explicit FloatSums(RoundedDivision division)
+      : start(static_cast<float>(division.addend) + (RoundedDivision::IsPowerOfTwo(division.divisor) ? 0.0F : 0.5F)),
+        factor(F32x4{} + 1.0F / static_cast<float>(division.divisor)) {}
+
+  static bool Hold(std::int64_t magnitude, RoundedDivision division) {
+    const std::int64_t limit = RoundedDivision::IsPowerOfTwo(division.divisor) ? 1 << 24 : 1 << 23;
+    return magnitude * 255 + division.addend < limit;
+  }
+
+  void Widen(U8x16 pixels, F32x4 (&values)[4]) const {
+    I32x4 lanes[4];
+    UnpackBytes(pixels, lanes);
+    for (int k = 0; k < 4; ++k) values[k] = ConvertLanes<F32x4>(lanes[k]);
+  }
+  U8x16 Narrow(const F32x4 (&sums)[4]) const {
+    I32x4 bytes[4];
+    for (int k = 0; k < 4; ++k) {
+      bytes[k] = ConvertLanes<I32x4>(MinLanes(MaxLanes(sums[k] * factor, lowest), highest));
+    }
+    return PackBytes(bytes[0], bytes[1], bytes[2], bytes[3]);
+  }
+};
 
 // Sums of doubles, for those that 32 bits hold. All three modes of the output rule are one product here: the reciprocal
-// of a power of two is exact, and half a unit in the product is the addend in the sum.
-bool FilterDoubleSums(const SeparableCallBW8& call, std::int64_t magnitude, std::int32_t divisor) {
-  if (magnitude * 255 > INT32_MAX) return false;
-  const double factor = static_cast<float>(1.0 / divisor);
-  SeparableTile<double> tile;
-  tile.Filter(
-      call, 0.0, [](BW8 pixel) { return static_cast<double>(pixel); },
-      [factor](double sum) {
-        const double value = sum * factor;
-        const double positive = value > 0.0 ? value : 0.0;
-        return static_cast<BW8>(static_cast<std::int32_t>((positive < 255.0 ? positive : 255.0) + 0.5));
-      });
-  return true;
-}
+// of a power of two is exact, and half a unit added to the product is the addend added to the sum.
+struct DoubleSums {
+  using Pixel = BW8;
+  using Sum = double;
+  struct Pixels {
+    BW8 bytes[8];
+  };
 
-void FilterWrappingSums(const SeparableCallBW8& call, const DivisorScale& scale) {
-  SeparableTile<std::uint32_t> tile;
-  tile.Filter(
-      call, 0U, [](BW8 pixel) { return std::uint32_t{pixel}; },
-      [scale](std::uint32_t sum) { return ScaleSum(static_cast<std::int32_t>(sum), scale); });
+  double start = 0.0;
+  F64x2 factor;
+  F64x2 lowest = F64x2{} + Opaque(0.0);
+  F64x2 highest = F64x2{} + Opaque(255.0);
+
+  explicit DoubleSums(std::int32_t divisor) : factor(F64x2{} + static_cast<float>(1.0 / divisor)) {}
+
+  static bool Hold(std::int64_t magnitude) { return magnitude * 255 <= INT32_MAX; }
+
+  void Widen(Pixels pixels, F64x2 (&values)[4]) const {
+    U8x16 bytes{};
+    std::memcpy(&bytes, &pixels, sizeof pixels);
+    I32x4 lanes[4];
+    UnpackBytes(bytes, lanes);
+    SplitLanes(ConvertLanes<F64x4>(lanes[0]), values[0], values[1]);
+    SplitLanes(ConvertLanes<F64x4>(lanes[1]), values[2], values[3]);
+  }
+  Pixels Narrow(const F64x2 (&sums)[4]) const {
+    F64x2 values[4];
+    for (int k = 0; k < 4; ++k) values[k] = MinLanes(MaxLanes(sums[k] * factor, lowest), highest) + 0.5;
+    const auto low = ConvertLanes<I32x4>(JoinLanes(values[0], values[1]));
+    const auto high = ConvertLanes<I32x4>(JoinLanes(values[2], values[3]));
+    const U8x16 bytes = PackBytes(low, high, low, high);
+    Pixels pixels;
+    std::memcpy(&pixels, &bytes, sizeof pixels);
+    return pixels;
+  }
+};
+
+// Sums of 32 bits that wrap.
+struct WrappingSums {
+  using Pixel = BW8;
+  using Sum = std::uint32_t;
+  using Pixels = U8x16;
+
+  std::uint32_t start = 0;
+  DivisorScale scale;
+
+  void Widen(U8x16 pixels, U32x4 (&values)[4]) const {
+    I32x4 lanes[4];
+    UnpackBytes(pixels, lanes);
+    for (int k = 0; k < 4; ++k) values[k] = BitCastLanes<U32x4>(lanes[k]);
+  }
+  U8x16 Narrow(const U32x4 (&sums)[4]) const {
+    U8x16 pixels{};
+    for (int i = 0; i < 16; ++i) pixels[i] = ScaleSum(static_cast<std::int32_t>(sums[i / 4][i % 4]), scale);
+    return pixels;
+  }
+};
+
+template <class Codec>
+StatusCode FilterBy(const Codec& codec, const SeparableCallBW8& call) {
+  SeparableTile<Codec>(codec).Filter(call);
+  return StatusCode::Success;
 }
 
 StatusCode Filter(const SeparableCallBW8& call, std::int32_t divisor) {
@@ -67,10 +150,10 @@ StatusCode Filter(const SeparableCallBW8& call, std::int32_t divisor) {
   if (RoundedDivision::Serves(divisor)) {
     const RoundedDivision division = RoundedDivision::Of(divisor, scale);
     if (FilterNarrow(call, positive, negative, division)) return StatusCode::Success;
-    if (FilterFloatSums(call, magnitude, division)) return StatusCode::Success;
+    if (FloatSums::Hold(magnitude, division)) return FilterBy(FloatSums(division), call);
   }
-  if (!FilterDoubleSums(call, magnitude, divisor)) FilterWrappingSums(call, scale);
-  return StatusCode::Success;
+  if (DoubleSums::Hold(magnitude)) return FilterBy(DoubleSums(divisor), call);
+  return FilterBy(WrappingSums{0, scale}, call);
 }
 
 }  // namespace

@@ -4,13 +4,33 @@
 namespace norvala {
 namespace {
 
+struct FloatCodec {
+  using Pixel = FLOAT32;
+  using Sum = double;
+  struct Pixels {
+    F32x4 half[2];
+  };
+
+  double start = 0.0;
+
+  void Widen(const Pixels& pixels, F64x2 (&values)[4]) const {
+    for (int i = 0; i < 2; ++i) {
+      SplitLanes(ConvertLanes<F64x4>(pixels.half[i]), values[2 * i], values[2 * i + 1]);
+    }
+  }
+  Pixels Narrow(const F64x2 (&sums)[4]) const {
+    Pixels pixels;
+    for (int i = 0; i < 2; ++i) {
+      pixels.half[i] = ConvertLanes<F32x4>(JoinLanes(sums[2 * i], sums[2 * i + 1]));
+    }
+    return pixels;
+  }
+};
+
 StatusCode Filter(const SeparableCall<FLOAT32, FLOAT32>& call) {
   if (const StatusCode status = call.CheckPointersAndSizes(); status != StatusCode::Success) return status;
   if (const StatusCode status = call.CheckSteps(); status != StatusCode::Success) return status;
-  SeparableTile<double> tile;
-  tile.Filter(
-      call, 0.0, [](FLOAT32 pixel) { return static_cast<double>(pixel); },
-      [](double sum) { return static_cast<FLOAT32>(sum); });
+  SeparableTile<FloatCodec>(FloatCodec{}).Filter(call);
   return StatusCode::Success;
 }
 

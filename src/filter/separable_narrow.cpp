@@ -1,94 +1,122 @@
 #include "filter/separable_narrow.h"
 
+#include <algorithm>
+#include <bit>
+
 #include "frame/lanes.h"
 
 namespace norvala {
 namespace {
 
-constexpr std::int32_t kMostTaps = 32;
+constexpr int kMostTaps = 32;
+constexpr int kGroup = 16;  // pixels; the even and the odd ones make up a vector each
+constexpr int kStrip = 2 * kGroup;
 
-// What the call needs in the loop. Sums are kept modulo 2^16 with `bias` added, which makes them all positive:
-// zero is at `zero`, and the rounding addend of the division is already in.
 struct NarrowRule {
-  std::int32_t taps;
+  int taps;
   U16x8 tap[kMostTaps];
-  U16x8 bias;
+  // Sums are kept modulo 2^16 above `zero`, so that negative ones need no sign; they start at `start`, which holds the
+  // rounding of the division.
   U16x8 zero;
-  U16x8 multiplier;
-  std::int32_t shift;
+  U16x8 start;
+  std::uint32_t multiplier;  // 0 for powers of two
+  int shift;
 };
 
 U16x8 Broadcast(std::int64_t value) { return U16x8{} + static_cast<std::uint16_t>(value); }
 
-U8x16 LoadBytes(const BW8* pixels, int count) {
-  U8x16 bytes{};
-  std::memcpy(&bytes, pixels, static_cast<std::size_t>(count));
-  return bytes;
+// Sixteen pixels as eight pairs, the even pixel in the low byte of each.
+inline U16x8 LoadPairs(const unsigned char* pixels, int count) {
+  U16x8 pairs{};
+  std::memcpy(&pairs, pixels, static_cast<std::size_t>(count));
+  return pairs;
 }
 
-U16x8 WidenLow(U8x16 v) {
-  return BitCastLanes<U16x8>(
-      __builtin_shufflevector(v, U8x16{}, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23));
-}
-U16x8 WidenHigh(U8x16 v) {
-  return BitCastLanes<U16x8>(
-      __builtin_shufflevector(v, U8x16{}, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31));
-}
-
-// The low bytes of all lanes.
-U8x16 PackBytes(U16x8 low, U16x8 high) {
-  return __builtin_shufflevector(BitCastLanes<U8x16>(low), BitCastLanes<U8x16>(high), 0, 2, 4, 6, 8, 10, 12, 14, 16, 18,
-                                 20, 22, 24, 26, 28, 30);
-}
-
-// The high halves of the 32-bit products.
-U16x8 MultiplyHigh(U16x8 a, U16x8 b) {
-  U16x8 high;
-  for (int i = 0; i < 8; ++i) high[i] = static_cast<std::uint16_t>((std::uint32_t{a[i]} * b[i]) >> 16);
-  return high;
-}
-
-template <bool divides>
-U16x8 ToByte(U16x8 sum, const NarrowRule& rule) {
-  U16x8 value = (sum > rule.zero ? sum : rule.zero) - rule.zero;
-  if (divides) value = MultiplyHigh(value, rule.multiplier) >> rule.shift;
-  const U16x8 most = Broadcast(255);
-  return value < most ? value : most;
-}
-
-// One step along the row: 16 * vectors pixels, or fewer than 16 if `count` says so.
-template <bool divides, int vectors>
-inline void FilterPixels(const NarrowRule& rule, const BW8* src, std::ptrdiff_t tapStep, BW8* dst, int count = 16) {
-  U16x8 low[vectors];
-  U16x8 high[vectors];
-  for (int k = 0; k < vectors; ++k) low[k] = high[k] = rule.bias;
-  for (std::int32_t j = 0; j < rule.taps; ++j) {
-    const BW8* pixels = Row(src, tapStep, j);
-    for (int k = 0; k < vectors; ++k) {
-      const U8x16 bytes = LoadBytes(pixels + 16 * k, count);
-      low[k] += WidenLow(bytes) * rule.tap[j];
-      high[k] += WidenHigh(bytes) * rule.tap[j];
+// The sums of one group, clamped at zero: those of the even pixels, then those of the odd ones.
+template <int fixedTaps, bool symmetric>
+inline void SumGroup(const NarrowRule& rule, const unsigned char* src, std::ptrdiff_t tapStep, int count,
+                     std::uint16_t* sums) {
+  // Pairs as they are times a tap give the even product plus 256 times the odd one; the odd sums take that out again.
+  U16x8 both = rule.start;
+  U16x8 odd = U16x8{};
+  const int taps = fixedTaps > 0 ? fixedTaps : rule.taps;
+  const int products = symmetric ? (taps + 1) / 2 : taps;
+#pragma GCC unroll 16
+  for (int j = 0; j < products; ++j) {
+    const U16x8 pairs = LoadPairs(Row(src, tapStep, j), count);
+    U16x8 bothPixels = pairs;
+    U16x8 oddPixels = pairs >> 8;
+    if (symmetric && j < taps / 2) {
+      const U16x8 opposite = LoadPairs(Row(src, tapStep, taps - 1 - j), count);
+      bothPixels += opposite;
+      oddPixels += opposite >> 8;
     }
+    both += bothPixels * rule.tap[j];
+    odd += oddPixels * rule.tap[j];
   }
-  for (int k = 0; k < vectors; ++k) {
-    const U8x16 bytes = PackBytes(ToByte<divides>(low[k], rule), ToByte<divides>(high[k], rule));
-    std::memcpy(dst + 16 * k, &bytes, static_cast<std::size_t>(count));
+  const U16x8 even = both - (odd << 8);
+  odd += rule.start;
+  StoreLanes(sums, (even > rule.zero ? even : rule.zero) - rule.zero);
+  StoreLanes(sums + 8, (odd > rule.zero ? odd : rule.zero) - rule.zero);
+}
+
+// Filters `count` pixels of a row, less than two strips. The last group ends with the last pixel and may overlap the
+// one before; nothing is written before all is read.
+template <int fixedTaps, bool symmetric>
+inline void FilterStrip(const NarrowRule& rule, const BW8* src, std::ptrdiff_t tapStep, BW8* dst, int count) {
+  alignas(16) std::uint16_t sums[2 * kStrip];
+  const int groups = (count + kGroup - 1) / kGroup;
+  const auto offset = [count](int group) { return std::max(0, std::min(group * kGroup, count - kGroup)); };
+  for (int g = 0; g < groups; ++g) {
+    SumGroup<fixedTaps, symmetric>(rule, src + offset(g), tapStep, std::min(count, kGroup), sums + g * kGroup);
+  }
+  if (rule.multiplier != 0) {
+    for (int i = 0; i < groups * kGroup; ++i) sums[i] = static_cast<std::uint16_t>((sums[i] * rule.multiplier) >> 16);
+  }
+  for (int g = 0; g < groups; ++g) {
+    const auto most = BitCastLanes<I16x8>(Broadcast(255));
+    auto even = BitCastLanes<I16x8>(LoadLanes<U16x8>(sums + g * kGroup) >> rule.shift);
+    auto odd = BitCastLanes<I16x8>(LoadLanes<U16x8>(sums + g * kGroup + 8) >> rule.shift);
+    even = even < most ? even : most;
+    odd = odd < most ? odd : most;
+    const I16x8 pairs = even | odd << 8;
+    std::memcpy(dst + offset(g), &pairs, static_cast<std::size_t>(std::min(count, kGroup)));
   }
 }
 
-template <bool divides>
-void FilterRows(const SeparableCallBW8& call, const NarrowRule& rule) {
+template <int fixedTaps, bool symmetric>
+void FilterRows(const NarrowRule& rule, const SeparableCallBW8& call) {
   const SeparableWindow<BW8> window(call);
-  for (std::int32_t y = 0; y < call.size.height; ++y) {
+  for (int y = 0; y < call.size.height; ++y) {
     const BW8* src = window.Source(0, y, 0);
     BW8* dst = window.Destination(0, y);
-    std::int32_t left = call.size.width;
-    for (; left >= 32; left -= 32, src += 32, dst += 32) FilterPixels<divides, 2>(rule, src, window.tapStep, dst);
-    if (left >= 16) {
-      FilterPixels<divides, 1>(rule, src, window.tapStep, dst);
-      left -= 16, src += 16, dst += 16;
+    int left = call.size.width;
+    for (; left >= 2 * kStrip; left -= kStrip, src += kStrip, dst += kStrip) {
+      FilterStrip<fixedTaps, symmetric>(rule, src, window.tapStep, dst, kStrip);
     }
-    if (left > 0) FilterPixels<divides, 1>(rule, src, window.tapStep, dst, left);
+    FilterStrip<fixedTaps, symmetric>(rule, src, window.tapStep, dst, left);
+  }
+}
+
+template <bool symmetric>
+void FilterRows(const NarrowRule& rule, const SeparableCallBW8& call) {
+  switch (rule.taps) {
+    case 3:
+      return FilterRows<3, symmetric>(rule, call);
+    case 5:
+      return FilterRows<5, symmetric>(rule, call);
+    case 7:
+      return FilterRows<7, symmetric>(rule, call);
+    case 9:
+      return FilterRows<9, symmetric>(rule, call);
+    case 11:
+      return FilterRows<11, symmetric>(rule, call);
+    case 13:
+      return FilterRows<13, symmetric>(rule, call);
+    case 15:
+      return FilterRows<15, symmetric>(rule, call);
+    default:
+      return FilterRows<0, symmetric>(rule, call);
   }
 }
 
@@ -100,18 +128,25 @@ bool FilterNarrow(const SeparableCallBW8& call, std::int64_t positive, std::int6
   const std::int64_t highest = positive * 255 + division.addend;
   const std::int64_t zero = negative * 255;
   if (zero + highest > UINT16_MAX) return false;
-  MultiplierU16 multiplier{};
-  if (division.divisor > 1 && !MultiplierU16::Find(division.divisor, static_cast<std::int32_t>(highest), &multiplier)) {
+  MultiplierU16 divide{0, std::countr_zero(static_cast<std::uint32_t>(division.divisor))};
+  if (!RoundedDivision::IsPowerOfTwo(division.divisor) &&
+      !MultiplierU16::Find(division.divisor, static_cast<std::int32_t>(highest), &divide)) {
     return false;
   }
+  // Clamping takes the quotients as signed.
+  if (division.divisor == 1 && highest > INT16_MAX) return false;
   NarrowRule rule;
   rule.taps = call.kernelSize;
-  for (std::int32_t j = 0; j < rule.taps; ++j) rule.tap[j] = Broadcast(call.MirroredTap(j));
-  rule.bias = Broadcast(zero + division.addend);
+  bool symmetric = true;
+  for (int j = 0; j < rule.taps; ++j) {
+    rule.tap[j] = Broadcast(call.MirroredTap(j));
+    symmetric = symmetric && call.MirroredTap(j) == call.MirroredTap(rule.taps - 1 - j);
+  }
+  rule.start = Broadcast(zero + division.addend);
   rule.zero = Broadcast(zero);
-  rule.multiplier = Broadcast(multiplier.multiplier);
-  rule.shift = multiplier.shift;
-  division.divisor > 1 ? FilterRows<true>(call, rule) : FilterRows<false>(call, rule);
+  rule.multiplier = divide.multiplier;
+  rule.shift = divide.shift;
+  symmetric ? FilterRows<true>(rule, call) : FilterRows<false>(rule, call);
   return true;
 }
 

@@ -7,43 +7,50 @@
 
 namespace norvala {
 
-// The separable convolution with sums of type Sum: double, float or wrapping unsigned 32-bit. Tiles of source pixels
-// are converted to Sum once and meet all taps from there. Lies on the stack, some 20 KiB.
-template <class Sum>
+// The separable convolution by tiles: source pixels are converted to the type of the sums once and meet all taps from
+// there. Lies on the stack, some 20 KiB.
+//
+// The codec fixes the types and the conversions:
+//   Pixel, Sum                              a pixel and a sum
+//   Pixels                                  as many pixels as kVectors vectors of sums hold
+//   void Widen(Pixels, Vector (&)[kVectors]) const     pixels to sums
+//   Pixels Narrow(const Vector (&)[kVectors]) const    sums to pixels
+//   Sum start                               where every sum starts
+template <class Codec>
 class SeparableTile {
  public:
-  // Filters the whole region. `load` converts a pixel to a Sum, `store` a sum to a pixel. Every sum starts at `start`
-  // and takes its products in the order of increasing source position.
-  template <class Pixel, class Tap, class Load, class Store>
-  void Filter(const SeparableCall<Pixel, Tap>& call, Sum start, Load load, Store store) {
+  using Pixel = typename Codec::Pixel;
+  using Pixels = typename Codec::Pixels;
+  using Sum = typename Codec::Sum;
+  using Vector = Lanes<Sum, 16 / sizeof(Sum)>;
+
+  explicit SeparableTile(const Codec& codec) : codec_(codec) {}
+
+  // Filters the whole region. Every sum takes its products in the order of increasing source position.
+  template <class Tap>
+  void Filter(const SeparableCall<Pixel, Tap>& call) {
     const SeparableWindow<Pixel> window(call);
     const bool alongRow = call.direction == Direction::AlongRow;
     const int tileRows = alongRow ? 1 : kRows;
     const int tileColumns = alongRow ? kLongRow : kColumns;
-    for (int x = 0, columns = 0; x < call.size.width; x += columns) {
-      columns = std::min(tileColumns, call.size.width - x);
-      for (int y = 0, rows = 0; y < call.size.height; y += rows) {
-        rows = std::min(tileRows, call.size.height - y);
-        std::fill_n(sums_, rows * tileColumns, start);
+    for (int y = 0, rows = 0; y < call.size.height; y += rows) {
+      rows = std::min(tileRows, call.size.height - y);
+      for (int x = 0, columns = 0; x < call.size.width; x += columns) {
+        columns = std::min(tileColumns, call.size.width - x);
         for (int tap = 0, taps = 0; tap < call.kernelSize; tap += taps) {
           taps = std::min(kTaps, call.kernelSize - tap);
           for (int j = 0; j < taps; ++j) taps_[j] = Vector{} + static_cast<Sum>(call.MirroredTap(tap + j));
-          const int sourceRows = alongRow ? 1 : rows + taps - 1;
-          const int sourceColumns = alongRow ? columns + taps - 1 : columns;
+          const int reach = taps - 1;
+          const int sourceRows = alongRow ? 1 : rows + reach;
           for (int row = 0; row < sourceRows; ++row) {
-            const auto* pixels = window.Source(x, y, std::ptrdiff_t{tap} + row);
-            Sum* source = source_ + row * kColumns;
-            for (int i = 0; i < sourceColumns; ++i) source[i] = load(pixels[i]);
+            const Pixel* pixels = window.Source(x, y, std::ptrdiff_t{tap} + row);
+            Load(pixels, alongRow ? columns + reach : columns, source_ + row * kColumns, alongRow ? reach : 0);
           }
-          const int tapStep = alongRow ? 1 : kColumns;
+          const Part part = {taps, alongRow ? 1 : kColumns, tap == 0, call.kernelSize - tap == taps};
           for (int row = 0; row < rows; ++row) {
-            AddProducts(source_ + row * kColumns, tapStep, taps, sums_ + row * kColumns, columns);
+            Pixel* pixels = window.Destination(x, std::ptrdiff_t{y} + row);
+            Convolve(source_ + row * kColumns, part, sums_ + row * kColumns, pixels, columns);
           }
-        }
-        for (int row = 0; row < rows; ++row) {
-          auto* pixels = window.Destination(x, std::ptrdiff_t{y} + row);
-          const Sum* sums = sums_ + row * kColumns;
-          for (int i = 0; i < columns; ++i) pixels[i] = store(sums[i]);
         }
       }
     }
@@ -51,32 +58,81 @@ class SeparableTile {
 
  private:
   static constexpr int kLanes = 16 / static_cast<int>(sizeof(Sum));
-  using Vector = Lanes<Sum, kLanes>;
+  static constexpr int kVectors = 4;
+  static constexpr int kBlock = kVectors * kLanes;
+  static constexpr int kBlocksAtOnce = sizeof(void*) == 8 ? 2 : 1;  // as the registers allow
 
   static constexpr int kTaps = 16;  // taken at once
   // A tile holds kRows rows of kColumns sums for taps along columns, one longer row for taps along rows.
-  static constexpr int kRows = 16;
-  static constexpr int kColumns = 32;
+  static constexpr int kRows = 8;
+  static constexpr int kColumns = 128;
   static constexpr int kLongRow = kRows * kColumns;
 
-  // Adds to each sum the products of the taps and the source pixels that lie tapStep apart.
-  void AddProducts(const Sum* source, std::ptrdiff_t tapStep, int taps, Sum* sums, int count) const {
-    constexpr int kVectors = 4;
-    int i = 0;
-    for (; i + kVectors * kLanes <= count; i += kVectors * kLanes) {
-      Vector sum[kVectors];
-      for (int k = 0; k < kVectors; ++k) sum[k] = LoadLanes<Vector>(sums + i + k * kLanes);
-      const Sum* pixels = source + i;
-      for (int j = 0; j < taps; ++j, pixels += tapStep) {
-        for (int k = 0; k < kVectors; ++k) sum[k] += LoadLanes<Vector>(pixels + k * kLanes) * taps_[j];
+  // The taps taken at once: sums of all but the first ones continue, sums of all but the last ones are kept.
+  struct Part {
+    int taps;
+    int tapStep;
+    bool isFirst;
+    bool isLast;
+  };
+
+  // Converts `count` pixels, and zeros after them up to whole blocks and `reach` more.
+  void Load(const Pixel* pixels, int count, Sum* source, int reach) const {
+    const int end = (count - reach + kBlock - 1) / kBlock * kBlock + reach;
+    for (int i = 0; i < end; i += kBlock) {
+      Pixels block{};
+      const int valid = std::max(0, std::min(kBlock, count - i));
+      if (valid == kBlock) {
+        std::memcpy(&block, pixels + i, sizeof block);
+      } else {
+        std::memcpy(&block, pixels + i, static_cast<std::size_t>(valid) * sizeof(Pixel));
       }
-      for (int k = 0; k < kVectors; ++k) StoreLanes(sums + i + k * kLanes, sum[k]);
-    }
-    for (; i < count; ++i) {
-      for (int j = 0; j < taps; ++j) sums[i] += source[i + j * tapStep] * taps_[j][0];
+      Vector vectors[kVectors];
+      codec_.Widen(block, vectors);
+      for (int k = 0; k < kVectors; ++k) StoreLanes(source + i + k * kLanes, vectors[k]);
     }
   }
 
+  void Convolve(const Sum* source, Part part, Sum* sums, Pixel* pixels, int count) const {
+    int i = 0;
+    if constexpr (kBlocksAtOnce > 1) {
+      for (; i + (kBlocksAtOnce - 1) * kBlock < count; i += kBlocksAtOnce * kBlock) {
+        ConvolveBlocks<kBlocksAtOnce>(source + i, part, sums + i, pixels + i, count - i);
+      }
+    }
+    for (; i < count; i += kBlock) ConvolveBlocks<1>(source + i, part, sums + i, pixels + i, count - i);
+  }
+
+  template <int blocks>
+  void ConvolveBlocks(const Sum* source, Part part, Sum* sums, Pixel* pixels, int count) const {
+    Vector sum[blocks][kVectors];
+    for (int b = 0; b < blocks; ++b) {
+      for (int k = 0; k < kVectors; ++k) {
+        sum[b][k] = part.isFirst ? Vector{} + codec_.start : LoadLanes<Vector>(sums + b * kBlock + k * kLanes);
+      }
+    }
+    for (int j = 0; j < part.taps; ++j, source += part.tapStep) {
+      for (int b = 0; b < blocks; ++b) {
+        for (int k = 0; k < kVectors; ++k) {
+          sum[b][k] += LoadLanes<Vector>(source + b * kBlock + k * kLanes) * taps_[j];
+        }
+      }
+    }
+    for (int b = 0; b < blocks; ++b, count -= kBlock) {
+      if (!part.isLast) {
+        for (int k = 0; k < kVectors; ++k) StoreLanes(sums + b * kBlock + k * kLanes, sum[b][k]);
+        continue;
+      }
+      const Pixels block = codec_.Narrow(sum[b]);
+      if (count >= kBlock) {
+        std::memcpy(pixels + b * kBlock, &block, sizeof block);
+      } else {
+        std::memcpy(pixels + b * kBlock, &block, static_cast<std::size_t>(count) * sizeof(Pixel));
+      }
+    }
+  }
+
+  const Codec codec_;
   Vector taps_[kTaps];
   alignas(16) Sum source_[(kRows + kTaps) * kColumns];
   alignas(16) Sum sums_[kRows * kColumns];

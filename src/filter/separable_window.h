@@ -37,9 +37,7 @@ struct SeparableCall {
   }
 
   // Tap `j` of the mirrored kernel: the order in which the taps meet the source from left to right or top to bottom.
-  Tap MirroredTap(std::int32_t j) const {
-    return reinterpret_cast<const Unaligned<Tap>*>(kernel)[kernelSize - 1 - j];
-  }
+  Tap MirroredTap(std::int32_t j) const { return reinterpret_cast<const Unaligned<Tap>*>(kernel)[kernelSize - 1 - j]; }
 };
 
 // Where a filter reads and writes: mirrored tap j of the sum for column x and row y weighs the pixel x pixels after
