@@ -11,6 +11,7 @@ struct ShortCodec {
   using Pixel = BW16;
   using Sum = double;
   using Pixels = I16x8;
+  static constexpr bool kExact = false;
 
   double start = 0.0;
   F64x2 lowest = F64x2{} + Opaque(-32768.0);

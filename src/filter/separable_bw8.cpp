@@ -31,11 +31,19 @@ inline void UnpackBytes(U8x16 bytes, I32x4 (&lanes)[4]) {
   lanes[3] = words(high, true);
 }
 
-// Sums of floats: exact below 2^24 in steps of 1 and below 2^23 in steps of 1/2.
+bool FloatsHold(std::int64_t magnitude, RoundedDivision division) {
+  const std::int64_t limit = RoundedDivision::IsPowerOfTwo(division.divisor) ? 1 << 24 : 1 << 23;
+  return magnitude * 255 + division.addend < limit;
+}
+
+// Sums of floats: exact below 2^24 in steps of 1 and below 2^23 in steps of 1/2. Kernels whose quotients never leave
+// the range of bytes need no clamping.
+template <bool clamps>
 struct FloatSums {
   using Pixel = BW8;
   using Sum = float;
   using Pixels = U8x16;
+  static constexpr bool kExact = true;
 
   float start;
   F32x4 factor;
@@ -49,11 +57,6 @@ struct FloatSums {
       : start(static_cast<float>(division.addend) + (RoundedDivision::IsPowerOfTwo(division.divisor) ? 0.0F : 0.5F)),
         factor(F32x4{} + 1.0F / static_cast<float>(division.divisor)) {}
 
-  static bool Hold(std::int64_t magnitude, RoundedDivision division) {
-    const std::int64_t limit = RoundedDivision::IsPowerOfTwo(division.divisor) ? 1 << 24 : 1 << 23;
-    return magnitude * 255 + division.addend < limit;
-  }
-
   void Widen(U8x16 pixels, F32x4 (&values)[4]) const {
     I32x4 lanes[4];
     UnpackBytes(pixels, lanes);
@@ -62,7 +65,8 @@ struct FloatSums {
   U8x16 Narrow(const F32x4 (&sums)[4]) const {
     I32x4 bytes[4];
     for (int k = 0; k < 4; ++k) {
-      bytes[k] = ConvertLanes<I32x4>(MinLanes(MaxLanes(sums[k] * factor, lowest), highest));
+      const F32x4 value = sums[k] * factor;
+      bytes[k] = ConvertLanes<I32x4>(clamps ? MinLanes(MaxLanes(value, lowest), highest) : value);
     }
     return PackBytes(bytes[0], bytes[1], bytes[2], bytes[3]);
   }
@@ -76,6 +80,7 @@ struct DoubleSums {
   struct Pixels {
     BW8 bytes[8];
   };
+  static constexpr bool kExact = true;
 
   double start = 0.0;
   F64x2 factor;
@@ -111,6 +116,7 @@ struct WrappingSums {
   using Pixel = BW8;
   using Sum = std::uint32_t;
   using Pixels = U8x16;
+  static constexpr bool kExact = true;
 
   std::uint32_t start = 0;
   DivisorScale scale;
@@ -150,7 +156,10 @@ StatusCode Filter(const SeparableCallBW8& call, std::int32_t divisor) {
   if (RoundedDivision::Serves(divisor)) {
     const RoundedDivision division = RoundedDivision::Of(divisor, scale);
     if (FilterNarrow(call, positive, negative, division)) return StatusCode::Success;
-    if (FloatSums::Hold(magnitude, division)) return FilterBy(FloatSums(division), call);
+    if (FloatsHold(magnitude, division)) {
+      const bool staysInRange = negative == 0 && (positive * 255 + division.addend) / division.divisor <= 255;
+      return staysInRange ? FilterBy(FloatSums<false>(division), call) : FilterBy(FloatSums<true>(division), call);
+    }
   }
   if (DoubleSums::Hold(magnitude)) return FilterBy(DoubleSums(divisor), call);
   return FilterBy(WrappingSums{0, scale}, call);

@@ -137,16 +137,12 @@ bool FilterNarrow(const SeparableCallBW8& call, std::int64_t positive, std::int6
   if (division.divisor == 1 && highest > INT16_MAX) return false;
   NarrowRule rule;
   rule.taps = call.kernelSize;
-  bool symmetric = true;
-  for (int j = 0; j < rule.taps; ++j) {
-    rule.tap[j] = Broadcast(call.MirroredTap(j));
-    symmetric = symmetric && call.MirroredTap(j) == call.MirroredTap(rule.taps - 1 - j);
-  }
+  for (int j = 0; j < rule.taps; ++j) rule.tap[j] = Broadcast(call.MirroredTap(j));
   rule.start = Broadcast(zero + division.addend);
   rule.zero = Broadcast(zero);
   rule.multiplier = divide.multiplier;
   rule.shift = divide.shift;
-  symmetric ? FilterRows<true>(rule, call) : FilterRows<false>(rule, call);
+  call.IsSymmetric() ? FilterRows<true>(rule, call) : FilterRows<false>(rule, call);
   return true;
 }
 

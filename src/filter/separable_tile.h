@@ -16,6 +16,7 @@ namespace norvala {
 //   void Widen(Pixels, Vector (&)[kVectors]) const     pixels to sums
 //   Pixels Narrow(const Vector (&)[kVectors]) const    sums to pixels
 //   Sum start                               where every sum starts
+//   bool kExact                             whether sums are the same in whatever order products are added
 template <class Codec>
 class SeparableTile {
  public:
@@ -46,7 +47,8 @@ class SeparableTile {
             const Pixel* pixels = window.Source(x, y, std::ptrdiff_t{tap} + row);
             Load(pixels, alongRow ? columns + reach : columns, source_ + row * kColumns, alongRow ? reach : 0);
           }
-          const Part part = {taps, alongRow ? 1 : kColumns, tap == 0, call.kernelSize - tap == taps};
+          const Part part = {taps, alongRow ? 1 : kColumns, tap == 0, call.kernelSize - tap == taps,
+                             call.kernelSize == taps && call.IsSymmetric()};
           for (int row = 0; row < rows; ++row) {
             Pixel* pixels = window.Destination(x, std::ptrdiff_t{y} + row);
             Convolve(source_ + row * kColumns, part, sums_ + row * kColumns, pixels, columns);
@@ -64,8 +66,8 @@ class SeparableTile {
 
   static constexpr int kTaps = 16;  // taken at once
   // A tile holds kRows rows of kColumns sums for taps along columns, one longer row for taps along rows.
-  static constexpr int kRows = 8;
-  static constexpr int kColumns = 128;
+  static constexpr int kRows = 32;
+  static constexpr int kColumns = 64;
   static constexpr int kLongRow = kRows * kColumns;
 
   // The taps taken at once: sums of all but the first ones continue, sums of all but the last ones are kept.
@@ -74,12 +76,15 @@ class SeparableTile {
     int tapStep;
     bool isFirst;
     bool isLast;
+    bool isSymmetric;  // opposite taps are equal and all are here
   };
 
   // Converts `count` pixels, and zeros after them up to whole blocks and `reach` more.
   void Load(const Pixel* pixels, int count, Sum* source, int reach) const {
     const int end = (count - reach + kBlock - 1) / kBlock * kBlock + reach;
     for (int i = 0; i < end; i += kBlock) {
+      __builtin_prefetch(
+          reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(pixels + i) + kColumns * sizeof(Pixel)));
       Pixels block{};
       const int valid = std::max(0, std::min(kBlock, count - i));
       if (valid == kBlock) {
@@ -103,6 +108,9 @@ class SeparableTile {
     for (; i < count; i += kBlock) ConvolveBlocks<1>(source + i, part, sums + i, pixels + i, count - i);
   }
 
+  // Volatile, so that a tap is read once and stays in a register instead of being read again for every product.
+  Vector Tap(int j) const { return *static_cast<const volatile Vector*>(&taps_[j]); }
+
   template <int blocks>
   void ConvolveBlocks(const Sum* source, Part part, Sum* sums, Pixel* pixels, int count) const {
     Vector sum[blocks][kVectors];
@@ -111,10 +119,25 @@ class SeparableTile {
         sum[b][k] = part.isFirst ? Vector{} + codec_.start : LoadLanes<Vector>(sums + b * kBlock + k * kLanes);
       }
     }
-    for (int j = 0; j < part.taps; ++j, source += part.tapStep) {
+    int j = 0;
+    int end = part.taps;
+    if (Codec::kExact && part.isSymmetric) {
+      const Sum* opposite = source + (end - 1) * part.tapStep;
+      for (; j + 1 < end; ++j, --end, source += part.tapStep, opposite -= part.tapStep) {
+        const Vector tap = Tap(j);
+        for (int b = 0; b < blocks; ++b) {
+          for (int k = 0; k < kVectors; ++k) {
+            const int at = b * kBlock + k * kLanes;
+            sum[b][k] += (LoadLanes<Vector>(source + at) + LoadLanes<Vector>(opposite + at)) * tap;
+          }
+        }
+      }
+    }
+    for (; j < end; ++j, source += part.tapStep) {
+      const Vector tap = Tap(j);
       for (int b = 0; b < blocks; ++b) {
         for (int k = 0; k < kVectors; ++k) {
-          sum[b][k] += LoadLanes<Vector>(source + b * kBlock + k * kLanes) * taps_[j];
+          sum[b][k] += LoadLanes<Vector>(source + b * kBlock + k * kLanes) * tap;
         }
       }
     }

@@ -38,6 +38,13 @@ struct SeparableCall {
 
   // Tap `j` of the mirrored kernel: the order in which the taps meet the source from left to right or top to bottom.
   Tap MirroredTap(std::int32_t j) const { return reinterpret_cast<const Unaligned<Tap>*>(kernel)[kernelSize - 1 - j]; }
+
+  bool IsSymmetric() const {
+    for (std::int32_t j = 0; j < kernelSize / 2; ++j) {
+      if (MirroredTap(j) != MirroredTap(kernelSize - 1 - j)) return false;
+    }
+    return true;
+  }
 };
 
 // Where a filter reads and writes: mirrored tap j of the sum for column x and row y weighs the pixel x pixels after

@@ -85,7 +85,7 @@ TEST(SeparableStatusTest, IntegerTapsOf16BitFiltersComeFirst) {
   for (const auto* filter : {&kFilterRowBW16, &kFilterColumnBW16}) {
     const auto call = [&](const BW16* src, int step, RegionSize size, const std::int32_t* kernel, int count,
                           int divisor) {
-      return (*filter)(src, step, a.data() + 32, 16, size, kernel, count, 1, divisor);
+      return (*filter)(src, step, a.data() + 40, 16, size, kernel, count, 1, divisor);
     };
     HeapWatch heap;
     EXPECT_EQ(call(nullptr, 0, {0, 0}, nullptr, 0, 0), StatusCode::NullPointer);
@@ -96,9 +96,9 @@ TEST(SeparableStatusTest, IntegerTapsOf16BitFiltersComeFirst) {
     EXPECT_EQ(call(nullptr, 0, {0, 0}, taps.data(), 3, 4), StatusCode::WorkBufferUnavailable);
     heap.FailAt(-1);
     EXPECT_EQ(call(nullptr, 0, {0, 0}, taps.data(), 3, 4), StatusCode::NullPointer);
-    EXPECT_EQ(call(a.data() + 8, 0, {0, 1}, taps.data(), 3, 4), StatusCode::NonPositiveSize);
-    EXPECT_EQ(call(a.data() + 8, 15, {8, 1}, taps.data(), 3, 4), StatusCode::NonPositiveStep);
-    EXPECT_EQ(call(a.data() + 8, 20, {8, 1}, taps.data(), 3, 4), StatusCode::Success);
+    EXPECT_EQ(call(a.data() + 16, 0, {0, 1}, taps.data(), 3, 4), StatusCode::NonPositiveSize);
+    EXPECT_EQ(call(a.data() + 16, 15, {8, 1}, taps.data(), 3, 4), StatusCode::NonPositiveStep);
+    EXPECT_EQ(call(a.data() + 16, 20, {8, 1}, taps.data(), 3, 4), StatusCode::Success);
     EXPECT_EQ(heap.allocations(), 4);
     EXPECT_EQ(heap.live(), 0);
   }
