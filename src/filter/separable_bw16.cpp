@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <bit>
+
 #include "filter/filter.h"
 #include "filter/separable_tile.h"
 #include "frame/aligned_memory.h"
@@ -7,13 +10,15 @@
 namespace norvala {
 namespace {
 
+// Exact sums are those whose products may be added in any order; they are always numbers.
+template <bool exact>
 struct ShortCodec {
   using Pixel = BW16;
   using Sum = double;
   using Pixels = I16x8;
-  static constexpr bool kExact = false;
 
   double start = 0.0;
+  static constexpr bool isExact = exact;
   F64x2 lowest = F64x2{} + Opaque(-32768.0);
   F64x2 highest = F64x2{} + Opaque(32767.0);
 
@@ -29,11 +34,11 @@ struct ShortCodec {
   I16x8 Narrow(const F64x2 (&sums)[4]) const {
     F64x2 rounded[4];
     for (int k = 0; k < 4; ++k) {
-      const auto isNumber = sums[k] == sums[k];
       const F64x2 value = MaxLanes(MinLanes(sums[k], highest), lowest);
       const auto sign = BitCastLanes<I64x2>(value) & INT64_MIN;
       const F64x2 half = BitCastLanes<F64x2>(sign | BitCastLanes<I64x2>(F64x2{0.5, 0.5}));
-      rounded[k] = BitCastLanes<F64x2>(BitCastLanes<I64x2>(value + half) & isNumber);
+      rounded[k] = value + half;
+      if (!exact) rounded[k] = BitCastLanes<F64x2>(BitCastLanes<I64x2>(rounded[k]) & (sums[k] == sums[k]));
     }
     const auto low = ConvertLanes<I32x4>(JoinLanes(rounded[0], rounded[1]));
     const auto high = ConvertLanes<I32x4>(JoinLanes(rounded[2], rounded[3]));
@@ -41,10 +46,32 @@ struct ShortCodec {
   }
 };
 
+// Whether doubles hold every sum of products exactly: with taps of 24 bits and pixels of 16, the exponents of the taps
+// must not lie too far apart. Most kernels pass.
+bool SumsAreExact(const SeparableCall<BW16, FLOAT32>& call) {
+  int highest = 1;
+  int lowest = 254;
+  for (std::int32_t j = 0; j < call.kernelSize; ++j) {
+    const auto bits = std::bit_cast<std::uint32_t>(call.MirroredTap(j)) & 0x7FFFFFFFU;
+    if (bits == 0) continue;
+    const int exponent = std::max(static_cast<int>(bits >> 23), 1);
+    if (exponent == 255) return false;
+    highest = std::max(highest, exponent);
+    lowest = std::min(lowest, exponent);
+  }
+  // Sums are multiples of the lowest tap's last bit, 2^(lowest - 150), and below kernelSize * 2^(highest - 126 + 15).
+  const int bits = std::bit_width(static_cast<std::uint32_t>(call.kernelSize));
+  return highest - lowest + 39 + bits <= 53;
+}
+
 StatusCode FilterFloatKernel(const SeparableCall<BW16, FLOAT32>& call) {
   if (const StatusCode status = call.CheckPointersAndSizes(); status != StatusCode::Success) return status;
   if (const StatusCode status = call.CheckSteps(); status != StatusCode::Success) return status;
-  SeparableTile<ShortCodec>(ShortCodec{}).Filter(call);
+  if (SumsAreExact(call)) {
+    SeparableTile<ShortCodec<true>>({}).Filter(call);
+  } else {
+    SeparableTile<ShortCodec<false>>({}).Filter(call);
+  }
   return StatusCode::Success;
 }
 

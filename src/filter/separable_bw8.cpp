@@ -43,7 +43,7 @@ struct FloatSums {
   using Pixel = BW8;
   using Sum = float;
   using Pixels = U8x16;
-  static constexpr bool kExact = true;
+  static constexpr bool isExact = true;
 
   float start;
   F32x4 factor;
@@ -80,7 +80,7 @@ struct DoubleSums {
   struct Pixels {
     BW8 bytes[8];
   };
-  static constexpr bool kExact = true;
+  static constexpr bool isExact = true;
 
   double start = 0.0;
   F64x2 factor;
@@ -116,7 +116,7 @@ struct WrappingSums {
   using Pixel = BW8;
   using Sum = std::uint32_t;
   using Pixels = U8x16;
-  static constexpr bool kExact = true;
+  static constexpr bool isExact = true;
 
   std::uint32_t start = 0;
   DivisorScale scale;

@@ -10,7 +10,7 @@ struct FloatCodec {
   struct Pixels {
     F32x4 half[2];
   };
-  static constexpr bool kExact = false;
+  static constexpr bool isExact = false;
 
   double start = 0.0;
 

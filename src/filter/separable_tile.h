@@ -16,7 +16,7 @@ namespace norvala {
 //   void Widen(Pixels, Vector (&)[kVectors]) const     pixels to sums
 //   Pixels Narrow(const Vector (&)[kVectors]) const    sums to pixels
 //   Sum start                               where every sum starts
-//   bool kExact                             whether sums are the same in whatever order products are added
+//   bool isExact                            whether sums are the same in whatever order products are added
 template <class Codec>
 class SeparableTile {
  public:
@@ -48,7 +48,7 @@ class SeparableTile {
             Load(pixels, alongRow ? columns + reach : columns, source_ + row * kColumns, alongRow ? reach : 0);
           }
           const Part part = {taps, alongRow ? 1 : kColumns, tap == 0, call.kernelSize - tap == taps,
-                             call.kernelSize == taps && call.IsSymmetric()};
+                             codec_.isExact && call.kernelSize == taps && call.IsSymmetric()};
           for (int row = 0; row < rows; ++row) {
             Pixel* pixels = window.Destination(x, std::ptrdiff_t{y} + row);
             Convolve(source_ + row * kColumns, part, sums_ + row * kColumns, pixels, columns);
@@ -76,7 +76,7 @@ class SeparableTile {
     int tapStep;
     bool isFirst;
     bool isLast;
-    bool isSymmetric;  // opposite taps are equal and all are here
+    bool isSymmetric;  // opposite taps are equal and all are here, in exact sums
   };
 
   // Converts `count` pixels, and zeros after them up to whole blocks and `reach` more.
@@ -100,6 +100,21 @@ class SeparableTile {
 
   void Convolve(const Sum* source, Part part, Sum* sums, Pixel* pixels, int count) const {
     int i = 0;
+    if constexpr (kBlocksAtOnce == 1) {
+      // Chains of additions: four at a time are too few to hide the latency of many taps. Six fill the registers; the
+      // sums then go through memory.
+      if (part.taps >= 7 && !part.isSymmetric) {
+        const int end = (count + kBlock - 1) / kBlock * kBlock;
+        for (; i + 6 * kLanes <= end; i += 6 * kLanes) AddProducts<6>(source + i, part, sums + i);
+        for (; i < end; i += 2 * kLanes) AddProducts<2>(source + i, part, sums + i);
+        for (i = 0; part.isLast && i < count; i += kBlock) {
+          Vector sum[kVectors];
+          for (int k = 0; k < kVectors; ++k) sum[k] = LoadLanes<Vector>(sums + i + k * kLanes);
+          Store(sum, pixels + i, count - i);
+        }
+        return;
+      }
+    }
     if constexpr (kBlocksAtOnce > 1) {
       for (; i + (kBlocksAtOnce - 1) * kBlock < count; i += kBlocksAtOnce * kBlock) {
         ConvolveBlocks<kBlocksAtOnce>(source + i, part, sums + i, pixels + i, count - i);
@@ -121,7 +136,7 @@ class SeparableTile {
     }
     int j = 0;
     int end = part.taps;
-    if (Codec::kExact && part.isSymmetric) {
+    if (codec_.isExact && part.isSymmetric) {
       const Sum* opposite = source + (end - 1) * part.tapStep;
       for (; j + 1 < end; ++j, --end, source += part.tapStep, opposite -= part.tapStep) {
         const Vector tap = Tap(j);
@@ -146,12 +161,30 @@ class SeparableTile {
         for (int k = 0; k < kVectors; ++k) StoreLanes(sums + b * kBlock + k * kLanes, sum[b][k]);
         continue;
       }
-      const Pixels block = codec_.Narrow(sum[b]);
-      if (count >= kBlock) {
-        std::memcpy(pixels + b * kBlock, &block, sizeof block);
-      } else {
-        std::memcpy(pixels + b * kBlock, &block, static_cast<std::size_t>(count) * sizeof(Pixel));
-      }
+      Store(sum[b], pixels + b * kBlock, count);
+    }
+  }
+
+  template <int vectors>
+  void AddProducts(const Sum* source, Part part, Sum* sums) const {
+    Vector sum[vectors];
+    for (int k = 0; k < vectors; ++k) {
+      sum[k] = part.isFirst ? Vector{} + codec_.start : LoadLanes<Vector>(sums + k * kLanes);
+    }
+    for (int j = 0; j < part.taps; ++j, source += part.tapStep) {
+      const Vector tap = Tap(j);
+      for (int k = 0; k < vectors; ++k) sum[k] += LoadLanes<Vector>(source + k * kLanes) * tap;
+    }
+    for (int k = 0; k < vectors; ++k) StoreLanes(sums + k * kLanes, sum[k]);
+  }
+
+  // Stores a block of which `count` pixels lie in the region.
+  void Store(const Vector (&sum)[kVectors], Pixel* pixels, int count) const {
+    const Pixels block = codec_.Narrow(sum);
+    if (count >= kBlock) {
+      std::memcpy(pixels, &block, sizeof block);
+    } else {
+      std::memcpy(pixels, &block, static_cast<std::size_t>(count) * sizeof(Pixel));
     }
   }
 
