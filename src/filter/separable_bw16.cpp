@@ -25,8 +25,8 @@ struct ShortCodec {
   void Widen(I16x8 pixels, F64x2 (&values)[4]) const {
     const auto low = BitCastLanes<I32x4>(__builtin_shufflevector(pixels, pixels, 0, 0, 1, 1, 2, 2, 3, 3)) >> 16;
     const auto high = BitCastLanes<I32x4>(__builtin_shufflevector(pixels, pixels, 4, 4, 5, 5, 6, 6, 7, 7)) >> 16;
-    SplitLanes(ConvertLanes<F64x4>(low), values[0], values[1]);
-    SplitLanes(ConvertLanes<F64x4>(high), values[2], values[3]);
+    ConvertToDoubles(low, values[0], values[1]);
+    ConvertToDoubles(high, values[2], values[3]);
   }
 
   // Rounds half away from zero and saturates. The bounds are whole numbers, so that they may as well come first. A sum
@@ -40,8 +40,8 @@ struct ShortCodec {
       rounded[k] = value + half;
       if (!exact) rounded[k] = BitCastLanes<F64x2>(BitCastLanes<I64x2>(rounded[k]) & (sums[k] == sums[k]));
     }
-    const auto low = ConvertLanes<I32x4>(JoinLanes(rounded[0], rounded[1]));
-    const auto high = ConvertLanes<I32x4>(JoinLanes(rounded[2], rounded[3]));
+    const auto low = ConvertFromDoubles<I32x4>(rounded[0], rounded[1]);
+    const auto high = ConvertFromDoubles<I32x4>(rounded[2], rounded[3]);
     return __builtin_shufflevector(BitCastLanes<I16x8>(low), BitCastLanes<I16x8>(high), 0, 2, 4, 6, 8, 10, 12, 14);
   }
 };
@@ -60,7 +60,7 @@ bool SumsAreExact(const SeparableCall<BW16, FLOAT32>& call) {
     lowest = std::min(lowest, exponent);
   }
   // Sums are multiples of the lowest tap's last bit, 2^(lowest - 150), and below kernelSize * 2^(highest - 126 + 15).
-  const int bits = std::bit_width(static_cast<std::uint32_t>(call.kernelSize));
+  const int bits = static_cast<int>(std::bit_width(static_cast<std::uint32_t>(call.kernelSize)));
   return highest - lowest + 39 + bits <= 53;
 }
 

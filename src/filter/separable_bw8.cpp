@@ -96,14 +96,14 @@ struct DoubleSums {
     std::memcpy(&bytes, &pixels, sizeof pixels);
     I32x4 lanes[4];
     UnpackBytes(bytes, lanes);
-    SplitLanes(ConvertLanes<F64x4>(lanes[0]), values[0], values[1]);
-    SplitLanes(ConvertLanes<F64x4>(lanes[1]), values[2], values[3]);
+    ConvertToDoubles(lanes[0], values[0], values[1]);
+    ConvertToDoubles(lanes[1], values[2], values[3]);
   }
   Pixels Narrow(const F64x2 (&sums)[4]) const {
     F64x2 values[4];
     for (int k = 0; k < 4; ++k) values[k] = MinLanes(MaxLanes(sums[k] * factor, lowest), highest) + 0.5;
-    const auto low = ConvertLanes<I32x4>(JoinLanes(values[0], values[1]));
-    const auto high = ConvertLanes<I32x4>(JoinLanes(values[2], values[3]));
+    const auto low = ConvertFromDoubles<I32x4>(values[0], values[1]);
+    const auto high = ConvertFromDoubles<I32x4>(values[2], values[3]);
     const U8x16 bytes = PackBytes(low, high, low, high);
     Pixels pixels;
     std::memcpy(&pixels, &bytes, sizeof pixels);

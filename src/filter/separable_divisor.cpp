@@ -31,7 +31,7 @@ RoundedDivision RoundedDivision::Of(std::int32_t divisor, const DivisorScale& sc
 bool MultiplierU16::Find(std::int32_t divisor, std::int32_t limit, MultiplierU16* found) {
   const auto d = static_cast<std::uint32_t>(divisor);
   // The largest shift whose multiplier, 2^(16 + shift) / divisor rounded up, fits 16 bits.
-  const int shift = std::bit_width(d - 1) - 1;
+  const int shift = static_cast<int>(std::bit_width(d - 1)) - 1;
   const std::uint32_t power = 1U << (16 + shift);
   const std::uint32_t multiplier = (power + d - 1) / d;
   if (multiplier > UINT16_MAX) return false;

@@ -16,13 +16,13 @@ struct FloatCodec {
 
   void Widen(const Pixels& pixels, F64x2 (&values)[4]) const {
     for (int i = 0; i < 2; ++i) {
-      SplitLanes(ConvertLanes<F64x4>(pixels.half[i]), values[2 * i], values[2 * i + 1]);
+      ConvertToDoubles(pixels.half[i], values[2 * i], values[2 * i + 1]);
     }
   }
   Pixels Narrow(const F64x2 (&sums)[4]) const {
     Pixels pixels;
     for (int i = 0; i < 2; ++i) {
-      pixels.half[i] = ConvertLanes<F32x4>(JoinLanes(sums[2 * i], sums[2 * i + 1]));
+      pixels.half[i] = ConvertFromDoubles<F32x4>(sums[2 * i], sums[2 * i + 1]);
     }
     return pixels;
   }

@@ -8,7 +8,7 @@
 namespace norvala {
 
 // The separable convolution by tiles: source pixels are converted to the type of the sums once and meet all taps from
-// there. Lies on the stack, some 20 KiB.
+// there. Lies on the stack, some 40 KiB.
 //
 // The codec fixes the types and the conversions:
 //   Pixel, Sum                              a pixel and a sum
@@ -83,6 +83,7 @@ class SeparableTile {
   void Load(const Pixel* pixels, int count, Sum* source, int reach) const {
     const int end = (count - reach + kBlock - 1) / kBlock * kBlock + reach;
     for (int i = 0; i < end; i += kBlock) {
+      // The next tile: too many rows at once for the processor to foresee by itself.
       __builtin_prefetch(
           reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(pixels + i) + kColumns * sizeof(Pixel)));
       Pixels block{};

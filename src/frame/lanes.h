@@ -52,12 +52,16 @@ inline To BitCastLanes(From v) {
   return reinterpret_cast<To>(v);
 }
 
-// Two vectors as one of twice the lanes, and back: conversions between types of different sizes take both halves at
-// once.
-inline F64x4 JoinLanes(F64x2 low, F64x2 high) { return __builtin_shufflevector(low, high, 0, 1, 2, 3); }
-inline void SplitLanes(F64x4 v, F64x2& low, F64x2& high) {
-  low = __builtin_shufflevector(v, v, 0, 1);
-  high = __builtin_shufflevector(v, v, 2, 3);
+// Four lanes as doubles, and back.
+template <class V>
+inline void ConvertToDoubles(V v, F64x2& low, F64x2& high) {
+  const auto all = __builtin_convertvector(v, F64x4);
+  low = __builtin_shufflevector(all, all, 0, 1);
+  high = __builtin_shufflevector(all, all, 2, 3);
+}
+template <class V>
+inline V ConvertFromDoubles(F64x2 low, F64x2 high) {
+  return __builtin_convertvector(__builtin_shufflevector(low, high, 0, 1, 2, 3), V);
 }
 
 // The smaller and the larger lanes; the second operand where one is not a number. With float bounds from Opaque these

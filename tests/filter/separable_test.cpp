@@ -212,6 +212,7 @@ TEST(FilterBW16Test, EqualsTheNaiveOne) {
     Job<std::int32_t> job = RandomJob<std::int32_t>(random);
     const int most = RandomInt(random, 0, 3) == 0 ? INT32_MAX : RandomInt(random, 1, 2000);
     for (std::int32_t& tap : job.kernel) tap = RandomInt(random, -most, most);
+    Mirror(random, job.kernel);
     job.divisor = RandomInt(random, 0, 20) == 0 ? INT32_MIN : RandomDivisor(random);
     Check<BW16>(random, job);
     if (HasFatalFailure()) return;
@@ -227,6 +228,14 @@ TEST(Filter32fBW16Test, EqualsTheNaiveOne) {
     Check<BW16>(random, job);
     // Taps without surprises, whose sums land near and on halves.
     for (float& tap : job.kernel) tap = static_cast<float>(RandomInt(random, -8, 8)) / 16.0F;
+    Check<BW16>(random, job);
+    // Full mantissas of few or many exponents, which decides whether the order of the products matters.
+    const int exponents = RandomInt(random, 1, 30);
+    for (float& tap : job.kernel) {
+      const float mantissa = std::uniform_real_distribution<float>(-1.0F, 1.0F)(random);
+      tap = std::ldexp(mantissa, 5 - RandomInt(random, 0, exponents));
+    }
+    Mirror(random, job.kernel);
     Check<BW16>(random, job);
     if (HasFatalFailure()) return;
   }
@@ -308,6 +317,18 @@ TEST(Filter32fBW16Test, RoundsHalfAwayFromZeroAndSaturates) {
   EXPECT_EQ(FilterOne(20000, -2.0F), -32768);
   EXPECT_EQ(FilterOne(0, std::numeric_limits<float>::infinity()), 0);  // not a number
   EXPECT_EQ(FilterOne(-3, std::numeric_limits<float>::infinity()), -32768);
+}
+
+// A sum so large that a product after it is lost; in another order it would not be.
+TEST(Filter32fBW16Test, AddsInTheOrderOfThePixels) {
+  const std::int16_t src[] = {-100, 1, 100};
+  const std::vector<float> kernel = {1e16F, 1.25F, 1e16F};
+  for (const Along along : {Along::Row, Along::Column}) {
+    BW16 dst = 77;
+    const auto* center = reinterpret_cast<const BW16*>(src) + 1;
+    ASSERT_EQ(Call(Job<float>{along, 1, 1, kernel, 1}, center, along == Along::Row ? 6 : 2, &dst, 2), 0);
+    EXPECT_EQ(dst, 0);
+  }
 }
 
 TEST(SeparableFailureTest, WritesNothing) {
