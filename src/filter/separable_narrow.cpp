@@ -19,7 +19,7 @@ struct NarrowRule {
   // rounding of the division.
   U16x8 zero;
   U16x8 start;
-  std::uint32_t multiplier;  // 0 for powers of two
+  std::uint16_t multiplier;  // 0 for powers of two
   int shift;
 };
 
@@ -32,32 +32,49 @@ inline U16x8 LoadPairs(const unsigned char* pixels, int count) {
   return pairs;
 }
 
-// The sums of one group, clamped at zero: those of the even pixels, then those of the odd ones.
-template <int fixedTaps, bool symmetric>
-inline void SumGroup(const NarrowRule& rule, const unsigned char* src, std::ptrdiff_t tapStep, int count,
-                     std::uint16_t* sums) {
+// The sums of adjacent groups, clamped at zero: of each those of the even pixels, then those of the odd ones.
+template <int fixedTaps, bool symmetric, int groups>
+inline void SumGroups(const NarrowRule& rule, const unsigned char* src, std::ptrdiff_t tapStep, int count,
+                      std::uint16_t* sums) {
   // Pairs as they are times a tap give the even product plus 256 times the odd one; the odd sums take that out again.
-  U16x8 both = rule.start;
-  U16x8 odd = U16x8{};
+  U16x8 both[groups];
+  U16x8 odd[groups];
+  for (int g = 0; g < groups; ++g) {
+    both[g] = rule.start;
+    odd[g] = U16x8{};
+  }
   const int taps = fixedTaps > 0 ? fixedTaps : rule.taps;
   const int products = symmetric ? (taps + 1) / 2 : taps;
 #pragma GCC unroll 16
   for (int j = 0; j < products; ++j) {
-    const U16x8 pairs = LoadPairs(Row(src, tapStep, j), count);
-    U16x8 bothPixels = pairs;
-    U16x8 oddPixels = pairs >> 8;
-    if (symmetric && j < taps / 2) {
-      const U16x8 opposite = LoadPairs(Row(src, tapStep, taps - 1 - j), count);
-      bothPixels += opposite;
-      oddPixels += opposite >> 8;
+    const unsigned char* pixels = Row(src, tapStep, j);
+    const unsigned char* opposite = Row(src, tapStep, taps - 1 - j);
+    for (int g = 0; g < groups; ++g) {
+      const U16x8 pairs = LoadPairs(pixels + g * kGroup, count);
+      U16x8 bothPixels = pairs;
+      U16x8 oddPixels = pairs >> 8;
+      if (symmetric && j < taps / 2) {
+        const U16x8 oppositePairs = LoadPairs(opposite + g * kGroup, count);
+        bothPixels += oppositePairs;
+        oddPixels += oppositePairs >> 8;
+      }
+      both[g] += bothPixels * rule.tap[j];
+      odd[g] += oddPixels * rule.tap[j];
     }
-    both += bothPixels * rule.tap[j];
-    odd += oddPixels * rule.tap[j];
   }
-  const U16x8 even = both - (odd << 8);
-  odd += rule.start;
-  StoreLanes(sums, (even > rule.zero ? even : rule.zero) - rule.zero);
-  StoreLanes(sums + 8, (odd > rule.zero ? odd : rule.zero) - rule.zero);
+  for (int g = 0; g < groups; ++g) {
+    const U16x8 even = both[g] - (odd[g] << 8);
+    odd[g] += rule.start;
+    StoreLanes(sums + g * kGroup, (even > rule.zero ? even : rule.zero) - rule.zero);
+    StoreLanes(sums + g * kGroup + 8, (odd[g] > rule.zero ? odd[g] : rule.zero) - rule.zero);
+  }
+}
+
+// The high halves of the products. Not inlined: on its own the loop is sure to become whole vectors of them.
+[[gnu::noinline]] void MultiplyHigh(std::uint16_t* sums, int groups, std::uint16_t multiplier) {
+  for (int g = 0; g < groups; ++g, sums += kGroup) {
+    for (int i = 0; i < kGroup; ++i) sums[i] = static_cast<std::uint16_t>((std::uint32_t{sums[i]} * multiplier) >> 16);
+  }
 }
 
 // Filters `count` pixels of a row, less than two strips. The last group ends with the last pixel and may overlap the
@@ -67,12 +84,14 @@ inline void FilterStrip(const NarrowRule& rule, const BW8* src, std::ptrdiff_t t
   alignas(16) std::uint16_t sums[2 * kStrip];
   const int groups = (count + kGroup - 1) / kGroup;
   const auto offset = [count](int group) { return std::max(0, std::min(group * kGroup, count - kGroup)); };
-  for (int g = 0; g < groups; ++g) {
-    SumGroup<fixedTaps, symmetric>(rule, src + offset(g), tapStep, std::min(count, kGroup), sums + g * kGroup);
+  if (count == kStrip) {
+    SumGroups<fixedTaps, symmetric, 2>(rule, src, tapStep, kGroup, sums);
+  } else {
+    for (int g = 0; g < groups; ++g) {
+      SumGroups<fixedTaps, symmetric, 1>(rule, src + offset(g), tapStep, std::min(count, kGroup), sums + g * kGroup);
+    }
   }
-  if (rule.multiplier != 0) {
-    for (int i = 0; i < groups * kGroup; ++i) sums[i] = static_cast<std::uint16_t>((sums[i] * rule.multiplier) >> 16);
-  }
+  if (rule.multiplier != 0) MultiplyHigh(sums, groups, rule.multiplier);
   for (int g = 0; g < groups; ++g) {
     const auto most = BitCastLanes<I16x8>(Broadcast(255));
     auto even = BitCastLanes<I16x8>(LoadLanes<U16x8>(sums + g * kGroup) >> rule.shift);
