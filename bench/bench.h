@@ -79,6 +79,7 @@ class Row {
 // The rows of one subsystem each.
 void AddPixelRows();
 void AddFilterRows();
+void AddSeparableRows();
 void AddPyramidRows();
 void AddWarpRows();
 void AddResizeRows();

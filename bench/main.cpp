@@ -34,6 +34,7 @@ int main(int argc, char** argv) {
 #endif
   AddPixelRows();
   AddFilterRows();
+  AddSeparableRows();
   AddPyramidRows();
   AddWarpRows();
   AddResizeRows();

@@ -179,7 +179,104 @@ NORVALA_API int32_t NORVALA_CALL Norvala_CopyReplicateBorderFLOAT32(FLOAT32* ima
 
 /* ---- Colour to grey ---- */
 
-/* ---- Separable filters ---- */
+/** @name Separable filters
+ *  Convolution of a one-channel image with a one-dimensional kernel, along rows or along columns. Running one after the
+ *  other filters with a separable two-dimensional kernel.
+ *
+ *  With K = `kernelSize` taps and a = `anchor`, the sum for column x and row y is that of tap i * source(x + a - i, y)
+ *  (row filters) or tap i * source(x, y + a - i) (column filters) over i = 0 .. K - 1: a true convolution, which
+ *  meets the kernel mirrored. The pixels beyond the region that the kernel reaches must exist in memory: K - 1 - a
+ *  before and a after each row, or as many rows above and below the region. An anchor outside 0 .. K - 1 moves the
+ * whole reach before or after the output pixel. Any number of taps serves.
+ *  @{ */
+/** Filters 8-bit pixels along rows with an integer kernel. The sum, which wraps in 32 bits, is divided by the divisor,
+ *  rounded and clamped to 0..255: exact and half up for powers of two; for other divisors, negative ones included, as
+ *  the product with the reciprocal in single precision, half up.
+ *  @param src        first source pixel of the region
+ *  @param srcStep    source row step in bytes, at least `width` + `kernelSize` - 1
+ *  @param dst        first destination pixel; must not overlap the source
+ *  @param dstStep    destination row step in bytes, at least `width`
+ *  @param width      pixels in a row, at least 1
+ *  @param height     rows, at least 1
+ *  @param kernel     the taps
+ *  @param kernelSize number of taps, at least 1
+ *  @param anchor     index of the tap that weighs the pixel at the output position; any value
+ *  @param divisor    any value but 0; with -2147483648 the call never returns
+ *  @return 0, or -1 with nothing written when a pointer is null, a size is below 1, the divisor is 0 or a step is too
+ *          small */
+NORVALA_API int32_t NORVALA_CALL Norvala_FilterRowBW8(const BW8* src, int32_t srcStep, BW8* dst, int32_t dstStep,
+                                                      int32_t width, int32_t height, const int32_t* kernel,
+                                                      int32_t kernelSize, int32_t anchor, int32_t divisor);
+/** Filters 8-bit pixels along columns; otherwise as Norvala_FilterRowBW8, but `srcStep` need only be at least `width`.
+ */
+NORVALA_API int32_t NORVALA_CALL Norvala_FilterColumnBW8(const BW8* src, int32_t srcStep, BW8* dst, int32_t dstStep,
+                                                         int32_t width, int32_t height, const int32_t* kernel,
+                                                         int32_t kernelSize, int32_t anchor, int32_t divisor);
+/** Filters 16-bit pixels along rows with an integer kernel. Pixels are read and written as signed: 0xFFFF is -1. The
+ *  divisor divides the taps, not the sum: each tap times the reciprocal, in single precision, is a tap of
+ *  Norvala_FilterRow32fBW16, which does the rest. Allocates a float for each tap during the call.
+ *  @param src        first source pixel of the region
+ *  @param srcStep    source row step in bytes, at least (`width` + `kernelSize` - 1) * 2; an odd step is taken one less
+ *  @param dst        first destination pixel; must not overlap the source
+ *  @param dstStep    destination row step in bytes, at least `width` * 2; an odd step is taken one less
+ *  @param width      pixels in a row, at least 1
+ *  @param height     rows, at least 1
+ *  @param kernel     the taps
+ *  @param kernelSize number of taps, at least 1
+ *  @param anchor     index of the tap that weighs the pixel at the output position; any value
+ *  @param divisor    any value but 0
+ *  @return 0, or -1 with nothing written when a pointer is null, a size is below 1, the divisor is 0, a step is too
+ *          small or the memory cannot be had */
+NORVALA_API int32_t NORVALA_CALL Norvala_FilterRowBW16(const BW16* src, int32_t srcStep, BW16* dst, int32_t dstStep,
+                                                       int32_t width, int32_t height, const int32_t* kernel,
+                                                       int32_t kernelSize, int32_t anchor, int32_t divisor);
+/** Filters 16-bit pixels along columns; otherwise as Norvala_FilterRowBW16, but `srcStep` need only be at least
+ *  `width` * 2. */
+NORVALA_API int32_t NORVALA_CALL Norvala_FilterColumnBW16(const BW16* src, int32_t srcStep, BW16* dst, int32_t dstStep,
+                                                          int32_t width, int32_t height, const int32_t* kernel,
+                                                          int32_t kernelSize, int32_t anchor, int32_t divisor);
+/** Filters 16-bit pixels along rows with a float kernel. Pixels are read and written as signed: 0xFFFF is -1. Sums are
+ *  formed in double precision from the lowest source position upwards, rounded half away from zero and saturated to
+ *  -32768..32767; a sum that is not a number gives 0.
+ *  @param src        first source pixel of the region
+ *  @param srcStep    source row step in bytes, at least (`width` + `kernelSize` - 1) * 2; an odd step is taken one less
+ *  @param dst        first destination pixel; must not overlap the source
+ *  @param dstStep    destination row step in bytes, at least `width` * 2; an odd step is taken one less
+ *  @param width      pixels in a row, at least 1
+ *  @param height     rows, at least 1
+ *  @param kernel     the taps
+ *  @param kernelSize number of taps, at least 1
+ *  @param anchor     index of the tap that weighs the pixel at the output position; any value
+ *  @return 0, or -1 with nothing written when a pointer is null, a size is below 1 or a step is too small */
+NORVALA_API int32_t NORVALA_CALL Norvala_FilterRow32fBW16(const BW16* src, int32_t srcStep, BW16* dst, int32_t dstStep,
+                                                          int32_t width, int32_t height, const FLOAT32* kernel,
+                                                          int32_t kernelSize, int32_t anchor);
+/** Filters 16-bit pixels along columns with a float kernel; otherwise as Norvala_FilterRow32fBW16, but `srcStep` need
+ *  only be at least `width` * 2. */
+NORVALA_API int32_t NORVALA_CALL Norvala_FilterColumn32fBW16(const BW16* src, int32_t srcStep, BW16* dst,
+                                                             int32_t dstStep, int32_t width, int32_t height,
+                                                             const FLOAT32* kernel, int32_t kernelSize, int32_t anchor);
+/** Filters float pixels along rows. Sums are formed in double precision from the lowest source position upwards and
+ *  rounded once, to float; nothing is clamped.
+ *  @param src        first source pixel of the region
+ *  @param srcStep    source row step in bytes, at least (`width` + `kernelSize` - 1) * 4; taken down to a multiple of 4
+ *  @param dst        first destination pixel; must not overlap the source
+ *  @param dstStep    destination row step in bytes, at least `width` * 4; taken down to a multiple of 4
+ *  @param width      pixels in a row, at least 1
+ *  @param height     rows, at least 1
+ *  @param kernel     the taps
+ *  @param kernelSize number of taps, at least 1
+ *  @param anchor     index of the tap that weighs the pixel at the output position; any value
+ *  @return 0, or -1 with nothing written when a pointer is null, a size is below 1 or a step is too small */
+NORVALA_API int32_t NORVALA_CALL Norvala_FilterRowFLOAT32(const FLOAT32* src, int32_t srcStep, FLOAT32* dst,
+                                                          int32_t dstStep, int32_t width, int32_t height,
+                                                          const FLOAT32* kernel, int32_t kernelSize, int32_t anchor);
+/** Filters float pixels along columns; otherwise as Norvala_FilterRowFLOAT32, but `srcStep` need only be at least
+ *  `width` * 4. */
+NORVALA_API int32_t NORVALA_CALL Norvala_FilterColumnFLOAT32(const FLOAT32* src, int32_t srcStep, FLOAT32* dst,
+                                                             int32_t dstStep, int32_t width, int32_t height,
+                                                             const FLOAT32* kernel, int32_t kernelSize, int32_t anchor);
+/** @} */
 
 /* ---- Pipeline filters ---- */
 

@@ -17,6 +17,7 @@ int main(int argc, char** argv) {
     gallery::Sheet sheet(library, gallery::ReadPhoto(argv[2]), argv[3]);
     ShowPixel(sheet);
     ShowFilter(sheet);
+    ShowSeparable(sheet);
     ShowPyramid(sheet);
     ShowWarp(sheet);
     ShowResize(sheet);

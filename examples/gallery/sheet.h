@@ -81,6 +81,7 @@ Plane<BW8> ToPlane(const Library& library, const Picture& picture);
 // The pages, one for each family of exports.
 void ShowPixel(Sheet& sheet);
 void ShowFilter(Sheet& sheet);
+void ShowSeparable(Sheet& sheet);
 void ShowPyramid(Sheet& sheet);
 void ShowWarp(Sheet& sheet);
 void ShowResize(Sheet& sheet);

@@ -10,6 +10,35 @@ namespace norvala {
 
 // ---- Separable filters ----
 
+StatusCode FilterRowBW8(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size,
+                        const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor, std::int32_t divisor);
+StatusCode FilterColumnBW8(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size,
+                           const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
+                           std::int32_t divisor);
+StatusCode FilterRowBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
+                         const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
+                         std::int32_t divisor);
+StatusCode FilterColumnBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
+                            const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
+                            std::int32_t divisor);
+StatusCode FilterRow32fBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
+                            const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor);
+StatusCode FilterColumn32fBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
+                               const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor);
+StatusCode FilterRowFLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
+                            RegionSize size, const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor);
+StatusCode FilterColumnFLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
+                               RegionSize size, const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor);
+
+inline constexpr PrimitiveTable kFilterRowBW8{FilterRowBW8};
+inline constexpr PrimitiveTable kFilterColumnBW8{FilterColumnBW8};
+inline constexpr PrimitiveTable kFilterRowBW16{FilterRowBW16};
+inline constexpr PrimitiveTable kFilterColumnBW16{FilterColumnBW16};
+inline constexpr PrimitiveTable kFilterRow32fBW16{FilterRow32fBW16};
+inline constexpr PrimitiveTable kFilterColumn32fBW16{FilterColumn32fBW16};
+inline constexpr PrimitiveTable kFilterRowFLOAT32{FilterRowFLOAT32};
+inline constexpr PrimitiveTable kFilterColumnFLOAT32{FilterColumnFLOAT32};
+
 // ---- Pipeline filters ----
 
 StatusCode FilterRowBorderPipelineGetBufferSizeBW8(RegionSize size, std::int32_t kernelSize, std::int32_t* bufferSize);

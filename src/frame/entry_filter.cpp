@@ -7,6 +7,49 @@ using namespace norvala;
 
 // ---- Separable filters ----
 
+int32_t Norvala_FilterRowBW8(const BW8* src, int32_t srcStep, BW8* dst, int32_t dstStep, int32_t width, int32_t height,
+                             const int32_t* kernel, int32_t kernelSize, int32_t anchor, int32_t divisor) {
+  return Fold(kFilterRowBW8(src, srcStep, dst, dstStep, {width, height}, kernel, kernelSize, anchor, divisor));
+}
+
+int32_t Norvala_FilterColumnBW8(const BW8* src, int32_t srcStep, BW8* dst, int32_t dstStep, int32_t width,
+                                int32_t height, const int32_t* kernel, int32_t kernelSize, int32_t anchor,
+                                int32_t divisor) {
+  return Fold(kFilterColumnBW8(src, srcStep, dst, dstStep, {width, height}, kernel, kernelSize, anchor, divisor));
+}
+
+int32_t Norvala_FilterRowBW16(const BW16* src, int32_t srcStep, BW16* dst, int32_t dstStep, int32_t width,
+                              int32_t height, const int32_t* kernel, int32_t kernelSize, int32_t anchor,
+                              int32_t divisor) {
+  return Fold(kFilterRowBW16(src, srcStep, dst, dstStep, {width, height}, kernel, kernelSize, anchor, divisor));
+}
+
+int32_t Norvala_FilterColumnBW16(const BW16* src, int32_t srcStep, BW16* dst, int32_t dstStep, int32_t width,
+                                 int32_t height, const int32_t* kernel, int32_t kernelSize, int32_t anchor,
+                                 int32_t divisor) {
+  return Fold(kFilterColumnBW16(src, srcStep, dst, dstStep, {width, height}, kernel, kernelSize, anchor, divisor));
+}
+
+int32_t Norvala_FilterRow32fBW16(const BW16* src, int32_t srcStep, BW16* dst, int32_t dstStep, int32_t width,
+                                 int32_t height, const FLOAT32* kernel, int32_t kernelSize, int32_t anchor) {
+  return Fold(kFilterRow32fBW16(src, srcStep, dst, dstStep, {width, height}, kernel, kernelSize, anchor));
+}
+
+int32_t Norvala_FilterColumn32fBW16(const BW16* src, int32_t srcStep, BW16* dst, int32_t dstStep, int32_t width,
+                                    int32_t height, const FLOAT32* kernel, int32_t kernelSize, int32_t anchor) {
+  return Fold(kFilterColumn32fBW16(src, srcStep, dst, dstStep, {width, height}, kernel, kernelSize, anchor));
+}
+
+int32_t Norvala_FilterRowFLOAT32(const FLOAT32* src, int32_t srcStep, FLOAT32* dst, int32_t dstStep, int32_t width,
+                                 int32_t height, const FLOAT32* kernel, int32_t kernelSize, int32_t anchor) {
+  return Fold(kFilterRowFLOAT32(src, srcStep, dst, dstStep, {width, height}, kernel, kernelSize, anchor));
+}
+
+int32_t Norvala_FilterColumnFLOAT32(const FLOAT32* src, int32_t srcStep, FLOAT32* dst, int32_t dstStep, int32_t width,
+                                    int32_t height, const FLOAT32* kernel, int32_t kernelSize, int32_t anchor) {
+  return Fold(kFilterColumnFLOAT32(src, srcStep, dst, dstStep, {width, height}, kernel, kernelSize, anchor));
+}
+
 // ---- Pipeline filters ----
 
 int32_t Norvala_FilterRowBorderPipelineGetBufferSizeBW8(int32_t width, int32_t height, int32_t kernelSize,

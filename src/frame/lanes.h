@@ -23,7 +23,9 @@ using U16x8 = Lanes<std::uint16_t, 8>;
 using I32x4 = Lanes<std::int32_t, 4>;
 using U32x4 = Lanes<std::uint32_t, 4>;
 using F32x4 = Lanes<float, 4>;
+using I64x2 = Lanes<std::int64_t, 2>;
 using F64x2 = Lanes<double, 2>;
+using F64x4 = Lanes<double, 4>;
 
 // Loads and stores at any address.
 template <class V>
@@ -48,6 +50,36 @@ template <class To, class From>
 inline To BitCastLanes(From v) {
   static_assert(sizeof(To) == sizeof(From));
   return reinterpret_cast<To>(v);
+}
+
+// Four lanes as doubles, and back.
+template <class V>
+inline void ConvertToDoubles(V v, F64x2& low, F64x2& high) {
+  const auto all = __builtin_convertvector(v, F64x4);
+  low = __builtin_shufflevector(all, all, 0, 1);
+  high = __builtin_shufflevector(all, all, 2, 3);
+}
+template <class V>
+inline V ConvertFromDoubles(F64x2 low, F64x2 high) {
+  return __builtin_convertvector(__builtin_shufflevector(low, high, 0, 1, 2, 3), V);
+}
+
+// The smaller and the larger lanes; the second operand where one is not a number. With float bounds from Opaque these
+// are one instruction each: GCC does not see that a compared and a selected constant are the same.
+template <class V>
+inline V MinLanes(V a, V b) {
+  return a < b ? a : b;
+}
+template <class V>
+inline V MaxLanes(V a, V b) {
+  return a > b ? a : b;
+}
+
+// A value that the compiler does not know to be constant. Costs a store and a load.
+template <class T>
+inline T Opaque(T value) {
+  volatile T hidden = value;
+  return hidden;
 }
 
 }  // namespace norvala

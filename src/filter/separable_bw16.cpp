@@ -1,0 +1,121 @@
+#include <algorithm>
+#include <bit>
+
+#include "filter/filter.h"
+#include "filter/separable_tile.h"
+#include "frame/aligned_memory.h"
+
+// 16-bit pixels are read and written as signed.
+
+namespace norvala {
+namespace {
+
+// Exact sums are those whose products may be added in any order; they are always numbers.
+template <bool exact>
+struct ShortCodec {
+  using Pixel = BW16;
+  using Sum = double;
+  using Pixels = I16x8;
+
+  double start = 0.0;
+  static constexpr bool isExact = exact;
+  F64x2 lowest = F64x2{} + Opaque(-32768.0);
+  F64x2 highest = F64x2{} + Opaque(32767.0);
+
+  void Widen(I16x8 pixels, F64x2 (&values)[4]) const {
+    const auto low = BitCastLanes<I32x4>(__builtin_shufflevector(pixels, pixels, 0, 0, 1, 1, 2, 2, 3, 3)) >> 16;
+    const auto high = BitCastLanes<I32x4>(__builtin_shufflevector(pixels, pixels, 4, 4, 5, 5, 6, 6, 7, 7)) >> 16;
+    ConvertToDoubles(low, values[0], values[1]);
+    ConvertToDoubles(high, values[2], values[3]);
+  }
+
+  // Rounds half away from zero and saturates. The bounds are whole numbers, so that they may as well come first. A sum
+  // that is not a number becomes 0.
+  I16x8 Narrow(const F64x2 (&sums)[4]) const {
+    F64x2 rounded[4];
+    for (int k = 0; k < 4; ++k) {
+      const F64x2 value = MaxLanes(MinLanes(sums[k], highest), lowest);
+      const auto sign = BitCastLanes<I64x2>(value) & INT64_MIN;
+      const F64x2 half = BitCastLanes<F64x2>(sign | BitCastLanes<I64x2>(F64x2{0.5, 0.5}));
+      rounded[k] = value + half;
+      if (!exact) rounded[k] = BitCastLanes<F64x2>(BitCastLanes<I64x2>(rounded[k]) & (sums[k] == sums[k]));
+    }
+    const auto low = ConvertFromDoubles<I32x4>(rounded[0], rounded[1]);
+    const auto high = ConvertFromDoubles<I32x4>(rounded[2], rounded[3]);
+    return __builtin_shufflevector(BitCastLanes<I16x8>(low), BitCastLanes<I16x8>(high), 0, 2, 4, 6, 8, 10, 12, 14);
+  }
+};
+
+// Whether doubles hold every sum of products exactly: with taps of 24 bits and pixels of 16, the exponents of the taps
+// must not lie too far apart. Most kernels pass.
+bool SumsAreExact(const SeparableCall<BW16, FLOAT32>& call) {
+  int highest = 1;
+  int lowest = 254;
+  for (std::int32_t j = 0; j < call.kernelSize; ++j) {
+    const auto bits = std::bit_cast<std::uint32_t>(call.MirroredTap(j)) & 0x7FFFFFFFU;
+    if (bits == 0) continue;
+    const int exponent = std::max(static_cast<int>(bits >> 23), 1);
+    if (exponent == 255) return false;
+    highest = std::max(highest, exponent);
+    lowest = std::min(lowest, exponent);
+  }
+  // Sums are multiples of the lowest tap's last bit, 2^(lowest - 150), and below kernelSize * 2^(highest - 126 + 15).
+  const int bits = static_cast<int>(std::bit_width(static_cast<std::uint32_t>(call.kernelSize)));
+  return highest - lowest + 39 + bits <= 53;
+}
+
+StatusCode FilterFloatKernel(const SeparableCall<BW16, FLOAT32>& call) {
+  if (const StatusCode status = call.CheckPointersAndSizes(); status != StatusCode::Success) return status;
+  if (const StatusCode status = call.CheckSteps(); status != StatusCode::Success) return status;
+  if (SumsAreExact(call)) {
+    SeparableTile<ShortCodec<true>>({}).Filter(call);
+  } else {
+    SeparableTile<ShortCodec<false>>({}).Filter(call);
+  }
+  return StatusCode::Success;
+}
+
+using FloatKernelTable = PrimitiveTable<decltype(FilterRow32fBW16)>;
+
+// The divisor scales the taps, not the sums.
+StatusCode FilterIntegerKernel(const FloatKernelTable& filter, const BW16* src, std::int32_t srcStep, BW16* dst,
+                               std::int32_t dstStep, RegionSize size, const std::int32_t* kernel,
+                               std::int32_t kernelSize, std::int32_t anchor, std::int32_t divisor) {
+  if (kernel == nullptr) return StatusCode::NullPointer;
+  if (kernelSize < 1) return StatusCode::NonPositiveSize;
+  if (divisor == 0) return StatusCode::ZeroDivisor;
+  const AlignedVector<FLOAT32> scaled(kernelSize);
+  if (!scaled) return StatusCode::WorkBufferUnavailable;
+  const auto* taps = reinterpret_cast<const Unaligned<std::int32_t>*>(kernel);
+  const auto factor = static_cast<FLOAT32>(1.0 / divisor);
+  // The product of two floats is exact in double precision: rounding it to float is the float product.
+  for (std::int32_t i = 0; i < kernelSize; ++i) scaled[i] = static_cast<FLOAT32>(taps[i]) * factor;
+  return filter(src, srcStep, dst, dstStep, size, scaled.data(), kernelSize, anchor);
+}
+
+}  // namespace
+
+StatusCode FilterRow32fBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
+                            const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor) {
+  return FilterFloatKernel({Direction::AlongRow, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor});
+}
+
+StatusCode FilterColumn32fBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
+                               const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor) {
+  return FilterFloatKernel({Direction::AlongColumn, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor});
+}
+
+StatusCode FilterRowBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
+                         const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
+                         std::int32_t divisor) {
+  return FilterIntegerKernel(kFilterRow32fBW16, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor, divisor);
+}
+
+StatusCode FilterColumnBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
+                            const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
+                            std::int32_t divisor) {
+  return FilterIntegerKernel(kFilterColumn32fBW16, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor,
+                             divisor);
+}
+
+}  // namespace norvala
