@@ -6,9 +6,8 @@
 
 namespace norvala::dft {
 
-// Two buffers of four transforms side by side.
 std::int64_t PowerOfTwoSpec::scratchSize() const {
-  return 2 * static_cast<std::int64_t>(sizeof(ComplexLanes)) * length() + 16;
+  return kLaneBuffers * static_cast<std::int64_t>(sizeof(ComplexLanes)) * length() + 16;
 }
 
 StatusCode PowerOfTwoSpec::Create(std::int32_t newOrder, std::int32_t newNormalisation, std::int32_t newHint,

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include "analysis/analysis.h"
 #include "analysis/dft/scratch.h"
@@ -75,35 +76,72 @@ StatusCode TransformComplexColumn(const Packed& packed, std::ptrdiff_t x, const 
   return status;
 }
 
-// Four complex columns side by side, one in each lane.
-void TransformFourColumns(const Packed& packed, std::ptrdiff_t x, const DftSpec1DComplex& spec) {
-  const std::ptrdiff_t height = packed.height;
-  auto* const columns = reinterpret_cast<ComplexLanes*>(packed.scratch);
-  for (std::ptrdiff_t y = 0; y < height; ++y) {
-    const auto a = LoadLanes<F32x4>(packed.At(x, y));
-    const auto b = LoadLanes<F32x4>(packed.At(x + 4, y));
-    columns[y] = {__builtin_shufflevector(a, b, 0, 2, 4, 6), __builtin_shufflevector(a, b, 1, 3, 5, 7)};
-  }
-  ComplexLanes* const spectrum = spec.method.Run(columns, columns + height);
-  if (spec.normalisation.forwardScaled) spec.normalisation.Scale(spectrum, 8 * height);
-  for (std::ptrdiff_t y = 0; y < height; ++y) {
-    const F32x4 re = spectrum[y].re, im = spectrum[y].im;
-    StoreLanes(packed.At(x, y), __builtin_shufflevector(re, im, 0, 4, 1, 5));
-    StoreLanes(packed.At(x + 4, y), __builtin_shufflevector(re, im, 2, 6, 3, 7));
+// Complex columns are transformed in blocks of four, one column a lane. Several blocks are moved at once, for whole
+// cache lines of the image's rows.
+constexpr int kMostBlocks = 4;
+constexpr std::ptrdiff_t kBlockWidth = 8;  // floats
+
+void GatherBlocks(const Packed& packed, std::ptrdiff_t x, ComplexLanes* const* blocks, int count) {
+  for (std::ptrdiff_t y = 0; y < packed.height; ++y) {
+    const unsigned char* from = packed.At(x, y);
+    for (int i = 0; i < count; ++i, from += kBlockWidth * sizeof(FLOAT32)) {
+      const auto a = LoadLanes<F32x4>(from);
+      const auto b = LoadLanes<F32x4>(from + sizeof a);
+      blocks[i][y] = {__builtin_shufflevector(a, b, 0, 2, 4, 6), __builtin_shufflevector(a, b, 1, 3, 5, 7)};
+    }
   }
 }
 
-StatusCode TransformColumns(const Packed& packed, const DftSpec1DReal& real, const DftSpec1DComplex& complex) {
+void ScatterBlocks(const Packed& packed, std::ptrdiff_t x, ComplexLanes* const* blocks, int count) {
+  for (std::ptrdiff_t y = 0; y < packed.height; ++y) {
+    unsigned char* to = packed.At(x, y);
+    for (int i = 0; i < count; ++i, to += kBlockWidth * sizeof(FLOAT32)) {
+      const F32x4 re = blocks[i][y].re, im = blocks[i][y].im;
+      StoreLanes(to, __builtin_shufflevector(re, im, 0, 4, 1, 5));
+      StoreLanes(to + sizeof re, __builtin_shufflevector(re, im, 2, 6, 3, 7));
+    }
+  }
+}
+
+// As many blocks as the scratch holds beside the work area of one transform.
+int BlocksAtOnce(const DftSpec2D& spec) {
+  const std::int64_t blockBytes = std::int64_t{spec.height} * static_cast<std::int64_t>(sizeof(ComplexLanes));
+  const std::int64_t workBytes =
+      spec.columnComplexSpec->method.workLength() * static_cast<std::int64_t>(sizeof(ComplexLanes));
+  return static_cast<int>(std::min<std::int64_t>(kMostBlocks, (spec.workSize - workBytes) / blockBytes));
+}
+
+void TransformBlocks(const Packed& packed, std::ptrdiff_t x, int count, const DftSpec1DComplex& spec) {
+  auto* work = reinterpret_cast<ComplexLanes*>(packed.scratch);
+  ComplexLanes* blocks[kMostBlocks];
+  for (int i = 0; i < count; ++i, work += packed.height) blocks[i] = work;
+  GatherBlocks(packed, x, blocks, count);
+  for (int i = 0; i < count; ++i) {
+    // A result in the work area stays there; the block's own memory serves the next one.
+    ComplexLanes* const result = spec.method.Run(blocks[i], work);
+    if (result != blocks[i]) work = std::exchange(blocks[i], result);
+    if (spec.normalisation.forwardScaled) spec.normalisation.Scale(result, kBlockWidth * packed.height);
+  }
+  ScatterBlocks(packed, x, blocks, count);
+}
+
+StatusCode TransformColumns(const Packed& packed, const DftSpec2D& spec, const DftSpec1DReal& real) {
   StatusCode status = TransformRealColumn(packed, 0, real);
   if (status != StatusCode::Success) return status;
-  const std::ptrdiff_t end = packed.width - 1;
+  const DftSpec1DComplex& complex = *spec.columnComplexSpec;
+  const std::ptrdiff_t last = packed.width - 1;
   std::ptrdiff_t x = 1;
-  for (; x + 8 <= end + 1; x += 8) TransformFourColumns(packed, x, complex);
-  for (; x < end; x += 2) {
+  for (std::ptrdiff_t blocks = last / kBlockWidth; blocks > 0;) {
+    const auto count = static_cast<int>(std::min<std::ptrdiff_t>(blocks, BlocksAtOnce(spec)));
+    TransformBlocks(packed, x, count, complex);
+    blocks -= count;
+    x += count * kBlockWidth;
+  }
+  for (; x < last; x += 2) {
     status = TransformComplexColumn(packed, x, complex);
     if (status != StatusCode::Success) return status;
   }
-  return packed.width % 2 == 0 ? TransformRealColumn(packed, end, real) : StatusCode::Success;
+  return packed.width % 2 == 0 ? TransformRealColumn(packed, last, real) : StatusCode::Success;
 }
 
 }  // namespace
@@ -129,7 +167,7 @@ StatusCode TransformPackedFLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOA
     return TransformRealColumn(packed, 0, columnReal);
   }
   TransformRows(src, srcStep, packed, *spec->rowRealSpec);
-  return TransformColumns(packed, columnReal, *spec->columnComplexSpec);
+  return TransformColumns(packed, *spec, columnReal);
 }
 
 }  // namespace norvala
