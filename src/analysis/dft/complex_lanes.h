@@ -52,7 +52,31 @@ inline Complex<V> Broadcast(Root root) {
   return {Broadcast<V>(root.re), Broadcast<V>(root.im)};
 }
 
-// Four lanes in double precision.
+// Replaces `v` by the results of a computation in double precision, each rounded once. `compute` changes an array of as
+// many doubles, or of pairs of lanes: one half of the lanes after the other, so that all stay in registers.
+template <int n, class Compute>
+inline void InDouble(float (&v)[n], Compute compute) {
+  double wide[n];
+  for (int i = 0; i < n; ++i) wide[i] = v[i];
+  compute(wide);
+  for (int i = 0; i < n; ++i) v[i] = static_cast<float>(wide[i]);
+}
+template <int n, class Compute>
+inline void InDouble(F32x4 (&v)[n], Compute compute) {
+  F32x4 low[n];
+  F64x2 wide[n];
+  for (int i = 0; i < n; ++i) wide[i] = F64x2{v[i][0], v[i][1]};
+  compute(wide);
+  for (int i = 0; i < n; ++i) low[i] = F32x4{static_cast<float>(wide[i][0]), static_cast<float>(wide[i][1]), 0, 0};
+  for (int i = 0; i < n; ++i) wide[i] = F64x2{v[i][2], v[i][3]};
+  compute(wide);
+  for (int i = 0; i < n; ++i) {
+    const F32x4 high = {static_cast<float>(wide[i][0]), static_cast<float>(wide[i][1]), 0, 0};
+    v[i] = __builtin_shufflevector(low[i], high, 0, 1, 4, 5);
+  }
+}
+
+// Four lanes of sums in double precision.
 struct WideLanes {
   F64x2 low;
   F64x2 high;

@@ -16,15 +16,10 @@ StatusCode PowerOfTwoSpec::Create(std::int32_t newOrder, std::int32_t newNormali
   order = newOrder;
   normalisation = newNormalisation;
   hint = newHint;
-  // Radix 4, behind one pass of radix 8 or 2 where the order is odd.
+  // Radix 4, behind one pass of radix 2 where the order is odd.
   const auto n = static_cast<std::int32_t>(length());
-  int left = order;
-  if (left % 2 != 0) {
-    const int first = left >= 3 ? 3 : 1;
-    factors.Append(1 << first, n);
-    left -= first;
-  }
-  for (; left > 0; left -= 2) factors.Append(4, n);
+  if (order % 2 != 0) factors.Append(2, n);
+  for (int i = 0; i < order / 2; ++i) factors.Append(4, n);
   twiddles = MakeTwiddles(factors, roots, stride);
   return twiddles ? StatusCode::Success : StatusCode::WorkBufferUnavailable;
 }
@@ -33,16 +28,10 @@ template <class V>
 Complex<V>* PowerOfTwoSpec::Run(Complex<V>* data, Complex<V>* work) const {
   const Root* w = twiddles.data();
   for (const FactorRecord& record : factors) {
-    switch (record.factor) {
-      case 2:
-        Pass<2>(data, work, record, w);
-        break;
-      case 4:
-        Pass<4>(data, work, record, w);
-        break;
-      default:
-        Pass<8>(data, work, record, w);
-        break;
+    if (record.factor == 2) {
+      Pass<2>(data, work, record, w);
+    } else {
+      Pass<4>(data, work, record, w);
     }
     w += std::ptrdiff_t{record.remaining} * (record.factor - 1);
     std::swap(data, work);

@@ -31,12 +31,14 @@ void RunSmallRows(const RowLanes<V>& src, const RowLanes<V>& dst, std::ptrdiff_t
       break;
     }
     case 3: {
-      const auto sum = Widen(x[1]) + Widen(x[2]);
-      const auto difference = Widen(x[1]) - Widen(x[2]);
-      const auto first = Widen(x[0]);
-      x[0] = Narrow(first + sum);
-      x[1] = Narrow(first + sum * -0.5);
-      x[2] = Narrow(difference * -0.8660254);
+      V v[3] = {x[0], x[1], x[2]};
+      InDouble(v, [](auto& d) {
+        const auto sum = d[1] + d[2], difference = d[1] - d[2];
+        d[1] = d[0] + sum * -0.5;
+        d[0] += sum;
+        d[2] = difference * -0.8660254;
+      });
+      for (int i = 0; i < 3; ++i) x[i] = v[i];
       break;
     }
     case 4: {
@@ -71,13 +73,19 @@ void LoadHalves(const RowLanes<V>& src, std::ptrdiff_t m, Complex<V>* data) {
 // in double from the float values, each result rounded once.
 template <class V>
 inline void RebuildInDouble(Root entry, Complex<V>& a, Complex<V>& b) {
-  const double tr = entry.re, ti = entry.im;
-  const auto xr = Widen(a.re), xi = Widen(a.im), yr = Widen(b.re), yi = Widen(b.im);
-  const auto difference = xr - yr, sum = xi + yi;
-  const auto s = difference * ti + sum * tr;
-  const auto t = sum * ti - difference * tr;
-  a = {Narrow(yr + s), Narrow(t - yi)};
-  b = {Narrow(xr - s), Narrow(t - xi)};
+  V v[4] = {a.re, a.im, b.re, b.im};
+  InDouble(v, [tr = static_cast<double>(entry.re), ti = static_cast<double>(entry.im)](auto& d) {
+    const auto xr = d[0], xi = d[1], yr = d[2], yi = d[3];
+    const auto difference = xr - yr, sum = xi + yi;
+    const auto s = difference * ti + sum * tr;
+    const auto t = sum * ti - difference * tr;
+    d[0] = yr + s;
+    d[1] = t - yi;
+    d[2] = xr - s;
+    d[3] = t - xi;
+  });
+  a = {v[0], v[1]};
+  b = {v[2], v[3]};
 }
 
 // The same in float, for the powers of two.

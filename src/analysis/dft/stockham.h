@@ -27,14 +27,19 @@ inline void Butterfly(Complex<V> (&x)[2]) {
 // In double from the float inputs, each result rounded once.
 template <class V>
 inline void Butterfly(Complex<V> (&x)[3]) {
-  const auto re0 = Widen(x[0].re), re1 = Widen(x[1].re), re2 = Widen(x[2].re);
-  const auto im0 = Widen(x[0].im), im1 = Widen(x[1].im), im2 = Widen(x[2].im);
-  const auto sumRe = re1 + re2, sumIm = im1 + im2;
-  const auto halfRe = re0 + sumRe * -0.5, halfIm = im0 + sumIm * -0.5;
-  const auto turnedRe = (im1 - im2) * -0.8660254, turnedIm = (re1 - re2) * -0.8660254;
-  x[0] = {Narrow(re0 + sumRe), Narrow(im0 + sumIm)};
-  x[1] = {Narrow(halfRe - turnedRe), Narrow(halfIm + turnedIm)};
-  x[2] = {Narrow(halfRe + turnedRe), Narrow(halfIm - turnedIm)};
+  V v[6] = {x[0].re, x[1].re, x[2].re, x[0].im, x[1].im, x[2].im};
+  InDouble(v, [](auto& d) {
+    const auto sumRe = d[1] + d[2], turnedIm = (d[1] - d[2]) * -0.8660254;
+    const auto sumIm = d[4] + d[5], turnedRe = (d[4] - d[5]) * -0.8660254;
+    const auto halfRe = d[0] + sumRe * -0.5, halfIm = d[3] + sumIm * -0.5;
+    d[0] += sumRe;
+    d[1] = halfRe - turnedRe;
+    d[2] = halfRe + turnedRe;
+    d[3] += sumIm;
+    d[4] = halfIm + turnedIm;
+    d[5] = halfIm - turnedIm;
+  });
+  for (int k = 0; k < 3; ++k) x[k] = {v[k], v[k + 3]};
 }
 
 template <class V>
@@ -67,27 +72,15 @@ inline void Butterfly(Complex<V> (&x)[5]) {
   x[4] = a1 - b1;
 }
 
-template <class V>
-inline void Butterfly(Complex<V> (&x)[8]) {
-  constexpr float kRootHalf = 0.7071067811865476F;
-  Complex<V> even[4] = {x[0] + x[4], x[1] + x[5], x[2] + x[6], x[3] + x[7]};
-  const Complex<V> d1 = x[1] - x[5], d2 = x[2] - x[6], d3 = x[3] - x[7];
-  Complex<V> odd[4] = {x[0] - x[4],
-                       {(d1.re + d1.im) * kRootHalf, (d1.im - d1.re) * kRootHalf},
-                       TimesMinusI(d2),
-                       {(d3.im - d3.re) * kRootHalf, (d3.re + d3.im) * -kRootHalf}};
-  Butterfly(even);
-  Butterfly(odd);
-  for (int k = 0; k < 4; ++k) {
-    x[2 * k] = even[k];
-    x[2 * k + 1] = odd[k];
-  }
-}
+// How the loops of a pass run: the first one has a stride of 1, so that its inner loop is a single step; the last one
+// needs no twiddle factors.
+enum class PassKind { First, Middle, Last };
 
-template <int radix, bool twiddled, class V>
+template <int radix, PassKind kind, class V>
 void FixedRadixPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, const FactorRecord& record,
                     const Root* __restrict twiddles) {
-  const std::ptrdiff_t stride = record.before;
+  constexpr bool twiddled = kind != PassKind::Last;
+  const std::ptrdiff_t stride = kind == PassKind::First ? 1 : record.before;
   const std::ptrdiff_t jump = stride * record.remaining;
   for (std::ptrdiff_t p = 0; p < record.remaining; ++p, twiddles += radix - 1, out += (radix - 1) * stride) {
     Complex<V> w[radix];
@@ -109,10 +102,12 @@ void FixedRadixPass(const Complex<V>* __restrict in, Complex<V>* __restrict out,
 // Runs a pass of one of the radices that have a butterfly of their own.
 template <int radix, class V>
 inline void Pass(const Complex<V>* in, Complex<V>* out, const FactorRecord& record, const Root* twiddles) {
-  if (record.remaining > 1) {
-    FixedRadixPass<radix, true>(in, out, record, twiddles);
+  if (record.remaining == 1) {
+    FixedRadixPass<radix, PassKind::Last>(in, out, record, twiddles);
+  } else if (record.before == 1) {
+    FixedRadixPass<radix, PassKind::First>(in, out, record, twiddles);
   } else {
-    FixedRadixPass<radix, false>(in, out, record, twiddles);
+    FixedRadixPass<radix, PassKind::Middle>(in, out, record, twiddles);
   }
 }
 
