@@ -35,7 +35,8 @@ std::vector<float> Magnitudes(const Spectrum& spectrum) {
   return magnitudes;
 }
 
-// Magnitudes on a logarithmic scale, from the faintest percent to the brightest, with the zero frequency in the middle.
+// Magnitudes on a logarithmic scale, from the faintest percent to all but the few brightest, with the zero frequency in
+// the middle.
 Picture LogMagnitude(const Spectrum& spectrum) {
   const int width = spectrum.width();
   const int height = spectrum.height();
@@ -44,7 +45,7 @@ Picture LogMagnitude(const Spectrum& spectrum) {
   std::vector<float> sorted = logs;
   std::sort(sorted.begin(), sorted.end());
   const float low = sorted[sorted.size() / 100];
-  const float range = std::max(sorted.back() - low, 1e-6F);
+  const float range = std::max(sorted[sorted.size() - 1 - sorted.size() / 2000] - low, 1e-6F);
   Picture picture(width, height, 1);
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {
