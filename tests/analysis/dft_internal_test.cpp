@@ -105,8 +105,9 @@ TEST(Dft1DTest, ComplexMatchesReference) {
   Random random(1);
   double worst = 0.0;
   for (const int n : kLengths) {
+    dft::SharedRoots roots;
     DftSpec1DComplex* spec = nullptr;
-    ASSERT_EQ(CreateDftSpec1DComplex(&spec, n, 8, 2), StatusCode::Success);
+    ASSERT_EQ(CreateDftSpec1DComplex(&spec, n, 8, 2, roots), StatusCode::Success);
     EXPECT_EQ(spec->tag, 13);
     EXPECT_EQ(spec->length, n);
     EXPECT_EQ(spec->hint, 2);
@@ -136,8 +137,9 @@ TEST(Dft1DTest, RealIsPacked) {
   Random random(2);
   double worst = 0.0;
   for (const int n : kLengths) {
+    dft::SharedRoots roots;
     DftSpec1DReal* spec = nullptr;
-    ASSERT_EQ(CreateDftSpec1DReal(&spec, n, 8, 2), StatusCode::Success);
+    ASSERT_EQ(CreateDftSpec1DReal(&spec, n, 8, 2, roots), StatusCode::Success);
     EXPECT_EQ(spec->tag, 15);
     EXPECT_EQ(spec->length, n);
     std::vector<float> x(static_cast<std::size_t>(n));
@@ -161,18 +163,19 @@ TEST(Dft1DTest, RealIsPacked) {
 }
 
 TEST(Dft1DTest, StatusesInOrder) {
+  dft::SharedRoots roots;
   DftSpec1DReal* real = nullptr;
   DftSpec1DComplex* complex = nullptr;
-  EXPECT_EQ(CreateDftSpec1DReal(nullptr, 0, 0, 0), StatusCode::NullPointer);
-  EXPECT_EQ(CreateDftSpec1DReal(&real, 0, 0, 0), StatusCode::NonPositiveSize);
-  EXPECT_EQ(CreateDftSpec1DComplex(nullptr, 0, 0, 0), StatusCode::NullPointer);
-  EXPECT_EQ(CreateDftSpec1DComplex(&complex, 0, 0, 0), StatusCode::NonPositiveSize);
+  EXPECT_EQ(CreateDftSpec1DReal(nullptr, 0, 0, 0, roots), StatusCode::NullPointer);
+  EXPECT_EQ(CreateDftSpec1DReal(&real, 0, 0, 0, roots), StatusCode::NonPositiveSize);
+  EXPECT_EQ(CreateDftSpec1DComplex(nullptr, 0, 0, 0, roots), StatusCode::NullPointer);
+  EXPECT_EQ(CreateDftSpec1DComplex(&complex, 0, 0, 0, roots), StatusCode::NonPositiveSize);
   for (const int flag : {0, 3, 5, 16, -1}) {
-    EXPECT_EQ(CreateDftSpec1DReal(&real, 12, flag, 0), StatusCode::BadNormalisation);
-    EXPECT_EQ(CreateDftSpec1DComplex(&complex, 12, flag, 0), StatusCode::BadNormalisation);
+    EXPECT_EQ(CreateDftSpec1DReal(&real, 12, flag, 0, roots), StatusCode::BadNormalisation);
+    EXPECT_EQ(CreateDftSpec1DComplex(&complex, 12, flag, 0, roots), StatusCode::BadNormalisation);
   }
-  ASSERT_EQ(CreateDftSpec1DReal(&real, 12, 8, 0), StatusCode::Success);
-  ASSERT_EQ(CreateDftSpec1DComplex(&complex, 12, 8, 0), StatusCode::Success);
+  ASSERT_EQ(CreateDftSpec1DReal(&real, 12, 8, 0, roots), StatusCode::Success);
+  ASSERT_EQ(CreateDftSpec1DComplex(&complex, 12, 8, 0, roots), StatusCode::Success);
   std::array<float, 24> x{};
   std::array<dft::Complex<float>, 12> z{};
   EXPECT_EQ(RunDft1DReal(nullptr, nullptr, nullptr, nullptr), StatusCode::NullPointer);
@@ -188,9 +191,8 @@ TEST(Dft1DTest, StatusesInOrder) {
   FreeDftSpec1DComplex(complex);
 
   dft::PowerOfTwoSpec powerOfTwo;
-  const auto roots = dft::MakeRoots(1);
-  EXPECT_EQ(powerOfTwo.Create(-1, 8, 0, roots.data(), 1), StatusCode::BadTransformOrder);
-  EXPECT_EQ(powerOfTwo.Create(31, 8, 0, roots.data(), 1), StatusCode::BadTransformOrder);
+  EXPECT_EQ(powerOfTwo.Create(-1, 8, 0, roots.OfOrder(1), 1), StatusCode::BadTransformOrder);
+  EXPECT_EQ(powerOfTwo.Create(31, 8, 0, roots.OfOrder(1), 1), StatusCode::BadTransformOrder);
 }
 
 TEST(Dft2DTest, StatusesInOrder) {
@@ -243,7 +245,10 @@ TEST(Dft2DTest, SpecificationFields) {
   EXPECT_EQ(spec->columnRealSpec, nullptr);
   EXPECT_EQ(spec->rowRealSpec->scratchSize, 149 * 8 + 16);
   // A filled reserve is released too.
-  ASSERT_EQ(CreateDftSpec1DComplex(&spec->reservedSpec, 8, 8, 0), StatusCode::Success);
+  {
+    dft::SharedRoots roots;
+    ASSERT_EQ(CreateDftSpec1DComplex(&spec->reservedSpec, 8, 8, 0, roots), StatusCode::Success);
+  }
   kFreeDftSpec2D(spec);
   EXPECT_EQ(heap.live(), 0);
 }

@@ -1,7 +1,6 @@
 #include <cstring>
 #include <new>
 
-#include "analysis/dft/roots.h"
 #include "analysis/dft/scratch.h"
 #include "analysis/dft/spec1d.h"
 
@@ -11,7 +10,8 @@ using namespace dft;
 
 namespace {
 
-StatusCode Fill(DftSpec1DComplex& spec, std::int32_t length, std::int32_t normalisation, std::int32_t hint) {
+StatusCode Fill(DftSpec1DComplex& spec, std::int32_t length, std::int32_t normalisation, std::int32_t hint,
+                SharedRoots& shared) {
   spec.length = length;
   spec.hint = hint;
   StatusCode status = spec.normalisation.Set(normalisation, length);
@@ -21,9 +21,9 @@ StatusCode Fill(DftSpec1DComplex& spec, std::int32_t length, std::int32_t normal
   if (method == Method::Small) return spec.method.Create(method, factors, length, normalisation, hint, nullptr, 1);
 
   const std::int64_t n = length;
-  const AlignedVector<Root> roots = MakeRoots(method == Method::LargePrime ? 2 * n : n);
-  if (!roots) return StatusCode::WorkBufferUnavailable;
-  status = spec.method.Create(method, factors, length, normalisation, hint, roots.data(), 1);
+  const Root* const roots = shared.OfOrder(method == Method::LargePrime ? 2 * n : n);
+  if (roots == nullptr) return StatusCode::WorkBufferUnavailable;
+  status = spec.method.Create(method, factors, length, normalisation, hint, roots, 1);
   switch (method) {
     case Method::PowerOfTwo:
       spec.scratchSize = spec.method.powerOfTwo.scratchSize();
@@ -45,13 +45,13 @@ StatusCode Fill(DftSpec1DComplex& spec, std::int32_t length, std::int32_t normal
 }  // namespace
 
 StatusCode CreateDftSpec1DComplex(DftSpec1DComplex** spec, std::int32_t length, std::int32_t normalisation,
-                                  std::int32_t hint) {
+                                  std::int32_t hint, SharedRoots& roots) {
   if (spec == nullptr) return StatusCode::NullPointer;
   if (length < 1) return StatusCode::NonPositiveSize;
   AlignedVector<DftSpec1DComplex> memory(1);
   if (!memory) return StatusCode::WorkBufferUnavailable;
   auto* const created = new (memory.Release()) DftSpec1DComplex;
-  const StatusCode status = Fill(*created, length, normalisation, hint);
+  const StatusCode status = Fill(*created, length, normalisation, hint, roots);
   if (status == StatusCode::Success) {
     *spec = created;
   } else {

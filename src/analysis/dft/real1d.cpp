@@ -1,6 +1,5 @@
 #include <new>
 
-#include "analysis/dft/roots.h"
 #include "analysis/dft/scratch.h"
 #include "analysis/dft/spec1d.h"
 
@@ -10,7 +9,7 @@ using namespace dft;
 
 namespace {
 
-StatusCode MakeRebuildTables(DftSpec1DReal& spec, const AlignedVector<Root>& roots) {
+StatusCode MakeRebuildTables(DftSpec1DReal& spec, const Root* roots) {
   const std::ptrdiff_t count = (std::ptrdiff_t{spec.length} + 3) / 4;
   spec.rebuildTable = AlignedVector<Root>(count);
   spec.rebuildRoots = AlignedVector<Root>(count);
@@ -37,7 +36,8 @@ std::int64_t ScratchSize(const DftSpec1DReal& spec) {
   }
 }
 
-StatusCode Fill(DftSpec1DReal& spec, std::int32_t length, std::int32_t normalisation, std::int32_t hint) {
+StatusCode Fill(DftSpec1DReal& spec, std::int32_t length, std::int32_t normalisation, std::int32_t hint,
+                SharedRoots& shared) {
   spec.length = length;
   spec.hint = hint;
   StatusCode status = spec.normalisation.Set(normalisation, length);
@@ -48,26 +48,25 @@ StatusCode Fill(DftSpec1DReal& spec, std::int32_t length, std::int32_t normalisa
 
   const std::int64_t n = length;
   const bool even = length % 2 == 0;
-  const AlignedVector<Root> roots = MakeRoots(!even && method == Method::LargePrime ? 2 * n : n);
-  if (!roots) return StatusCode::WorkBufferUnavailable;
+  const Root* const roots = shared.OfOrder(!even && method == Method::LargePrime ? 2 * n : n);
+  if (roots == nullptr) return StatusCode::WorkBufferUnavailable;
   if (even) status = MakeRebuildTables(spec, roots);
   if (status != StatusCode::Success) return status;
-  status =
-      spec.method.Create(method, factors, even ? length / 2 : length, normalisation, hint, roots.data(), even ? 2 : 1);
+  status = spec.method.Create(method, factors, even ? length / 2 : length, normalisation, hint, roots, even ? 2 : 1);
   spec.scratchSize = ScratchSize(spec);
   return status;
 }
 
 }  // namespace
 
-StatusCode CreateDftSpec1DReal(DftSpec1DReal** spec, std::int32_t length, std::int32_t normalisation,
-                               std::int32_t hint) {
+StatusCode CreateDftSpec1DReal(DftSpec1DReal** spec, std::int32_t length, std::int32_t normalisation, std::int32_t hint,
+                               SharedRoots& roots) {
   if (spec == nullptr) return StatusCode::NullPointer;
   if (length < 1) return StatusCode::NonPositiveSize;
   AlignedVector<DftSpec1DReal> memory(1);
   if (!memory) return StatusCode::WorkBufferUnavailable;
   auto* const created = new (memory.Release()) DftSpec1DReal;
-  const StatusCode status = Fill(*created, length, normalisation, hint);
+  const StatusCode status = Fill(*created, length, normalisation, hint, roots);
   if (status == StatusCode::Success) {
     *spec = created;
   } else {

@@ -2,12 +2,14 @@
 
 #include "analysis/dft/complex_lanes.h"
 #include "analysis/dft/method.h"
+#include "analysis/dft/roots.h"
 #include "analysis/dft/row_lanes.h"
 #include "frame/aligned_memory.h"
 #include "frame/status.h"
 
-// One-dimensional transforms. Their specifications live in aligned memory and release what they own. Scratch is null
-// (it is then allocated) or holds the specification's scratchSize bytes.
+// One-dimensional transforms. Their specifications live in aligned memory and release what they own; the tables of
+// roots that they are made from are shared among those made together. Scratch is null (it is then allocated) or holds
+// the specification's scratchSize bytes.
 
 namespace norvala {
 
@@ -43,7 +45,7 @@ struct DftSpec1DComplex {
 };
 
 StatusCode CreateDftSpec1DComplex(DftSpec1DComplex** spec, std::int32_t length, std::int32_t normalisation,
-                                  std::int32_t hint);
+                                  std::int32_t hint, dft::SharedRoots& roots);
 void FreeDftSpec1DComplex(DftSpec1DComplex* spec);
 StatusCode RunDft1DComplex(const dft::Complex<float>* src, dft::Complex<float>* dst, const DftSpec1DComplex* spec,
                            void* scratch);
@@ -68,8 +70,8 @@ struct DftSpec1DReal {
   }
 };
 
-StatusCode CreateDftSpec1DReal(DftSpec1DReal** spec, std::int32_t length, std::int32_t normalisation,
-                               std::int32_t hint);
+StatusCode CreateDftSpec1DReal(DftSpec1DReal** spec, std::int32_t length, std::int32_t normalisation, std::int32_t hint,
+                               dft::SharedRoots& roots);
 void FreeDftSpec1DReal(DftSpec1DReal* spec);
 StatusCode RunDft1DReal(const FLOAT32* src, FLOAT32* dst, const DftSpec1DReal* spec, void* scratch);
 

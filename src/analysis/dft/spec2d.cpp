@@ -11,15 +11,16 @@ namespace {
 StatusCode Fill(DftSpec2D& spec, std::int32_t normalisation) {
   const std::int64_t width = spec.width;
   const std::int64_t height = spec.height;
-  StatusCode status = CreateDftSpec1DReal(&spec.rowRealSpec, spec.width, normalisation, spec.hint);
+  dft::SharedRoots roots;
+  StatusCode status = CreateDftSpec1DReal(&spec.rowRealSpec, spec.width, normalisation, spec.hint, roots);
   if (status != StatusCode::Success) return status;
   const DftSpec1DReal* columnReal = spec.rowRealSpec;
   if (height != width) {
-    status = CreateDftSpec1DReal(&spec.columnRealSpec, spec.height, normalisation, spec.hint);
+    status = CreateDftSpec1DReal(&spec.columnRealSpec, spec.height, normalisation, spec.hint, roots);
     if (status != StatusCode::Success) return status;
     columnReal = spec.columnRealSpec;
   }
-  status = CreateDftSpec1DComplex(&spec.columnComplexSpec, spec.height, normalisation, spec.hint);
+  status = CreateDftSpec1DComplex(&spec.columnComplexSpec, spec.height, normalisation, spec.hint, roots);
   if (status != StatusCode::Success) return status;
   const std::int64_t workSize =
       std::max({width * 16 + spec.rowRealSpec->scratchSize, height * 16 + columnReal->scratchSize,
