@@ -207,10 +207,10 @@ NORVALA_API int32_t NORVALA_CALL Norvala_CopyReplicateBorderFLOAT32(FLOAT32* ima
  *  dst(k, l) = sum over x, y of src(x, y) * exp(-2 pi i (k x / width + l y / height)). The whole spectrum is written,
  *  its zero frequency at column 0, row 0; it is exactly conjugate symmetric: dst((width - k) mod width,
  *  (height - l) mod height) is the conjugate of dst(k, l). Any size is served: sizes whose prime factors are small are
- *  fastest, powers of two above all; sizes with a prime factor of several hundred cost a few times as much. NaN and
+ *  fastest, powers of two above all; sizes with a prime factor above 150 cost a few times as much. NaN and
  *  infinities in the image spread through the spectrum.
- *  The call allocates and releases its own work memory: an image of the source's size and scratch of some 100 bytes for
- *  every row or column, whichever are more.
+ *  The call allocates and releases its own work memory: an image of the source's size and scratch of some hundred bytes
+ *  for every row or column, whichever are more.
  *  @param src     first pixel of the real image
  *  @param srcStep source row step in bytes, at least 1
  *  @param dst     first number of the spectrum, `width` x `height` complex numbers

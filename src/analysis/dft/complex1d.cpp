@@ -3,6 +3,7 @@
 
 #include "analysis/dft/scratch.h"
 #include "analysis/dft/spec1d.h"
+#include "analysis/dft/stockham.h"
 
 namespace norvala {
 

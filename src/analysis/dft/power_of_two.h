@@ -7,10 +7,6 @@
 
 namespace norvala::dft {
 
-// Scratch of the methods that work from one buffer to another, in buffers of four transforms side by side: more than
-// the one they need lets the columns of an image pass several blocks at once.
-inline constexpr std::int64_t kLaneBuffers = 3;
-
 // A transform of 2^order complex values.
 struct PowerOfTwoSpec {
   std::int32_t order = 0;

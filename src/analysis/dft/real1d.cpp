@@ -2,6 +2,7 @@
 
 #include "analysis/dft/scratch.h"
 #include "analysis/dft/spec1d.h"
+#include "analysis/dft/stockham.h"
 
 namespace norvala {
 

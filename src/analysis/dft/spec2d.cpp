@@ -11,6 +11,8 @@ namespace {
 StatusCode Fill(DftSpec2D& spec, std::int32_t normalisation) {
   const std::int64_t width = spec.width;
   const std::int64_t height = spec.height;
+  // Sizes beyond any scratch fail before long tables are made for them.
+  if (std::max(width * 16, height * 64) > INT32_MAX) return StatusCode::WorkBufferUnavailable;
   dft::SharedRoots roots;
   StatusCode status = CreateDftSpec1DReal(&spec.rowRealSpec, spec.width, normalisation, spec.hint, roots);
   if (status != StatusCode::Success) return status;
