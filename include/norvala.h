@@ -436,6 +436,28 @@ NORVALA_API int32_t NORVALA_CALL Norvala_Resize(const FLOAT32* src, int32_t srcW
 
 /* ---- Discrete Fourier transform ---- */
 
+/** @name Discrete Fourier transform
+ *  @{ */
+/** Two-dimensional forward discrete Fourier transform of a real image, not normalised:
+ *  dst(k, l) = sum over x, y of src(x, y) * exp(-2 pi i (k x / width + l y / height)). The whole spectrum is written,
+ *  its zero frequency at column 0, row 0; it is exactly conjugate symmetric: dst((width - k) mod width,
+ *  (height - l) mod height) is the conjugate of dst(k, l). Any size is served: sizes whose prime factors are small are
+ *  fastest, powers of two above all; sizes with a prime factor above 150 cost a few times as much. NaN and
+ *  infinities in the image spread through the spectrum.
+ *  The call allocates and releases its own work memory: an image of the source's size and scratch of some hundred bytes
+ *  for every row or column, whichever are more.
+ *  @param src     first pixel of the real image
+ *  @param srcStep source row step in bytes, at least 1
+ *  @param dst     first number of the spectrum, `width` x `height` complex numbers
+ *  @param dstStep spectrum row step in bytes, at least 1
+ *  @param width   pixels in a row, at least 1
+ *  @param height  rows, at least 1
+ *  @return 0, or -1 when a pointer is null, a size or step is below 1 or the work memory cannot be had; a spectrum that
+ *  was not computed is not written */
+NORVALA_API int32_t NORVALA_CALL Norvala_DFTFwdFLOAT32(const FLOAT32* src, int32_t srcStep, ComplexFLOAT32Number* dst,
+                                                       int32_t dstStep, int32_t width, int32_t height);
+/** @} */
+
 /* ---- Magnitude ---- */
 
 /* ---- Distance transform ---- */

@@ -1,0 +1,71 @@
+#include <cstring>
+
+#include "analysis/analysis.h"
+#include "frame/lanes.h"
+
+namespace norvala {
+namespace {
+
+// A complex number of the caller's memory, at any address.
+struct Number {
+  float re;
+  float im;
+};
+
+float LoadFloat(const unsigned char* row, std::ptrdiff_t x) { return LoadLanes<float>(row + x * 4); }
+void StoreNumber(unsigned char* row, std::ptrdiff_t k, Number value) { StoreLanes(row + k * 8, value); }
+
+// dst[count - 1 - k] = conj(src[k]).
+void MirrorConjugates(const unsigned char* src, unsigned char* dst, std::ptrdiff_t count) {
+  constexpr U32x4 kImaginarySigns = {0, 0x80000000U, 0, 0x80000000U};
+  std::ptrdiff_t k = 0;
+  for (; k + 2 <= count; k += 2) {
+    const auto two = LoadLanes<U32x4>(src + k * 8);
+    StoreLanes(dst + (count - 2 - k) * 8, __builtin_shufflevector(two, two, 2, 3, 0, 1) ^ kImaginarySigns);
+  }
+  if (k < count) StoreNumber(dst, count - 1 - k, {LoadFloat(src, 2 * k), -LoadFloat(src, 2 * k + 1)});
+}
+
+}  // namespace
+
+StatusCode ExpandPackedFLOAT32(const FLOAT32* packed, RegionSize size, std::int32_t packedStep,
+                               ComplexFLOAT32Number* dst, std::int32_t dstStep) {
+  if (packed == nullptr || dst == nullptr) return StatusCode::NullPointer;
+  if (IsEmpty(size)) return StatusCode::NonPositiveSize;
+  if (packedStep < 1 || dstStep < 1) return StatusCode::NonPositiveStep;
+  const std::ptrdiff_t width = size.width;
+  const std::ptrdiff_t height = size.height;
+  const std::ptrdiff_t pairs = (width - 1) / 2;  // complex columns of the packed image
+  const auto from = [&](std::ptrdiff_t y) {
+    return Row(reinterpret_cast<const unsigned char*>(packed), packedStep, y);
+  };
+  const auto to = [&](std::ptrdiff_t y) { return Row(reinterpret_cast<unsigned char*>(dst), dstStep, y); };
+
+  // The columns that hold real rows: packed column -> spectrum column. Their frequency y lies in rows 2y - 1 and 2y.
+  const auto realColumns = [&](auto&& write) {
+    write(std::ptrdiff_t{0}, std::ptrdiff_t{0});
+    if (width % 2 == 0) write(width - 1, width / 2);
+  };
+  // Row y of the spectrum and its mirror image, whose frequencies are each other's conjugates.
+  for (std::ptrdiff_t y = 0; y <= height / 2; ++y) {
+    const std::ptrdiff_t mirror = y == 0 ? 0 : height - y;
+    std::memcpy(to(y) + 8, from(y) + 4, static_cast<std::size_t>(pairs) * 8);
+    MirrorConjugates(from(y) + 4, to(mirror) + (width - pairs) * 8, pairs);
+    if (mirror != y) {
+      std::memcpy(to(mirror) + 8, from(mirror) + 4, static_cast<std::size_t>(pairs) * 8);
+      MirrorConjugates(from(mirror) + 4, to(y) + (width - pairs) * 8, pairs);
+    }
+    realColumns([&](std::ptrdiff_t x, std::ptrdiff_t k) {
+      if (mirror == y) {
+        StoreNumber(to(y), k, {LoadFloat(from(y == 0 ? 0 : height - 1), x), 0.0F});
+        return;
+      }
+      const Number value = {LoadFloat(from(2 * y - 1), x), LoadFloat(from(2 * y), x)};
+      StoreNumber(to(y), k, value);
+      StoreNumber(to(mirror), k, {value.re, -value.im});
+    });
+  }
+  return StatusCode::Success;
+}
+
+}  // namespace norvala

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "analysis/dft/spec1d.h"
+
+// The packed spectrum of a real image of width x height, as many floats:
+// - Each row is first replaced by the packed spectrum of its values: R0, R1, I1, R2, I2, ... and, for an even width,
+//   R(width/2) last.
+// - Column 0 and, for an even width, the last column hold real values then: each is replaced by its packed spectrum.
+// - Every pair of columns 2k - 1 and 2k between holds complex values: it is replaced by their spectrum.
+
+namespace norvala {
+
+struct DftSpec2D {
+  std::int32_t tag;
+  std::int32_t width;
+  std::int32_t height;
+  std::int32_t hint;
+  std::uint32_t workSize;               // bytes of scratch of one transform
+  DftSpec1DComplex* reservedSpec;       // released when present; nothing fills it
+  DftSpec1DComplex* columnComplexSpec;  // of length height
+  DftSpec1DReal* rowRealSpec;           // of length width
+  DftSpec1DReal* columnRealSpec;        // of length height; null where that is the width: rowRealSpec serves both
+};
+
+}  // namespace norvala
