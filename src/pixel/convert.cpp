@@ -1,0 +1,110 @@
+#include "frame/lanes.h"
+#include "pixel/map_rows.h"
+#include "pixel/pixel.h"
+
+namespace norvala {
+namespace {
+
+template <class S, class D, class Kernel>
+StatusCode Convert(const S* src, std::int32_t srcStep, D* dst, std::int32_t dstStep, RegionSize size, Kernel kernel) {
+  if (src == nullptr || dst == nullptr) return StatusCode::NullPointer;
+  if (IsEmpty(size)) return StatusCode::NonPositiveSize;
+  if (srcStep < 1 || dstStep < 1) return StatusCode::NonPositiveStep;
+  ForEachRow(size, kernel, Rows{src, srcStep}, Rows{dst, dstStep});
+  return StatusCode::Success;
+}
+
+// The integer of the lowest bits of each lane, saturated at `limit` = 2^n - 1: bits above these are undefined.
+template <bool kRound>
+inline U32x4 Saturate(F32x4 x, float limit) {
+  const I32x4 above = x >= limit;
+  const I32x4 inside = (x > 0.0F) & ~above;  // false for NaN
+  const auto kept = BitCastLanes<F32x4>(BitCastLanes<I32x4>(x) & inside);
+  if constexpr (kRound) {
+    // The sum has no fraction bits left: rounded half to even, as the low bits of its significand.
+    return BitCastLanes<U32x4>(BitCastLanes<I32x4>(kept + 8388608.0F) | above);
+  } else {
+    return BitCastLanes<U32x4>(ConvertLanes<I32x4>(kept) | above);
+  }
+}
+
+// Brings the first half of the lanes to the even places and the second half to the odd ones.
+inline U8x16 Interleave(U8x16 v) {
+  return __builtin_shufflevector(v, v, 0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15);
+}
+inline U16x8 Interleave(U16x8 v) { return __builtin_shufflevector(v, v, 0, 4, 1, 5, 2, 6, 3, 7); }
+
+// The low bits of consecutive groups of lanes, side by side.
+inline U8x16 PackBytes(U32x4 a, U32x4 b, U32x4 c, U32x4 d) {
+  const U32x4 low = (a & 0xFFU) | ((b & 0xFFU) << 8);
+  const U32x4 high = (c & 0xFFU) | (d << 8);
+  return Interleave(Interleave(BitCastLanes<U8x16>((low & 0xFFFFU) | (high << 16))));
+}
+inline U16x8 PackWords(U32x4 a, U32x4 b) {
+  return Interleave(Interleave(BitCastLanes<U16x8>((a & 0xFFFFU) | (b << 16))));
+}
+
+template <bool kRound>
+void FloatRowToBytes(std::size_t count, const Unaligned<FLOAT32>* src, Unaligned<BW8>* dst) {
+  const auto saturate = [src](std::size_t x) { return Saturate<kRound>(LoadLanes<F32x4>(src + x), 255.0F); };
+  std::size_t x = 0;
+  for (; count - x >= 16; x += 16) {
+    StoreLanes(dst + x, PackBytes(saturate(x), saturate(x + 4), saturate(x + 8), saturate(x + 12)));
+  }
+  for (; x < count; ++x) dst[x] = static_cast<BW8>(Saturate<kRound>(F32x4{src[x]}, 255.0F)[0]);
+}
+
+template <bool kRound>
+void FloatRowToWords(std::size_t count, const Unaligned<FLOAT32>* src, Unaligned<BW16>* dst) {
+  const auto saturate = [src](std::size_t x) { return Saturate<kRound>(LoadLanes<F32x4>(src + x), 65535.0F); };
+  std::size_t x = 0;
+  for (; count - x >= 8; x += 8) StoreLanes(dst + x, PackWords(saturate(x), saturate(x + 4)));
+  for (; x < count; ++x) dst[x] = static_cast<BW16>(Saturate<kRound>(F32x4{src[x]}, 65535.0F)[0]);
+}
+
+template <class S, class D>
+void WidenRow(std::size_t count, const Unaligned<S>* src, Unaligned<D>* dst) {
+  for (std::size_t x = 0; x < count; ++x) dst[x] = src[x];
+}
+
+void WordRowToBytes(std::size_t count, const Unaligned<BW16>* src, Unaligned<BW8>* dst) {
+  for (std::size_t x = 0; x < count; ++x) {
+    const BW16 pixel = src[x];
+    dst[x] = static_cast<BW8>(pixel < 255 ? pixel : 255);
+  }
+}
+
+constexpr std::int32_t kRoundHalfToEven = 1;
+
+}  // namespace
+
+StatusCode ConvertFLOAT32toBW8(const FLOAT32* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep,
+                               RegionSize size, std::int32_t rounding) {
+  return Convert(src, srcStep, dst, dstStep, size,
+                 rounding == kRoundHalfToEven ? FloatRowToBytes<true> : FloatRowToBytes<false>);
+}
+
+StatusCode ConvertFLOAT32toBW16(const FLOAT32* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep,
+                                RegionSize size, std::int32_t rounding) {
+  return Convert(src, srcStep, dst, dstStep, size,
+                 rounding == kRoundHalfToEven ? FloatRowToWords<true> : FloatRowToWords<false>);
+}
+
+StatusCode ConvertBW8toFLOAT32(const BW8* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
+                               RegionSize size) {
+  return Convert(src, srcStep, dst, dstStep, size, WidenRow<BW8, FLOAT32>);
+}
+
+StatusCode ConvertBW8toBW16(const BW8* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size) {
+  return Convert(src, srcStep, dst, dstStep, size, WidenRow<BW8, BW16>);
+}
+
+StatusCode ConvertBW16ToBW8(const BW16* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size) {
+  return Convert(src, srcStep, dst, dstStep, size, WordRowToBytes);
+}
+
+StatusCode ConvertBW16toBW32(const BW16* src, std::int32_t srcStep, BW32* dst, std::int32_t dstStep, RegionSize size) {
+  return Convert(src, srcStep, dst, dstStep, size, WidenRow<BW16, BW32>);
+}
+
+}  // namespace norvala
