@@ -20,7 +20,7 @@ void SampleDownRow(const Unaligned<BW8>* upper, const Unaligned<BW8>* lower, Una
   for (; n - x >= 16; x += 16) {
     const auto low = BitCastLanes<U8x16>(MeanOfBlocks(upper + 2 * x, lower + 2 * x));
     const auto high = BitCastLanes<U8x16>(MeanOfBlocks(upper + 2 * x + 16, lower + 2 * x + 16));
-    StoreLanes(dst + x, __builtin_shufflevector(low, high, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30));
+    StoreLanes(dst + x, EvenLanes(low, high));
   }
   for (; x < n; ++x) {
     dst[x] = static_cast<BW8>((upper[2 * x] + upper[2 * x + 1] + lower[2 * x] + lower[2 * x + 1] + 3) >> 2);
