@@ -61,7 +61,7 @@ StatusCode MeanBW8_C1R(const BW8* src, std::int32_t step, RegionSize size, FLOAT
   for (std::int32_t y = 0; y < size.height; ++y) {
     total += static_cast<std::int32_t>(SumRow(static_cast<std::size_t>(size.width), Row(src, step, y)));
   }
-  *reinterpret_cast<Unaligned<FLOAT64>*>(mean) = total / PixelCount(size);
+  StoreLanes<FLOAT64>(mean, total / PixelCount(size));
   return StatusCode::Success;
 }
 
@@ -79,7 +79,7 @@ StatusCode MeanFLOAT32_C1R(const FLOAT32* src, std::int32_t step, RegionSize siz
     }
     if (x < size.width) even += static_cast<FLOAT64>(row[x]);
   }
-  *reinterpret_cast<Unaligned<FLOAT64>*>(mean) = (odd + even) / PixelCount(size);
+  StoreLanes<FLOAT64>(mean, (odd + even) / PixelCount(size));
   return StatusCode::Success;
 }
 
@@ -101,8 +101,8 @@ StatusCode MaxIndx_BW8(const BW8* src, std::int32_t step, RegionSize size, BW8* 
     bestY = y;
   }
   *maximum = best;
-  *reinterpret_cast<Unaligned<std::int32_t>*>(column) = bestX;
-  *reinterpret_cast<Unaligned<std::int32_t>*>(row) = bestY;
+  StoreLanes(column, bestX);
+  StoreLanes(row, bestY);
   return StatusCode::Success;
 }
 
