@@ -11,7 +11,7 @@ StatusCode AddFLOAT32_C1IR(const FLOAT32* src, std::int32_t srcStep, FLOAT32* sr
   if (IsEmpty(size)) return StatusCode::NonPositiveSize;
   ForEachRow(
       size,
-      [](std::size_t count, const Unaligned<FLOAT32>* from, Unaligned<FLOAT32>* to) {
+      [](std::size_t count, const void* from, void* to) {
         MapRow<FLOAT32>([](auto sum, auto added) { return sum + added; }, count, to, to, from);
       },
       Rows{src, srcStep}, Rows{srcDst, srcDstStep});
@@ -27,7 +27,7 @@ StatusCode DivCFLOAT32_C1IR(FLOAT32 divisor, FLOAT32* image, std::int32_t step, 
   // The exact product of two floats fits a double, so its rounding to a float is the float product.
   ForEachRow(
       size,
-      [reciprocal](std::size_t count, Unaligned<FLOAT32>* pixels) {
+      [reciprocal](std::size_t count, void* pixels) {
         MapRow<FLOAT32>([reciprocal](auto pixel) { return pixel * reciprocal; }, count, pixels, pixels);
       },
       Rows{image, step});

@@ -36,7 +36,9 @@ inline U8x16 EvenBytes(U32x4 a, U32x4 b) { return EvenLanes(BitCastLanes<U8x16>(
 inline U8x16 PackBytes(U32x4 a, U32x4 b, U32x4 c, U32x4 d) { return EvenLanes(EvenBytes(a, b), EvenBytes(c, d)); }
 
 template <bool kRound>
-void FloatRowToBytes(std::size_t count, const Unaligned<FLOAT32>* src, Unaligned<BW8>* dst) {
+void FloatRowToBytes(std::size_t count, const void* srcRow, void* dstRow) {
+  const Unaligned<FLOAT32>* const src = static_cast<const Unaligned<FLOAT32>*>(srcRow);
+  Unaligned<BW8>* const dst = static_cast<Unaligned<BW8>*>(dstRow);
   const auto saturate = [src](std::size_t x) { return Saturate<kRound>(LoadLanes<F32x4>(src + x), 255.0F); };
   std::size_t x = 0;
   for (; count - x >= 16; x += 16) {
@@ -46,7 +48,9 @@ void FloatRowToBytes(std::size_t count, const Unaligned<FLOAT32>* src, Unaligned
 }
 
 template <bool kRound>
-void FloatRowToWords(std::size_t count, const Unaligned<FLOAT32>* src, Unaligned<BW16>* dst) {
+void FloatRowToWords(std::size_t count, const void* srcRow, void* dstRow) {
+  const Unaligned<FLOAT32>* const src = static_cast<const Unaligned<FLOAT32>*>(srcRow);
+  Unaligned<BW16>* const dst = static_cast<Unaligned<BW16>*>(dstRow);
   const auto saturate = [src](std::size_t x) { return Saturate<kRound>(LoadLanes<F32x4>(src + x), 65535.0F); };
   std::size_t x = 0;
   for (; count - x >= 8; x += 8) StoreLanes(dst + x, PackWords(saturate(x), saturate(x + 4)));
@@ -54,11 +58,15 @@ void FloatRowToWords(std::size_t count, const Unaligned<FLOAT32>* src, Unaligned
 }
 
 template <class S, class D>
-void WidenRow(std::size_t count, const Unaligned<S>* src, Unaligned<D>* dst) {
+void WidenRow(std::size_t count, const void* srcRow, void* dstRow) {
+  const Unaligned<S>* const src = static_cast<const Unaligned<S>*>(srcRow);
+  Unaligned<D>* const dst = static_cast<Unaligned<D>*>(dstRow);
   for (std::size_t x = 0; x < count; ++x) dst[x] = src[x];
 }
 
-void WordRowToBytes(std::size_t count, const Unaligned<BW16>* src, Unaligned<BW8>* dst) {
+void WordRowToBytes(std::size_t count, const void* srcRow, void* dstRow) {
+  const Unaligned<BW16>* const src = static_cast<const Unaligned<BW16>*>(srcRow);
+  Unaligned<BW8>* const dst = static_cast<Unaligned<BW8>*>(dstRow);
   // All ones in the low byte where the high one is not 0.
   const auto saturate = [src](std::size_t x) {
     const auto v = LoadLanes<U16x8>(src + x);

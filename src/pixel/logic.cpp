@@ -11,10 +11,7 @@ StatusCode Combine(const BW32* src1, std::int32_t src1Step, const BW32* src2, st
   if (src1Step < 1 || src2Step < 1 || dstStep < 1) return StatusCode::NonPositiveStep;
   if (IsEmpty(size)) return StatusCode::NonPositiveSize;
   ForEachRow(
-      size,
-      [op](std::size_t count, const Unaligned<BW32>* a, const Unaligned<BW32>* b, Unaligned<BW32>* to) {
-        MapRow<BW32>(op, count, to, a, b);
-      },
+      size, [op](std::size_t count, const void* a, const void* b, void* to) { MapRow<BW32>(op, count, to, a, b); },
       Rows{src1, src1Step}, Rows{src2, src2Step}, Rows{dst, dstStep});
   return StatusCode::Success;
 }
@@ -38,7 +35,7 @@ StatusCode AndCBW16(BW16 constant, const BW16* src, std::int32_t srcStep, BW16* 
   if (IsEmpty(size)) return StatusCode::NonPositiveSize;
   ForEachRow(
       size,
-      [constant](std::size_t count, const Unaligned<BW16>* from, Unaligned<BW16>* to) {
+      [constant](std::size_t count, const void* from, void* to) {
         MapRow<BW16>([constant](auto pixels) { return pixels & constant; }, count, to, from);
       },
       Rows{src, srcStep}, Rows{dst, dstStep});

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "frame/lanes.h"
 #include "frame/types.h"
@@ -15,20 +17,25 @@ template <class T>
 struct Rows {
   T* first;
   std::ptrdiff_t step;
+
+  bool IsUnpadded(std::int32_t width) const { return step == width * static_cast<std::int64_t>(sizeof(T)); }
 };
 template <class T>
 Rows(T*, std::ptrdiff_t) -> Rows<T>;
 
 // Calls kernel(count, row of every image) for each row from the top; images that all lie without padding between their
-// rows are one long row.
+// rows are one long row. The kernel gets its rows as plain memory, since their elements may be misaligned.
 template <class Kernel, class... T>
 inline void ForEachRow(RegionSize size, Kernel kernel, Rows<T>... images) {
   auto count = static_cast<std::size_t>(size.width);
-  if (((images.step == std::int64_t{size.width} * static_cast<std::int64_t>(sizeof(T))) && ...)) {
+  if ((images.IsUnpadded(size.width) && ...)) {
     count *= static_cast<std::size_t>(size.height);
     size.height = 1;
   }
-  for (std::int32_t y = 0; y < size.height; ++y) kernel(count, Row(images.first, images.step, y)...);
+  for (std::int32_t y = 0; y < size.height; ++y) {
+    kernel(count, static_cast<std::conditional_t<std::is_const_v<T>, const void, void>*>(
+                      Row(images.first, images.step, y))...);
+  }
 }
 
 inline const std::uint8_t* BytesAt(const void* row, std::size_t offset) {
@@ -38,8 +45,8 @@ inline std::uint8_t* BytesAt(void* row, std::size_t offset) { return static_cast
 
 // dst[x] = op(sources[x]...) for a row of T. The operation takes and gives lanes as well as single pixels. The
 // destination may be one of the sources.
-template <class T, class Op, class... Sources>
-inline void MapRow(Op op, std::size_t count, void* dst, const Sources*... sources) {
+template <class T, class Op, std::convertible_to<const void*>... Sources>
+inline void MapRow(Op op, std::size_t count, void* dst, Sources... sources) {
   using V = Lanes<T, 16 / sizeof(T)>;
   constexpr int kUnrolled = 4;
   const std::size_t bytes = count * sizeof(T);

@@ -52,49 +52,50 @@ inline void CopyBlock(const std::uint8_t* src, std::uint8_t* dst, std::size_t by
 // Copies `count` pixels as a loop from left to right does: a destination that starts inside the source row repeats
 // pixels, every other overlap reads each pixel before it is overwritten.
 template <class T>
-inline void CopyRow(const Unaligned<T>* src, Unaligned<T>* dst, std::size_t count) {
+inline void CopyRow(const void* src, void* dst, std::size_t count) {
   const std::size_t bytes = count * sizeof(T);
   const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(dst) - reinterpret_cast<std::uintptr_t>(src);
   if (ahead == 0) return;
   if (ahead >= bytes) {
     CopyBlock(BytesAt(src, 0), BytesAt(dst, 0), bytes);
   } else {
-    for (std::size_t x = 0; x < count; ++x) dst[x] = src[x];
+    for (std::size_t at = 0; at < bytes; at += sizeof(T)) StoreLanes(BytesAt(dst, at), LoadLanes<T>(BytesAt(src, at)));
   }
 }
 
 template <class T>
 inline void CopyRows(const T* src, std::ptrdiff_t srcStep, T* dst, std::ptrdiff_t dstStep, RegionSize size) {
   ForEachRow(
-      size, [](std::size_t count, const Unaligned<T>* from, Unaligned<T>* to) { CopyRow<T>(from, to, count); },
-      Rows{src, srcStep}, Rows{dst, dstStep});
+      size, [](std::size_t count, const void* from, void* to) { CopyRow<T>(from, to, count); }, Rows{src, srcStep},
+      Rows{dst, dstStep});
 }
 
 template <class T>
-inline void FillRow(T value, Unaligned<T>* dst, std::size_t count) {
-  constexpr std::size_t kLanes = 16 / sizeof(T);
-  const auto values = Lanes<T, kLanes>{} + value;
-  if (count < kLanes) {
+inline void FillRow(T value, void* row, std::size_t count) {
+  const auto values = Lanes<T, 16 / sizeof(T)>{} + value;
+  const std::size_t bytes = count * sizeof(T);
+  std::uint8_t* const dst = BytesAt(row, 0);
+  if (bytes < 16) {
     std::uint8_t pattern[16];
     StoreLanes(pattern, values);
-    CopyBlock(pattern, BytesAt(dst, 0), count * sizeof(T));
+    CopyBlock(pattern, dst, bytes);
     return;
   }
-  std::size_t x = 0;
-  for (; count - x >= 4 * kLanes; x += 4 * kLanes) {
-    StoreLanes(dst + x, values);
-    StoreLanes(dst + x + kLanes, values);
-    StoreLanes(dst + x + 2 * kLanes, values);
-    StoreLanes(dst + x + 3 * kLanes, values);
+  std::size_t at = 0;
+  for (; bytes - at >= 64; at += 64) {
+    StoreLanes(dst + at, values);
+    StoreLanes(dst + at + 16, values);
+    StoreLanes(dst + at + 32, values);
+    StoreLanes(dst + at + 48, values);
   }
-  for (; count - x > kLanes; x += kLanes) StoreLanes(dst + x, values);
-  StoreLanes(dst + count - kLanes, values);
+  for (; bytes - at > 16; at += 16) StoreLanes(dst + at, values);
+  StoreLanes(dst + bytes - 16, values);
 }
 
 template <class T>
 inline void FillRows(T value, T* dst, std::ptrdiff_t dstStep, RegionSize size) {
   ForEachRow(
-      size, [value](std::size_t count, Unaligned<T>* to) { FillRow<T>(value, to, count); }, Rows{dst, dstStep});
+      size, [value](std::size_t count, void* to) { FillRow<T>(value, to, count); }, Rows{dst, dstStep});
 }
 
 }  // namespace norvala

@@ -17,8 +17,8 @@ StatusCode Check(const void* src, std::int32_t srcStep, const void* dst, std::in
 template <class T, class Op>
 void MapRows(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep, RegionSize size, Op op) {
   ForEachRow(
-      size, [op](std::size_t count, const Unaligned<T>* from, Unaligned<T>* to) { MapRow<T>(op, count, to, from); },
-      Rows{src, srcStep}, Rows{dst, dstStep});
+      size, [op](std::size_t count, const void* from, void* to) { MapRow<T>(op, count, to, from); }, Rows{src, srcStep},
+      Rows{dst, dstStep});
 }
 
 StatusCode Copy32(const BW32* src, std::int32_t srcStep, BW32* dst, std::int32_t dstStep, RegionSize size) {
