@@ -171,13 +171,162 @@ NORVALA_API int32_t NORVALA_CALL Norvala_CopyReplicateBorderFLOAT32(FLOAT32* ima
                                                                     int32_t outerHeight, int32_t top, int32_t left);
 /** @} */
 
-/* ---- Type conversions ---- */
+/** @name Type conversions
+ *  From a source image into a separate destination image. Steps must hold a whole row.
+ *  @{ */
+/** Converts float pixels to 8 bits with saturation. Values of 255 and above, infinity included, give 255; zero,
+ *  negative values and NaN give 0; everything between is rounded.
+ *  @param src      first source pixel
+ *  @param srcStep  source row step in bytes, at least 1
+ *  @param dst      first destination pixel
+ *  @param dstStep  destination row step in bytes, at least 1
+ *  @param width    pixels in a row, at least 1
+ *  @param height   rows, at least 1
+ *  @param rounding 1: to the nearest integer, halves to the even one (2.5 gives 2, 3.5 gives 4); any other value:
+ *                  towards zero
+ *  @return 0, or -1 when a pointer is null, or a size or step is below 1 */
+NORVALA_API int32_t NORVALA_CALL Norvala_ConvertFLOAT32toBW8(const FLOAT32* src, int32_t srcStep, BW8* dst,
+                                                             int32_t dstStep, int32_t width, int32_t height,
+                                                             int32_t rounding);
+/** Converts float pixels to unsigned 16 bits, saturating at 65535; otherwise as Norvala_ConvertFLOAT32toBW8. */
+NORVALA_API int32_t NORVALA_CALL Norvala_ConvertFLOAT32toBW16(const FLOAT32* src, int32_t srcStep, BW16* dst,
+                                                              int32_t dstStep, int32_t width, int32_t height,
+                                                              int32_t rounding);
+/** Converts 8-bit pixels to floats of the same value, 0 to 255.
+ *  @param src     first source pixel
+ *  @param srcStep source row step in bytes, at least 1
+ *  @param dst     first destination pixel
+ *  @param dstStep destination row step in bytes, at least 1
+ *  @param width   pixels in a row, at least 1
+ *  @param height  rows, at least 1
+ *  @return 0, or -1 when a pointer is null, or a size or step is below 1 */
+NORVALA_API int32_t NORVALA_CALL Norvala_ConvertBW8toFLOAT32(const BW8* src, int32_t srcStep, FLOAT32* dst,
+                                                             int32_t dstStep, int32_t width, int32_t height);
+/** Widens 8-bit pixels to 16 bits, keeping their values; otherwise as Norvala_ConvertBW8toFLOAT32. */
+NORVALA_API int32_t NORVALA_CALL Norvala_ConvertBW8toBW16(const BW8* src, int32_t srcStep, BW16* dst, int32_t dstStep,
+                                                          int32_t width, int32_t height);
+/** Narrows unsigned 16-bit pixels to 8 bits: values above 255 give 255; otherwise as Norvala_ConvertBW8toFLOAT32. */
+NORVALA_API int32_t NORVALA_CALL Norvala_ConvertBW16ToBW8(const BW16* src, int32_t srcStep, BW8* dst, int32_t dstStep,
+                                                          int32_t width, int32_t height);
+/** Widens unsigned 16-bit pixels to 32 bits, keeping their values; otherwise as Norvala_ConvertBW8toFLOAT32. */
+NORVALA_API int32_t NORVALA_CALL Norvala_ConvertBW16toBW32(const BW16* src, int32_t srcStep, BW32* dst, int32_t dstStep,
+                                                           int32_t width, int32_t height);
+/** @} */
 
-/* ---- Logical and shift operations ---- */
+/** @name Logical and shift operations
+ *  @{ */
+/** Bitwise AND of two images: dst = src1 & src2. The destination may be one of the sources.
+ *  @param src1     first pixel of the first source
+ *  @param src1Step its row step in bytes, at least 1
+ *  @param src2     first pixel of the second source
+ *  @param src2Step its row step in bytes, at least 1
+ *  @param dst      first destination pixel
+ *  @param dstStep  destination row step in bytes, at least 1
+ *  @param width    pixels in a row, at least 1
+ *  @param height   rows, at least 1
+ *  @return 0, or -1 when a pointer is null, or a size or step is below 1 */
+NORVALA_API int32_t NORVALA_CALL Norvala_AndBW32(const BW32* src1, int32_t src1Step, const BW32* src2, int32_t src2Step,
+                                                 BW32* dst, int32_t dstStep, int32_t width, int32_t height);
+/** Bitwise OR of two images: dst = src1 | src2; otherwise as Norvala_AndBW32. */
+NORVALA_API int32_t NORVALA_CALL Norvala_OrBW32(const BW32* src1, int32_t src1Step, const BW32* src2, int32_t src2Step,
+                                                BW32* dst, int32_t dstStep, int32_t width, int32_t height);
+/** Bitwise AND of an image with a constant, in place.
+ *  @param constant the bits to keep in every pixel
+ *  @param image    first pixel
+ *  @param step     row step in bytes, at least 1
+ *  @param width    pixels in a row, at least 1
+ *  @param height   rows, at least 1
+ *  @return 0, or -1 when the pointer is null, or a size or the step is below 1 */
+NORVALA_API int32_t NORVALA_CALL Norvala_AndCBW16(BW16 constant, BW16* image, int32_t step, int32_t width,
+                                                  int32_t height);
+/** Shifts unsigned 16-bit pixels to the right, in place, with zeros shifted in.
+ *  @param count  bits to shift by: 0 leaves the image as it is, more than 15 make every pixel 0
+ *  @param image  first pixel
+ *  @param step   row step in bytes, at least 1
+ *  @param width  pixels in a row, at least 1
+ *  @param height rows, at least 1
+ *  @return 0, or -1 when the pointer is null, or a size or the step is below 1 */
+NORVALA_API int32_t NORVALA_CALL Norvala_RShiftCBW16(uint32_t count, BW16* image, int32_t step, int32_t width,
+                                                     int32_t height);
+/** Shifts 32-bit pixels to the right as signed numbers, in place: copies of the sign bit are shifted in, and a count
+ *  above 31 leaves -1 where the pixel was negative and 0 elsewhere; otherwise as Norvala_RShiftCBW16. */
+NORVALA_API int32_t NORVALA_CALL Norvala_RShiftCBW32(uint32_t count, BW32* image, int32_t step, int32_t width,
+                                                     int32_t height);
+/** Shifts 32-bit pixels to the left, in place, with zeros shifted in; a count above 31 makes every pixel 0; otherwise
+ * as Norvala_RShiftCBW16. */
+NORVALA_API int32_t NORVALA_CALL Norvala_LShiftCBW32(uint32_t count, BW32* image, int32_t step, int32_t width,
+                                                     int32_t height);
+/** @} */
 
-/* ---- Arithmetic and statistics ---- */
+/** @name Arithmetic and statistics
+ *  @{ */
+/** Adds an image to another in place: srcDst = srcDst + src, each sum rounded to a float. Steps are not checked: zero
+ *  and negative steps are used as given.
+ *  @param src        first pixel to add
+ *  @param srcStep    its row step in bytes
+ *  @param srcDst     first pixel that is added to; may be `src` itself
+ *  @param srcDstStep its row step in bytes
+ *  @param width      pixels in a row, at least 1
+ *  @param height     rows, at least 1
+ *  @return 0, or -1 when a pointer is null or a size is below 1 */
+NORVALA_API int32_t NORVALA_CALL Norvala_AddFLOAT32_C1IR(const FLOAT32* src, int32_t srcStep, FLOAT32* srcDst,
+                                                         int32_t srcDstStep, int32_t width, int32_t height);
+/** Divides an image by a constant in place, as a product with the constant's reciprocal rounded to a float. It can
+ *  differ from the true quotient in the last bit.
+ *  @param divisor neither 0 nor NaN
+ *  @param image   first pixel
+ *  @param step    row step in bytes, at least 1
+ *  @param width   pixels in a row, at least 1
+ *  @param height  rows, at least 1
+ *  @return 0, or -1 when the pointer is null, a size or the step is below 1, or the divisor is 0, -0 or NaN */
+NORVALA_API int32_t NORVALA_CALL Norvala_DivCFLOAT32_C1IR(FLOAT32 divisor, FLOAT32* image, int32_t step, int32_t width,
+                                                          int32_t height);
+/** Mean of 8-bit pixels.
+ *  @param src    first pixel
+ *  @param step   row step in bytes, at least 1
+ *  @param width  pixels in a row, at least 1; rows of more than 8421504 pixels can overflow their sum
+ *  @param height rows, at least 1; the number of pixels is counted in a signed 32-bit integer, which wraps
+ *  @param mean   receives the mean, 0 to 255; not written on failure
+ *  @return 0, or -1 when a pointer is null, or a size or the step is below 1 */
+NORVALA_API int32_t NORVALA_CALL Norvala_MeanBW8_C1R(const BW8* src, int32_t step, int32_t width, int32_t height,
+                                                     FLOAT64* mean);
+/** Mean of float pixels, summed in double precision in two fixed sequences: pixels in even and in odd columns.
+ *  @param src    first pixel
+ *  @param step   row step in bytes, at least 1
+ *  @param width  pixels in a row, at least 1
+ *  @param height rows, at least 1; the number of pixels is counted in a signed 32-bit integer, which wraps
+ *  @param mean   receives the mean; not written on failure
+ *  @param hint   ignored
+ *  @return 0, or -1 when a pointer is null, or a size or the step is below 1 */
+NORVALA_API int32_t NORVALA_CALL Norvala_MeanFLOAT32_C1R(const FLOAT32* src, int32_t step, int32_t width,
+                                                         int32_t height, FLOAT64* mean, int32_t hint);
+/** Largest 8-bit pixel and where it lies. Among equals the topmost counts, and in its row the leftmost.
+ *  @param src     first pixel
+ *  @param step    row step in bytes, at least 1
+ *  @param width   pixels in a row, at least 1
+ *  @param height  rows, at least 1
+ *  @param maximum receives the largest pixel; not written on failure, like the two others
+ *  @param column  receives its column, counted from 0
+ *  @param row     receives its row, counted from 0
+ *  @return 0, or -1 when a pointer is null, or a size or the step is below 1 */
+NORVALA_API int32_t NORVALA_CALL Norvala_MaxIndx_BW8(const BW8* src, int32_t step, int32_t width, int32_t height,
+                                                     BW8* maximum, int32_t* column, int32_t* row);
+/** @} */
 
-/* ---- Colour to grey ---- */
+/** @name Colour to grey
+ *  @{ */
+/** Grey from interleaved colour: (1225 * red + 2404 * green + 467 * blue) / 4096, truncated; the luma weights of ITU-R
+ *  BT.601 in 12 bits. Steps are not checked: zero and negative steps are used as given.
+ *  @param src     first source pixel: three bytes a pixel, in the order red, green, blue
+ *  @param srcStep source row step in bytes
+ *  @param dst     first destination pixel, one byte a pixel
+ *  @param dstStep destination row step in bytes
+ *  @param width   pixels in a row, at least 1
+ *  @param height  rows, at least 1
+ *  @return 0, or -1 when a pointer is null or a size is below 1 */
+NORVALA_API int32_t NORVALA_CALL Norvala_RGBToGray_BW8_C3C1R(const BW8* src, int32_t srcStep, BW8* dst, int32_t dstStep,
+                                                             int32_t width, int32_t height);
+/** @} */
 
 /** @name Separable filters
  *  Convolution of a one-channel image with a one-dimensional kernel, along rows or along columns. Running one after the
@@ -384,7 +533,24 @@ NORVALA_API int32_t NORVALA_CALL Norvala_FilterGauss(const BW8* src, int32_t src
 
 /* ---- Pyramid layers ---- */
 
-/* ---- 2x2 down-sampling ---- */
+/** @name 2x2 down-sampling
+ *  @{ */
+/** Halves an 8-bit plane in both directions, as a JPEG encoder does with chroma planes: each destination pixel is the
+ *  mean of a block of 2x2 source pixels, (a + b + c + d + 3) / 4, any fraction rounded up.
+ *  @param src       first source pixel; 2 * `dstWidth` columns and 2 * `dstHeight` rows are read, which is not checked
+ *                   against the source size
+ *  @param srcStep   source row step in bytes, at least 1
+ *  @param srcWidth  pixels in a source row, at least 1; not used otherwise
+ *  @param srcHeight source rows, at least 1; not used otherwise
+ *  @param dst       first destination pixel
+ *  @param dstStep   destination row step in bytes, at least 1
+ *  @param dstWidth  pixels in a destination row, at least 1
+ *  @param dstHeight destination rows, at least 1
+ *  @return 0, or -1 when a pointer is null, or a size or step is below 1 */
+NORVALA_API int32_t NORVALA_CALL Norvala_SampleDownH2V2_JPEGBW8(const BW8* src, int32_t srcStep, int32_t srcWidth,
+                                                                int32_t srcHeight, BW8* dst, int32_t dstStep,
+                                                                int32_t dstWidth, int32_t dstHeight);
+/** @} */
 
 /* ---- Affine warp ---- */
 

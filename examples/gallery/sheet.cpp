@@ -32,8 +32,9 @@ std::string Escape(const std::string& text) {
 
 Plane<BW8> MakeGrey(const Library& library, const Picture& photo) {
   Plane<BW8> grey(library, photo.width, photo.height);
-  for (int y = 0; y < photo.height; ++y) {
-    for (int x = 0; x < photo.width; ++x) grey.row(y)[x] = photo.at(x, y)[1];
+  const auto convert = library.Function<decltype(Norvala_RGBToGray_BW8_C3C1R)>("Norvala_RGBToGray_BW8_C3C1R");
+  if (convert(photo.at(0, 0), 3 * photo.width, grey.data(), grey.step(), photo.width, photo.height) != 0) {
+    throw std::runtime_error("Norvala_RGBToGray_BW8_C3C1R failed");
   }
   return grey;
 }

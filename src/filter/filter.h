@@ -69,4 +69,9 @@ inline constexpr PrimitiveTable kFilterGauss{FilterGauss};
 
 // ---- 2x2 down-sampling ----
 
+StatusCode SampleDownH2V2_JPEGBW8(const BW8* src, std::int32_t srcStep, RegionSize srcSize, BW8* dst,
+                                  std::int32_t dstStep, RegionSize dstSize);
+
+inline constexpr PrimitiveTable kSampleDownH2V2_JPEGBW8{SampleDownH2V2_JPEGBW8};
+
 }  // namespace norvala

@@ -81,5 +81,11 @@ inline T Opaque(T value) {
   volatile T hidden = value;
   return hidden;
 }
+// The lanes at even places of `a`, then those of `b`: on a little-endian processor the low halves of lanes twice as
+// wide.
+inline U8x16 EvenLanes(U8x16 a, U8x16 b) {
+  return __builtin_shufflevector(a, b, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+}
+inline U16x8 EvenLanes(U16x8 a, U16x8 b) { return __builtin_shufflevector(a, b, 0, 2, 4, 6, 8, 10, 12, 14); }
 
 }  // namespace norvala

@@ -2,55 +2,100 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
+#include "frame/lanes.h"
 #include "frame/types.h"
+#include "pixel/map_rows.h"
 
-// Moving and filling whole rows of pixels as bit patterns.
+// Moving and filling whole rows of pixels as bit patterns. The runtime's block routines are not used: several of them
+// hand rows of a few kilobytes to string-move instructions, which run many times slower than plain loads and stores
+// when source and destination lie at the same place of their pages, as the rows of two images often do.
 
 namespace norvala {
+
+// Copies the first and the last sizeof(V) bytes of a block, which may share bytes.
+template <class V>
+inline void CopyEnds(const std::uint8_t* src, std::uint8_t* dst, std::size_t bytes) {
+  const auto first = LoadLanes<V>(src);
+  const auto last = LoadLanes<V>(src + bytes - sizeof(V));
+  StoreLanes(dst, first);
+  StoreLanes(dst + bytes - sizeof(V), last);
+}
+
+// Copies a block. What is written early is never read later as long as the destination does not start inside the
+// source: it may overlap it from below.
+inline void CopyBlock(const std::uint8_t* src, std::uint8_t* dst, std::size_t bytes) {
+  if (bytes >= 16) {
+    const auto last = LoadLanes<U8x16>(src + bytes - 16);
+    std::size_t at = 0;
+    for (; bytes - at >= 64; at += 64) {
+      const auto a = LoadLanes<U8x16>(src + at);
+      const auto b = LoadLanes<U8x16>(src + at + 16);
+      const auto c = LoadLanes<U8x16>(src + at + 32);
+      const auto d = LoadLanes<U8x16>(src + at + 48);
+      StoreLanes(dst + at, a);
+      StoreLanes(dst + at + 16, b);
+      StoreLanes(dst + at + 32, c);
+      StoreLanes(dst + at + 48, d);
+    }
+    for (; bytes - at > 16; at += 16) StoreLanes(dst + at, LoadLanes<U8x16>(src + at));
+    StoreLanes(dst + bytes - 16, last);
+  } else if (bytes >= 8) {
+    CopyEnds<std::uint64_t>(src, dst, bytes);
+  } else if (bytes >= 4) {
+    CopyEnds<std::uint32_t>(src, dst, bytes);
+  } else {
+    for (std::size_t i = 0; i < bytes; ++i) dst[i] = src[i];
+  }
+}
 
 // Copies `count` pixels as a loop from left to right does: a destination that starts inside the source row repeats
 // pixels, every other overlap reads each pixel before it is overwritten.
 template <class T>
-inline void CopyRow(const Unaligned<T>* src, Unaligned<T>* dst, std::size_t count) {
+inline void CopyRow(const void* src, void* dst, std::size_t count) {
   const std::size_t bytes = count * sizeof(T);
   const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(dst) - reinterpret_cast<std::uintptr_t>(src);
-  const std::uintptr_t behind = 0 - ahead;
-  if (ahead >= bytes && behind >= bytes) {
-    std::memcpy(dst, src, bytes);
-  } else if (ahead >= bytes) {
-    std::memmove(dst, src, bytes);
+  if (ahead == 0) return;
+  if (ahead >= bytes) {
+    CopyBlock(BytesAt(src, 0), BytesAt(dst, 0), bytes);
   } else {
-    for (std::size_t x = 0; x < count; ++x) dst[x] = src[x];
+    for (std::size_t at = 0; at < bytes; at += sizeof(T)) StoreLanes(BytesAt(dst, at), LoadLanes<T>(BytesAt(src, at)));
   }
 }
 
 template <class T>
 inline void CopyRows(const T* src, std::ptrdiff_t srcStep, T* dst, std::ptrdiff_t dstStep, RegionSize size) {
-  auto count = static_cast<std::size_t>(size.width);
-  const std::int64_t payload = static_cast<std::int64_t>(size.width) * static_cast<std::int64_t>(sizeof(T));
-  if (srcStep == payload && dstStep == payload) {
-    count *= static_cast<std::size_t>(size.height);
-    size.height = 1;
-  }
-  for (std::int32_t y = 0; y < size.height; ++y) CopyRow<T>(Row(src, srcStep, y), Row(dst, dstStep, y), count);
+  ForEachRow(
+      size, [](std::size_t count, const void* from, void* to) { CopyRow<T>(from, to, count); }, Rows{src, srcStep},
+      Rows{dst, dstStep});
 }
 
 template <class T>
-inline void FillRow(T value, Unaligned<T>* dst, std::size_t count) {
-  if constexpr (sizeof(T) == 1) {
-    std::memset(dst, value, count);
-  } else {
-    for (std::size_t x = 0; x < count; ++x) dst[x] = value;
+inline void FillRow(T value, void* row, std::size_t count) {
+  const auto values = Lanes<T, 16 / sizeof(T)>{} + value;
+  const std::size_t bytes = count * sizeof(T);
+  std::uint8_t* const dst = BytesAt(row, 0);
+  if (bytes < 16) {
+    std::uint8_t pattern[16];
+    StoreLanes(pattern, values);
+    CopyBlock(pattern, dst, bytes);
+    return;
   }
+  std::size_t at = 0;
+  for (; bytes - at >= 64; at += 64) {
+    StoreLanes(dst + at, values);
+    StoreLanes(dst + at + 16, values);
+    StoreLanes(dst + at + 32, values);
+    StoreLanes(dst + at + 48, values);
+  }
+  for (; bytes - at > 16; at += 16) StoreLanes(dst + at, values);
+  StoreLanes(dst + bytes - 16, values);
 }
 
 template <class T>
 inline void FillRows(T value, T* dst, std::ptrdiff_t dstStep, RegionSize size) {
-  for (std::int32_t y = 0; y < size.height; ++y) {
-    FillRow<T>(value, Row(dst, dstStep, y), static_cast<std::size_t>(size.width));
-  }
+  ForEachRow(
+      size, [value](std::size_t count, void* to) { FillRow<T>(value, to, count); }, Rows{dst, dstStep});
 }
 
 }  // namespace norvala

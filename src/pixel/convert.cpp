@@ -1,0 +1,113 @@
+#include "frame/lanes.h"
+#include "pixel/map_rows.h"
+#include "pixel/pixel.h"
+
+namespace norvala {
+namespace {
+
+template <class S, class D, class Kernel>
+StatusCode Convert(const S* src, std::int32_t srcStep, D* dst, std::int32_t dstStep, RegionSize size, Kernel kernel) {
+  if (src == nullptr || dst == nullptr) return StatusCode::NullPointer;
+  if (IsEmpty(size)) return StatusCode::NonPositiveSize;
+  if (srcStep < 1 || dstStep < 1) return StatusCode::NonPositiveStep;
+  ForEachRow(size, kernel, Rows{src, srcStep}, Rows{dst, dstStep});
+  return StatusCode::Success;
+}
+
+// The integer in the lowest bits of each lane, saturated at `limit` = 2^n - 1; bits above these n are undefined.
+template <bool kRound>
+inline U32x4 Saturate(F32x4 x, float limit) {
+  const I32x4 above = x >= limit;
+  const I32x4 positive = BitCastLanes<I32x4>(x) & (x > 0.0F);  // NaN becomes 0
+  if constexpr (kRound) {
+    // This sum has no room for fractions: it rounds half to even, and its low bits hold the integer.
+    return BitCastLanes<U32x4>(BitCastLanes<I32x4>(BitCastLanes<F32x4>(positive) + 8388608.0F) | above);
+  } else {
+    return BitCastLanes<U32x4>(ConvertLanes<I32x4>(BitCastLanes<F32x4>(positive & ~above)) | above);
+  }
+}
+
+// The lowest 16 bits of consecutive groups of lanes, side by side.
+inline U16x8 PackWords(U32x4 a, U32x4 b) { return EvenLanes(BitCastLanes<U16x8>(a), BitCastLanes<U16x8>(b)); }
+
+// The lowest 8 bits of consecutive groups of lanes, side by side. The first step keeps bytes 0 and 2 of each lane, the
+// second only byte 0: two narrowings by single bytes cost less than one of 16-bit lanes.
+inline U8x16 EvenBytes(U32x4 a, U32x4 b) { return EvenLanes(BitCastLanes<U8x16>(a), BitCastLanes<U8x16>(b)); }
+inline U8x16 PackBytes(U32x4 a, U32x4 b, U32x4 c, U32x4 d) { return EvenLanes(EvenBytes(a, b), EvenBytes(c, d)); }
+
+template <bool kRound>
+void FloatRowToBytes(std::size_t count, const void* srcRow, void* dstRow) {
+  const Unaligned<FLOAT32>* const src = static_cast<const Unaligned<FLOAT32>*>(srcRow);
+  Unaligned<BW8>* const dst = static_cast<Unaligned<BW8>*>(dstRow);
+  const auto saturate = [src](std::size_t x) { return Saturate<kRound>(LoadLanes<F32x4>(src + x), 255.0F); };
+  std::size_t x = 0;
+  for (; count - x >= 16; x += 16) {
+    StoreLanes(dst + x, PackBytes(saturate(x), saturate(x + 4), saturate(x + 8), saturate(x + 12)));
+  }
+  for (; x < count; ++x) dst[x] = static_cast<BW8>(Saturate<kRound>(F32x4{src[x]}, 255.0F)[0]);
+}
+
+template <bool kRound>
+void FloatRowToWords(std::size_t count, const void* srcRow, void* dstRow) {
+  const Unaligned<FLOAT32>* const src = static_cast<const Unaligned<FLOAT32>*>(srcRow);
+  Unaligned<BW16>* const dst = static_cast<Unaligned<BW16>*>(dstRow);
+  const auto saturate = [src](std::size_t x) { return Saturate<kRound>(LoadLanes<F32x4>(src + x), 65535.0F); };
+  std::size_t x = 0;
+  for (; count - x >= 8; x += 8) StoreLanes(dst + x, PackWords(saturate(x), saturate(x + 4)));
+  for (; x < count; ++x) dst[x] = static_cast<BW16>(Saturate<kRound>(F32x4{src[x]}, 65535.0F)[0]);
+}
+
+template <class S, class D>
+void WidenRow(std::size_t count, const void* srcRow, void* dstRow) {
+  const Unaligned<S>* const src = static_cast<const Unaligned<S>*>(srcRow);
+  Unaligned<D>* const dst = static_cast<Unaligned<D>*>(dstRow);
+  for (std::size_t x = 0; x < count; ++x) dst[x] = src[x];
+}
+
+void WordRowToBytes(std::size_t count, const void* srcRow, void* dstRow) {
+  const Unaligned<BW16>* const src = static_cast<const Unaligned<BW16>*>(srcRow);
+  Unaligned<BW8>* const dst = static_cast<Unaligned<BW8>*>(dstRow);
+  // All ones in the low byte where the high one is not 0.
+  const auto saturate = [src](std::size_t x) {
+    const auto v = LoadLanes<U16x8>(src + x);
+    return BitCastLanes<U8x16>(BitCastLanes<I16x8>(v) | (BitCastLanes<I16x8>(v >> 8) > 0));
+  };
+  std::size_t x = 0;
+  for (; count - x >= 16; x += 16) StoreLanes(dst + x, EvenLanes(saturate(x), saturate(x + 8)));
+  for (; x < count; ++x) dst[x] = static_cast<BW8>(src[x] < 255 ? src[x] : 255);
+}
+
+constexpr std::int32_t kRoundHalfToEven = 1;
+
+}  // namespace
+
+StatusCode ConvertFLOAT32toBW8(const FLOAT32* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep,
+                               RegionSize size, std::int32_t rounding) {
+  return Convert(src, srcStep, dst, dstStep, size,
+                 rounding == kRoundHalfToEven ? FloatRowToBytes<true> : FloatRowToBytes<false>);
+}
+
+StatusCode ConvertFLOAT32toBW16(const FLOAT32* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep,
+                                RegionSize size, std::int32_t rounding) {
+  return Convert(src, srcStep, dst, dstStep, size,
+                 rounding == kRoundHalfToEven ? FloatRowToWords<true> : FloatRowToWords<false>);
+}
+
+StatusCode ConvertBW8toFLOAT32(const BW8* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
+                               RegionSize size) {
+  return Convert(src, srcStep, dst, dstStep, size, WidenRow<BW8, FLOAT32>);
+}
+
+StatusCode ConvertBW8toBW16(const BW8* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size) {
+  return Convert(src, srcStep, dst, dstStep, size, WidenRow<BW8, BW16>);
+}
+
+StatusCode ConvertBW16ToBW8(const BW16* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size) {
+  return Convert(src, srcStep, dst, dstStep, size, WordRowToBytes);
+}
+
+StatusCode ConvertBW16toBW32(const BW16* src, std::int32_t srcStep, BW32* dst, std::int32_t dstStep, RegionSize size) {
+  return Convert(src, srcStep, dst, dstStep, size, WidenRow<BW16, BW32>);
+}
+
+}  // namespace norvala

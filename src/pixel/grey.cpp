@@ -1,0 +1,115 @@
+#include "frame/lanes.h"
+#include "pixel/map_rows.h"
+#include "pixel/pixel.h"
+
+namespace norvala {
+namespace {
+
+constexpr int kFractionBits = 12;
+
+// Multiples of 1/4096.
+struct Weights {
+  std::uint32_t red;
+  std::uint32_t green;
+  std::uint32_t blue;
+};
+
+// The luma weights of ITU-R BT.601. Their sum is 4096, so that grey pixels keep their value.
+constexpr Weights kLuma = {1225, 2404, 467};
+
+inline BW8 Weigh(const Unaligned<BW8>* pixel, const Weights& weights) {
+  return static_cast<BW8>((pixel[0] * weights.red + pixel[1] * weights.green + pixel[2] * weights.blue) >>
+                          kFractionBits);
+}
+
+// The low and the high half of the bytes, each widened.
+inline U16x8 WidenLow(U8x16 v) {
+  return BitCastLanes<U16x8>(
+      __builtin_shufflevector(v, U8x16{}, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23));
+}
+inline U16x8 WidenHigh(U8x16 v) {
+  return BitCastLanes<U16x8>(
+      __builtin_shufflevector(v, U8x16{}, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31));
+}
+
+// A perfect shuffle of 48 bytes: the first half goes to the even places, the second half to the odd ones. Four of them
+// bring interleaved pixels to planes, because 3 * 2^4 = 1 modulo 47.
+inline void Shuffle(U8x16& a, U8x16& b, U8x16& c) {
+  const U8x16 evenLow = __builtin_shufflevector(a, b, 0, 24, 1, 25, 2, 26, 3, 27, 4, 28, 5, 29, 6, 30, 7, 31);
+  const U8x16 evenMiddle = __builtin_shufflevector(a, c, 8, 16, 9, 17, 10, 18, 11, 19, 12, 20, 13, 21, 14, 22, 15, 23);
+  const U8x16 evenHigh = __builtin_shufflevector(b, c, 0, 24, 1, 25, 2, 26, 3, 27, 4, 28, 5, 29, 6, 30, 7, 31);
+  a = evenLow;
+  b = evenMiddle;
+  c = evenHigh;
+}
+
+// The grey values times 256, for weights whose sum is at most 4096. With every weight split into 16 * high + low,
+// floor(sum / 16) = sum of high * c + floor(sum of low * c / 16), and no step exceeds 16 bits.
+class LaneWeights {
+ public:
+  explicit LaneWeights(const Weights& weights)
+      : high_{Splat(weights.red >> 4), Splat(weights.green >> 4), Splat(weights.blue >> 4)},
+        low_{Splat(weights.red & 15), Splat(weights.green & 15), Splat(weights.blue & 15)} {}
+
+  U16x8 Sum(U16x8 red, U16x8 green, U16x8 blue) const {
+    return red * high_[0] + green * high_[1] + blue * high_[2] +
+           ((red * low_[0] + green * low_[1] + blue * low_[2]) >> 4);
+  }
+
+ private:
+  static U16x8 Splat(std::uint32_t value) { return U16x8{} + static_cast<std::uint16_t>(value); }
+
+  U16x8 high_[3];
+  U16x8 low_[3];
+};
+
+void GreyRow(std::size_t count, const Unaligned<BW8>* src, Unaligned<BW8>* dst, const Weights& weights) {
+  std::size_t x = 0;
+  const std::uint64_t sum = std::uint64_t{weights.red} + weights.green + weights.blue;
+  if (sum <= std::uint64_t{1} << kFractionBits) {
+    const LaneWeights lanes(weights);
+    for (; count - x >= 16; x += 16) {
+      auto a = LoadLanes<U8x16>(src + 3 * x);
+      auto b = LoadLanes<U8x16>(src + 3 * x + 16);
+      auto c = LoadLanes<U8x16>(src + 3 * x + 32);
+      Shuffle(a, b, c);
+      Shuffle(a, b, c);
+      Shuffle(a, b, c);
+      // One shuffle short: the halves in turn are red, green and blue of the even pixels, then of the odd ones.
+      const U16x8 even = lanes.Sum(WidenLow(a), WidenHigh(a), WidenLow(b));
+      const U16x8 odd = lanes.Sum(WidenHigh(b), WidenLow(c), WidenHigh(c));
+      StoreLanes(dst + x, (even >> 8) | (odd & 0xFF00));
+    }
+  }
+  for (; x < count; ++x) dst[x] = Weigh(src + 3 * x, weights);
+}
+
+StatusCode ToGrey(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size,
+                  const Weights& weights) {
+  if (src == nullptr || dst == nullptr) return StatusCode::NullPointer;
+  if (IsEmpty(size)) return StatusCode::NonPositiveSize;
+  for (std::int32_t y = 0; y < size.height; ++y) {
+    GreyRow(static_cast<std::size_t>(size.width), Row(src, srcStep, y), Row(dst, dstStep, y), weights);
+  }
+  return StatusCode::Success;
+}
+
+// NaN gives 0, and what 32 bits do not hold the nearest end of their range.
+std::uint32_t Scale(FLOAT32 weight) {
+  const FLOAT64 scaled = static_cast<FLOAT64>(weight) * (1 << kFractionBits) + 0.5;
+  if (!(scaled > -2147483648.0)) return scaled <= -2147483648.0 ? 0x80000000U : 0U;
+  return static_cast<std::uint32_t>(scaled < 2147483647.0 ? static_cast<std::int32_t>(scaled) : 2147483647);
+}
+
+}  // namespace
+
+StatusCode RGBToGray_BW8_C3C1R(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size) {
+  return ToGrey(src, srcStep, dst, dstStep, size, kLuma);
+}
+
+StatusCode WeighToGray_BW8_C3C1R(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size,
+                                 const FLOAT32 (&weights)[3]) {
+  return ToGrey(src, srcStep, dst, dstStep, size, {Scale(weights[0]), Scale(weights[1]), Scale(weights[2])});
+}
+
+}  // namespace norvala

@@ -1,0 +1,109 @@
+#include <algorithm>
+
+#include "frame/lanes.h"
+#include "pixel/map_rows.h"
+#include "pixel/pixel.h"
+
+namespace norvala {
+namespace {
+
+StatusCode CheckMean(const void* src, std::int32_t step, RegionSize size, const FLOAT64* mean) {
+  if (mean == nullptr || src == nullptr) return StatusCode::NullPointer;
+  if (step < 1) return StatusCode::NonPositiveStep;
+  if (IsEmpty(size)) return StatusCode::NonPositiveSize;
+  return StatusCode::Success;
+}
+
+// The pixel count as the mean divides by it: a signed 32-bit product that wraps.
+FLOAT64 PixelCount(RegionSize size) {
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(size.width) * static_cast<std::uint32_t>(size.height));
+}
+
+// Sum of a row modulo 2^32.
+std::uint32_t SumRow(std::size_t count, const Unaligned<BW8>* row) {
+  // Lanes of 16 bits hold the sums of this many bytes each.
+  constexpr std::size_t kBlock = 256;
+  U32x4 sums{};
+  std::size_t x = 0;
+  while (count - x >= 16) {
+    const std::size_t end = x + 16 * std::min(kBlock, (count - x) / 16);
+    U16x8 pairs{};  // low byte + 256 * high byte, modulo 2^16
+    U16x8 high{};
+    for (; x < end; x += 16) {
+      const auto v = LoadLanes<U16x8>(row + x);
+      pairs += v;
+      high += v >> 8;
+    }
+    const auto low = BitCastLanes<U32x4>(pairs - (high << 8));
+    const auto odd = BitCastLanes<U32x4>(high);
+    sums += (low & 0xFFFFU) + (low >> 16) + (odd & 0xFFFFU) + (odd >> 16);
+  }
+  std::uint32_t sum = sums[0] + sums[1] + sums[2] + sums[3];
+  for (; x < count; ++x) sum += row[x];
+  return sum;
+}
+
+BW8 MaxOfRow(std::size_t count, const Unaligned<BW8>* row) {
+  BW8 maximum = 0;
+  for (std::size_t x = 0; x < count; ++x) {
+    const BW8 pixel = row[x];
+    maximum = pixel > maximum ? pixel : maximum;
+  }
+  return maximum;
+}
+
+}  // namespace
+
+StatusCode MeanBW8_C1R(const BW8* src, std::int32_t step, RegionSize size, FLOAT64* mean) {
+  const StatusCode status = CheckMean(src, step, size, mean);
+  if (status != StatusCode::Success) return status;
+  FLOAT64 total = 0.0;
+  for (std::int32_t y = 0; y < size.height; ++y) {
+    total += static_cast<std::int32_t>(SumRow(static_cast<std::size_t>(size.width), Row(src, step, y)));
+  }
+  StoreLanes<FLOAT64>(mean, total / PixelCount(size));
+  return StatusCode::Success;
+}
+
+StatusCode MeanFLOAT32_C1R(const FLOAT32* src, std::int32_t step, RegionSize size, FLOAT64* mean, std::int32_t) {
+  const StatusCode status = CheckMean(src, step, size, mean);
+  if (status != StatusCode::Success) return status;
+  FLOAT64 even = 0.0;
+  FLOAT64 odd = 0.0;
+  for (std::int32_t y = 0; y < size.height; ++y) {
+    const Unaligned<const FLOAT32>* const row = Row(src, step, y);
+    std::int32_t x = 0;
+    for (; x < size.width - 1; x += 2) {
+      even += static_cast<FLOAT64>(row[x]);
+      odd += static_cast<FLOAT64>(row[x + 1]);
+    }
+    if (x < size.width) even += static_cast<FLOAT64>(row[x]);
+  }
+  StoreLanes<FLOAT64>(mean, (odd + even) / PixelCount(size));
+  return StatusCode::Success;
+}
+
+StatusCode MaxIndx_BW8(const BW8* src, std::int32_t step, RegionSize size, BW8* maximum, std::int32_t* column,
+                       std::int32_t* row) {
+  if (src == nullptr || maximum == nullptr || column == nullptr || row == nullptr) return StatusCode::NullPointer;
+  if (IsEmpty(size)) return StatusCode::NonPositiveSize;
+  if (step < 1) return StatusCode::NonPositiveStep;
+  BW8 best = *src;
+  std::int32_t bestX = 0;
+  std::int32_t bestY = 0;
+  for (std::int32_t y = 0; y < size.height && best < 255; ++y) {
+    const Unaligned<const BW8>* const pixels = Row(src, step, y);
+    const BW8 top = MaxOfRow(static_cast<std::size_t>(size.width), pixels);
+    if (top <= best) continue;
+    best = top;
+    bestX = 0;
+    while (pixels[bestX] != top) ++bestX;
+    bestY = y;
+  }
+  *maximum = best;
+  StoreLanes(column, bestX);
+  StoreLanes(row, bestY);
+  return StatusCode::Success;
+}
+
+}  // namespace norvala
