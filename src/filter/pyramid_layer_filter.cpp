@@ -34,15 +34,14 @@ void SingleProductFilter::RowSums(const std::uint16_t* __restrict padded, std::i
 
 bool SumsAreNarrow(const PyramidLayerState& state) {
   const std::int32_t size = state.kernelSize;
-  if (size / 2 + 1 > NarrowFilter<0>::kMostTerms) return false;
-  std::int32_t sum = 0;
+  std::int64_t sum = 0;
   for (std::int32_t i = 0; i < size; ++i) {
     if (state.kernel[i] < 0 || state.kernel[i] != state.kernel[size - 1 - i]) return false;
     sum += state.kernel[i];
   }
   // Row sums below 2^13 leave room for a pair of them, shifted left by 2, in 16 bits. Filtered values up to 2043 round
   // to pixels up to 255, and differ by so little that 16 times their difference fits 16 signed bits.
-  const std::int32_t largestRowSum = 255 * sum >> 8;
+  const std::int64_t largestRowSum = 255 * sum >> 8;
   if (largestRowSum >= 1 << 13) return false;
   return (largestRowSum * sum + (1 << 14)) >> 15 <= 2043;
 }

@@ -6,7 +6,6 @@
 
 #include "filter/mirror.h"
 #include "filter/pyramid_layer.h"
-#include "frame/lanes.h"
 
 // Smoothing of an image by a layer's separable kernel. A filtered image holds signed 16-bit values of 3 fractional
 // bits: a row sum drops 8 of the kernel's 13 fractional bits, a column sum of row sums rounds away 15 of the rest.
@@ -43,92 +42,73 @@ class SingleProductFilter : public WholeSumFilter {
   void RowSums(const std::uint16_t* padded, std::int32_t columns, Sum* sums) const;
 };
 
-// What WholeSumFilter computes, in 16-bit lanes, for kernels whose sums are small enough. `terms` is the number of tap
-// pairs with the centre, or 0 for a number known only at run time.
-//
-// A sum of products P is wanted shifted right by n bits. With factors scaled so that their product is P << (16 - n),
-// the high half of the product is P >> n and the low half, shifted right by 16 - n, is the rest of n bits. The rests
-// are summed on their own and carry into the sum of the high halves.
+// A sum of products P shifted right, in 16 bits. With factors scaled so that their product is P << n, the high half of
+// the product is P >> (16 - n), and the low half shifted right by n is the rest of 16 - n bits. The rests are summed on
+// their own and carry into the sum of the high halves.
+template <int n>
+struct NarrowSum {
+  std::uint16_t high = 0;
+  std::uint16_t rest = 0;
+
+  // The product stays below 2^31. It is written twice, in two types, because GCC takes each half of it with one 16-bit
+  // multiplication as long as they do not share a 32-bit one.
+  void Add(std::uint16_t value, std::uint16_t tap) {
+    high = static_cast<std::uint16_t>(high + static_cast<std::uint16_t>((std::uint32_t{value} * tap) >> 16));
+    rest = static_cast<std::uint16_t>(rest + (static_cast<std::uint16_t>(value * tap) >> n));
+  }
+  std::uint16_t Shifted() const { return static_cast<std::uint16_t>(high + (rest >> (16 - n))); }
+};
+
+// What WholeSumFilter computes, in 16 bits, for kernels whose sums are small enough and a number of terms (the centre
+// and the tap pairs) known at compile time.
 template <int terms>
 class NarrowFilter {
  public:
   using Sum = std::uint16_t;
 
-  static constexpr int kMostTerms = 16;  // 16 rests of 12 bits fit 16 bits
-
-  explicit NarrowFilter(const PyramidLayerState& state) : kernel_(state.kernel), terms_(state.kernelSize / 2 + 1) {}
+  explicit NarrowFilter(const PyramidLayerState& state) : kernel_(state.kernel) {}
 
   static std::uint16_t Cell(BW8 pixel) { return static_cast<std::uint16_t>(pixel << 7); }
 
   // Row sums are kept shifted left by 2, as the column sums want them.
   void RowSums(const std::uint16_t* __restrict padded, std::int32_t columns, Sum* __restrict sums) const {
-    const int centre = TermCount() - 1;
-    const Taps taps(*this, 1);
-    for (std::int32_t x = 0; x < columns; x += 8) {
+    std::uint16_t taps[terms];
+    for (int i = 0; i < terms; ++i) taps[i] = static_cast<std::uint16_t>(kernel_[i] << 1);
+    for (std::int32_t x = 0; x < columns; ++x) {
       const std::uint16_t* const first = padded + x;
-      const SumParts parts = SumOfProducts<8>(
-          taps, [&](int i) { return LoadLanes<U16x8>(first + i) + LoadLanes<U16x8>(first + 2 * centre - i); },
-          [&](int i) { return LoadLanes<U16x8>(first + i); });
-      StoreLanes(sums + x, (parts.high + (parts.rest >> 8)) << 2);
+      NarrowSum<8> sum;
+      for (int i = 0; i < kCentre; ++i) {
+        sum.Add(static_cast<std::uint16_t>(first[i] + first[2 * kCentre - i]), taps[i]);
+      }
+      sum.Add(first[kCentre], taps[kCentre]);
+      sums[x] = static_cast<Sum>(sum.Shifted() << 2);
     }
   }
 
   template <class RowAt>
   void ColumnSums(RowAt rowAt, std::int32_t columns, std::int16_t* __restrict filtered) const {
-    const int centre = TermCount() - 1;
-    const Sum* rows[2 * kMostTerms - 1];
-    for (int i = 0; i <= 2 * centre; ++i) rows[i] = rowAt(i);
-    const Taps taps(*this, 2);
-    for (std::int32_t x = 0; x < columns; x += 8) {
-      const SumParts parts = SumOfProducts<12>(
-          taps, [&](int i) { return LoadLanes<U16x8>(rows[i] + x) + LoadLanes<U16x8>(rows[2 * centre - i] + x); },
-          [&](int i) { return LoadLanes<U16x8>(rows[i] + x); });
-      StoreLanes(filtered + x, (parts.high + (parts.rest >> 12) + 4) >> 3);
+    std::uint16_t taps[terms];
+    for (int i = 0; i < terms; ++i) taps[i] = static_cast<std::uint16_t>(kernel_[i] << 2);
+    const Sum* rows[2 * kCentre + 1];
+    for (int i = 0; i <= 2 * kCentre; ++i) rows[i] = rowAt(i);
+    for (std::int32_t x = 0; x < columns; ++x) {
+      NarrowSum<4> sum;
+      for (int i = 0; i < kCentre; ++i) {
+        sum.Add(static_cast<std::uint16_t>(rows[i][x] + rows[2 * kCentre - i][x]), taps[i]);
+      }
+      sum.Add(rows[kCentre][x], taps[kCentre]);
+      filtered[x] = static_cast<std::int16_t>((sum.Shifted() + 4) >> 3);
     }
   }
 
  private:
-  // Every tap of the left half and the centre in all lanes, shifted left.
-  struct Taps {
-    Taps(const NarrowFilter& filter, int shift) {
-      for (int i = 0; i < filter.TermCount(); ++i) {
-        lanes[i] = U16x8{} + static_cast<std::uint16_t>(filter.kernel_[i] << shift);
-      }
-    }
-    U16x8 lanes[terms > 0 ? terms : kMostTerms];
-  };
-
-  struct SumParts {
-    U16x8 high;
-    U16x8 rest;
-  };
-
-  int TermCount() const { return terms > 0 ? terms : terms_; }
-
-  static U16x8 HighHalf(U16x8 a, U16x8 b) {
-    U16x8 high;
-    for (int i = 0; i < 8; ++i) high[i] = static_cast<std::uint16_t>((std::uint32_t{a[i]} * b[i]) >> 16);
-    return high;
-  }
-
-  template <int drop, class Pair, class Centre>
-  SumParts SumOfProducts(const Taps& taps, Pair pair, Centre centre) const {
-    SumParts parts = {};
-    const auto add = [&](U16x8 value, U16x8 tap) {
-      parts.high += HighHalf(value, tap);
-      parts.rest += (value * tap) >> (16 - drop);
-    };
-    const int last = TermCount() - 1;
-    for (int i = 0; i < last; ++i) add(pair(i), taps.lanes[i]);
-    add(centre(last), taps.lanes[last]);
-    return parts;
-  }
+  static constexpr int kCentre = terms - 1;
+  static_assert(terms <= 16);  // that many rests of 12 bits fit 16 bits
 
   const std::int16_t* kernel_;
-  int terms_;
 };
 
-// Whether NarrowFilter may serve a state, and the blending of filtered values in 16 bits with it.
+// Whether NarrowFilter may serve a state, and filtered values be blended in 16 bits.
 bool SumsAreNarrow(const PyramidLayerState& state);
 
 // The filtered rows of an image, to be asked for from top to bottom.

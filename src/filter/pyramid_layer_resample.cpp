@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "filter/pyramid_layer_filter.h"
+#include "frame/lanes.h"
 
 namespace norvala {
 namespace {
@@ -57,60 +58,60 @@ struct AnyBlend {
   }
 };
 
-// The same for values of SumsAreNarrow in 16-bit lanes: they are not negative, so the result is left plus
-// floor((right - left) * f + 0.5), formed from the high and low half of the difference times the coarse part, and the
-// difference times the fine part.
+// The same for values of SumsAreNarrow: they are not negative, so the result is left plus
+// floor((right - left) * f + 0.5), formed in 16 bits from the high and low half of the difference times the coarse part
+// and the difference times the fine part.
 struct NarrowBlend {
-  static I16x8 HighHalf(I16x8 a, I16x8 b) {
-    I16x8 high;
-    for (int i = 0; i < 8; ++i) high[i] = static_cast<std::int16_t>((a[i] * b[i]) >> 16);
-    return high;
+  static std::int16_t Blend(std::int16_t left, std::int16_t right, std::uint16_t coarse, std::uint16_t fine) {
+    const auto difference = static_cast<std::int16_t>((right - left) << 4);
+    // Two types for the halves of one product: see NarrowSum.
+    const auto high = static_cast<std::int16_t>((difference * static_cast<std::int16_t>(coarse)) >> 16);
+    const auto low = static_cast<std::uint16_t>(static_cast<std::uint16_t>(difference) * unsigned{coarse});
+    const auto fineHigh = static_cast<std::int16_t>((difference * static_cast<std::int16_t>(fine)) >> 16);
+    const auto rest = static_cast<std::int16_t>((low >> 5) + fineHigh + 1024);
+    return static_cast<std::int16_t>(left + high + static_cast<std::int16_t>(rest >> 11));
   }
 
-  static I16x8 Lanes8(I16x8 left, I16x8 right, I16x8 coarse, I16x8 fine) {
-    const I16x8 difference = (right - left) << 4;
-    const auto low = BitCastLanes<I16x8>(BitCastLanes<U16x8>(difference * coarse) >> 5);
-    const I16x8 carry = (low + HighHalf(difference, fine) + 1024) >> 11;
-    return left + HighHalf(difference, coarse) + carry;
+  // Eight pixels and the right neighbours of each, from two loads of 32 bits an element.
+  static void Gather(const std::int16_t* filtered, const std::int32_t* columns, std::int16_t* left,
+                     std::int16_t* right) {
+    const auto two = [&](int k) {
+      const U32x4 a = {LoadLanes<std::uint32_t>(filtered + columns[k])};
+      const U32x4 b = {LoadLanes<std::uint32_t>(filtered + columns[k + 1])};
+      return BitCastLanes<I32x4>(
+          __builtin_shufflevector(BitCastLanes<I16x8>(a), BitCastLanes<I16x8>(b), 0, 8, 1, 9, 2, 10, 3, 11));
+    };
+    const auto four = [&](int k) {
+      return BitCastLanes<F64x2>(__builtin_shufflevector(two(k), two(k + 2), 0, 4, 1, 5));
+    };
+    const F64x2 low = four(0);
+    const F64x2 high = four(4);
+    StoreLanes(left, __builtin_shufflevector(low, high, 0, 2));
+    StoreLanes(right, __builtin_shufflevector(low, high, 1, 3));
   }
 
-  static void Row(const std::int16_t* __restrict filtered, std::int32_t count, const LayerLines& lines, bool,
+  static void Row(const std::int16_t* __restrict filtered, std::int32_t, const LayerLines& lines, bool,
                   std::int16_t* __restrict resampled) {
-    for (std::int32_t i = 0; i < count; i += 8) {
-      const std::int32_t* const left = lines.left + i;
-      const auto pairs = [&](int k) {
-        const I16x8 a = BitCastLanes<I16x8>(U32x4{LoadLanes<std::uint32_t>(filtered + left[k])});
-        const I16x8 b = BitCastLanes<I16x8>(U32x4{LoadLanes<std::uint32_t>(filtered + left[k + 1])});
-        return __builtin_shufflevector(a, b, 0, 8, 1, 9, 2, 10, 3, 11);
-      };
-      const auto four = [&](int k) {
-        const auto a = BitCastLanes<I32x4>(pairs(k));
-        const auto b = BitCastLanes<I32x4>(pairs(k + 2));
-        return BitCastLanes<F64x2>(__builtin_shufflevector(a, b, 0, 4, 1, 5));
-      };
-      const F64x2 low = four(0);
-      const F64x2 high = four(4);
-      const auto lefts = BitCastLanes<I16x8>(__builtin_shufflevector(low, high, 0, 2));
-      const auto rights = BitCastLanes<I16x8>(__builtin_shufflevector(low, high, 1, 3));
-      StoreLanes(resampled + i,
-                 Lanes8(lefts, rights, LoadLanes<I16x8>(lines.coarse + i), LoadLanes<I16x8>(lines.fine + i)));
+    constexpr std::int32_t kBlock = 64;
+    const std::uint16_t* __restrict const coarse = lines.coarse;
+    const std::uint16_t* __restrict const fine = lines.fine;
+    for (std::int32_t begin = 0; begin < lines.columns; begin += kBlock) {
+      const std::int32_t count = std::min(kBlock, lines.columns - begin);
+      std::int16_t left[kBlock];
+      std::int16_t right[kBlock];
+      for (std::int32_t i = 0; i < count; i += 8) Gather(filtered, lines.left + begin + i, left + i, right + i);
+      for (std::int32_t i = 0; i < count; ++i) {
+        resampled[begin + i] = Blend(left[i], right[i], coarse[begin + i], fine[begin + i]);
+      }
     }
   }
 
   static void Column(const std::int16_t* __restrict above, const std::int16_t* __restrict below, std::int32_t count,
                      const Position& position, BW8* __restrict dst) {
-    const I16x8 coarse = I16x8{} + static_cast<std::int16_t>(position.fraction.coarse);
-    const I16x8 fine = I16x8{} + static_cast<std::int16_t>(position.fraction.fine);
-    const auto blended = [&](std::int32_t i) {
-      const auto values = Lanes8(LoadLanes<I16x8>(above + i), LoadLanes<I16x8>(below + i), coarse, fine);
-      return BitCastLanes<U8x16>((values + 4) >> 3);
-    };
-    std::int32_t i = 0;
-    for (; i <= count - 16; i += 16) {
-      StoreLanes(dst + i, __builtin_shufflevector(blended(i), blended(i + 8), 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22,
-                                                  24, 26, 28, 30));
+    const auto [coarse, fine] = position.fraction;
+    for (std::int32_t i = 0; i < count; ++i) {
+      dst[i] = static_cast<BW8>(static_cast<std::int16_t>(Blend(above[i], below[i], coarse, fine) + 4) >> 3);
     }
-    for (; i < count; ++i) dst[i] = PixelOf(Blend(above[i], below[i], position.fraction));
   }
 };
 
@@ -144,7 +145,7 @@ void Interpolate(FilteredRows<Filter>& rows, RegionSize srcSize, BW8* dst, std::
   // A row and the one below it never share a line.
   std::int64_t held[2] = {-1, -1};
   const auto resampled = [&](std::int64_t y) {
-    const std::ptrdiff_t slot = y % 2;
+    const auto slot = static_cast<std::ptrdiff_t>(y % 2);
     std::int16_t* const line = lines.resampled + slot * lines.columns;
     if (held[slot] != y) Blending::Row(rows.Row(y), dstSize.width, lines, lastHasRight, line);
     held[slot] = y;
@@ -197,8 +198,10 @@ void ReduceLayer(const BW8* src, std::int32_t srcStep, RegionSize srcSize, BW8* 
     reduce(Reduce<NarrowFilter<2>, NarrowBlend>);
   } else if (state.kernelSize == 5) {
     reduce(Reduce<NarrowFilter<3>, NarrowBlend>);
+  } else if (state.kernelSize == 7) {
+    reduce(Reduce<NarrowFilter<4>, NarrowBlend>);
   } else {
-    reduce(Reduce<NarrowFilter<0>, NarrowBlend>);
+    reduce(Reduce<WholeSumFilter, NarrowBlend>);
   }
 }
 
