@@ -1,22 +1,25 @@
 #include "filter/filter.h"
 #include "filter/pyramid_step.h"
+#include "frame/lanes.h"
 
 namespace norvala {
 namespace {
 
 using Pixel = Unaligned<FLOAT32>;
+using F64x4 = Lanes<double, 4>;
 
 constexpr double kScale = 0.00390625;  // 1 / 256
 
-// Every sum is formed in double, in the order written, and rounded once to float: the order is part of the result.
-// Products with 8, 6, 4 and 2 do not round before the additions do, so only the additions' order matters.
+// Every sum is formed in double, in the order written, and rounded to float once: the order of the additions is part of
+// the result.
 
 // [1 4 6 4 1] applied to five neighbours.
-double FiveSum(double before2, double before, double centre, double after, double after2) {
+template <class V>
+V FiveSum(V before2, V before, V centre, V after, V after2) {
   return (centre * 6 + (before + after) * 4) + before2 + after2;
 }
 
-// The same where the kernel's one side is the mirror of the other.
+// The same where one side of the kernel mirrors the other.
 FLOAT32 EdgeSum(FLOAT32 edge, FLOAT32 inner, FLOAT32 inner2) {
   return static_cast<FLOAT32>((double{edge} * 6 + double{inner} * 8) + double{inner2} * 2);
 }
@@ -28,13 +31,50 @@ FLOAT32 LastSumOfEvenWidth(const Pixel* end) {
 // The whole of a direction of one or two pixels, from the sums across it at its first and last pixel.
 FLOAT32 TwoSums(FLOAT32 first, FLOAT32 last) { return static_cast<FLOAT32>((double{first} + last) * 8 * kScale); }
 
+// Two floats as doubles.
+F64x2 LoadPair(const Pixel* source) {
+  const F64x2 bits = {LoadLanes<double>(source)};
+  const auto wide = ConvertLanes<F64x4>(BitCastLanes<F32x4>(bits));
+  return __builtin_shufflevector(wide, wide, 0, 1);
+}
+
+void StoreFour(Pixel* destination, F64x2 low, F64x2 high) {
+  StoreLanes(destination, ConvertLanes<F32x4>(__builtin_shufflevector(low, high, 0, 1, 2, 3)));
+}
+
+F64x2 Evens(F64x2 a, F64x2 b) { return __builtin_shufflevector(a, b, 0, 2); }
+F64x2 Odds(F64x2 a, F64x2 b) { return __builtin_shufflevector(a, b, 1, 3); }
+
 // The sums of a row at its even columns.
 void FilterRow(const Pixel* __restrict src, std::int32_t width, FLOAT32* __restrict sums) {
   const std::int32_t count = HalfSize(width);
   sums[0] = EdgeSum(src[0], src[MirrorIndex(1, width)], src[MirrorIndex(2, width)]);
   if (width < 3) return;
-  for (std::ptrdiff_t j = 1; j < count - 1; ++j) {
-    sums[j] = static_cast<FLOAT32>(FiveSum(src[2 * j - 2], src[2 * j - 1], src[2 * j], src[2 * j + 1], src[2 * j + 2]));
+  std::ptrdiff_t j = 1;
+  // Four sums from 12 pixels. Every pair of pixels is converted once, and what serves the next sums is kept.
+  if (width >= 12) {
+    const F64x2 first = LoadPair(src);
+    F64x2 centre = LoadPair(src + 2);
+    F64x2 before2 = Evens(first, centre);
+    F64x2 before = Odds(first, centre);
+    const auto nextTwo = [&](F64x2 next, F64x2 afterNext) {
+      const F64x2 after2 = Evens(next, afterNext);
+      const F64x2 sum = FiveSum(before2, before, Evens(centre, next), Odds(centre, next), after2);
+      before = Odds(next, afterNext);
+      before2 = after2;
+      centre = afterNext;
+      return sum;
+    };
+    for (; 2 * j + 9 < width; j += 4) {
+      const Pixel* const p = src + 2 * j;
+      const F64x2 low = nextTwo(LoadPair(p + 2), LoadPair(p + 4));
+      const F64x2 high = nextTwo(LoadPair(p + 6), LoadPair(p + 8));
+      StoreFour(sums + j, low, high);
+    }
+  }
+  for (; j < count - 1; ++j) {
+    const Pixel* const p = src + 2 * j;
+    sums[j] = static_cast<FLOAT32>(FiveSum<double>(p[-2], p[-1], p[0], p[1], p[2]));
   }
   const Pixel* const end = src + width;
   sums[count - 1] = width % 2 != 0 ? EdgeSum(end[-1], end[-2], end[-3]) : LastSumOfEvenWidth(end);
@@ -42,8 +82,15 @@ void FilterRow(const Pixel* __restrict src, std::int32_t width, FLOAT32* __restr
 
 void CombineRows(const FLOAT32* const (&rows)[5], std::int32_t count, Pixel* __restrict dst) {
   const FLOAT32 *above2 = rows[0], *above = rows[1], *centre = rows[2], *below = rows[3], *below2 = rows[4];
-  for (std::int32_t j = 0; j < count; ++j) {
-    dst[j] = static_cast<FLOAT32>(FiveSum(above2[j], above[j], centre[j], below[j], below2[j]) * kScale);
+  const auto two = [&](std::int32_t j) {
+    return FiveSum(LoadPair(above2 + j), LoadPair(above + j), LoadPair(centre + j), LoadPair(below + j),
+                   LoadPair(below2 + j)) *
+           kScale;
+  };
+  std::int32_t j = 0;
+  for (; j <= count - 4; j += 4) StoreFour(dst + j, two(j), two(j + 2));
+  for (; j < count; ++j) {
+    dst[j] = static_cast<FLOAT32>(FiveSum<double>(above2[j], above[j], centre[j], below[j], below2[j]) * kScale);
   }
 }
 
@@ -62,7 +109,7 @@ void ReduceNarrow(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::i
     const auto at = [&](std::int64_t row) {
       return Row(src, srcStep, static_cast<std::ptrdiff_t>(MirrorIndex(row, size.height)))[x];
     };
-    return static_cast<FLOAT32>(FiveSum(at(y - 2), at(y - 1), at(y), at(y + 1), at(y + 2)));
+    return static_cast<FLOAT32>(FiveSum<double>(at(y - 2), at(y - 1), at(y), at(y + 1), at(y + 2)));
   };
   for (std::int32_t k = 0; k < HalfSize(size.height); ++k) {
     const std::int64_t y = 2 * std::int64_t{k};
