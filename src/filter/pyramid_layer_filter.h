@@ -97,7 +97,7 @@ class NarrowFilter {
         sum.Add(static_cast<std::uint16_t>(rows[i][x] + rows[2 * kCentre - i][x]), taps[i]);
       }
       sum.Add(rows[kCentre][x], taps[kCentre]);
-      filtered[x] = static_cast<std::int16_t>((sum.Shifted() + 4) >> 3);
+      filtered[x] = static_cast<std::int16_t>(static_cast<std::uint16_t>(sum.Shifted() + 4) >> 3);
     }
   }
 

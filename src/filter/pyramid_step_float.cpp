@@ -42,39 +42,27 @@ void StoreFour(Pixel* destination, F64x2 low, F64x2 high) {
   StoreLanes(destination, ConvertLanes<F32x4>(__builtin_shufflevector(low, high, 0, 1, 2, 3)));
 }
 
-F64x2 Evens(F64x2 a, F64x2 b) { return __builtin_shufflevector(a, b, 0, 2); }
-F64x2 Odds(F64x2 a, F64x2 b) { return __builtin_shufflevector(a, b, 1, 3); }
-
 // The sums of a row at its even columns.
 void FilterRow(const Pixel* __restrict src, std::int32_t width, FLOAT32* __restrict sums) {
   const std::int32_t count = HalfSize(width);
   sums[0] = EdgeSum(src[0], src[MirrorIndex(1, width)], src[MirrorIndex(2, width)]);
   if (width < 3) return;
-  std::ptrdiff_t j = 1;
-  // Four sums from 12 pixels. Every pair of pixels is converted once, and what serves the next sums is kept.
-  if (width >= 12) {
-    const F64x2 first = LoadPair(src);
-    F64x2 centre = LoadPair(src + 2);
-    F64x2 before2 = Evens(first, centre);
-    F64x2 before = Odds(first, centre);
-    const auto nextTwo = [&](F64x2 next, F64x2 afterNext) {
-      const F64x2 after2 = Evens(next, afterNext);
-      const F64x2 sum = FiveSum(before2, before, Evens(centre, next), Odds(centre, next), after2);
-      before = Odds(next, afterNext);
-      before2 = after2;
-      centre = afterNext;
-      return sum;
-    };
-    for (; 2 * j + 9 < width; j += 4) {
-      const Pixel* const p = src + 2 * j;
-      const F64x2 low = nextTwo(LoadPair(p + 2), LoadPair(p + 4));
-      const F64x2 high = nextTwo(LoadPair(p + 6), LoadPair(p + 8));
-      StoreFour(sums + j, low, high);
+  // Every pixel is converted once, block by block.
+  constexpr std::int32_t kBlock = 128;
+  double evens[kBlock + 2];
+  double odds[kBlock + 2];
+  for (std::int32_t begin = 1; begin < count - 1; begin += kBlock) {
+    const std::int32_t sumCount = std::min(kBlock, count - 1 - begin);
+    const Pixel* const p = src + 2 * std::ptrdiff_t{begin} - 2;
+    FLOAT32* __restrict const blockSums = sums + begin;
+    for (std::int32_t i = 0; i <= sumCount; ++i) {
+      evens[i] = p[2 * i];
+      odds[i] = p[2 * i + 1];
     }
-  }
-  for (; j < count - 1; ++j) {
-    const Pixel* const p = src + 2 * j;
-    sums[j] = static_cast<FLOAT32>(FiveSum<double>(p[-2], p[-1], p[0], p[1], p[2]));
+    evens[sumCount + 1] = p[2 * sumCount + 2];
+    for (std::int32_t i = 0; i < sumCount; ++i) {
+      blockSums[i] = static_cast<FLOAT32>(FiveSum(evens[i], odds[i], evens[i + 1], odds[i + 1], evens[i + 2]));
+    }
   }
   const Pixel* const end = src + width;
   sums[count - 1] = width % 2 != 0 ? EdgeSum(end[-1], end[-2], end[-3]) : LastSumOfEvenWidth(end);
