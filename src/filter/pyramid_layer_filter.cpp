@@ -46,4 +46,13 @@ bool SumsAreNarrow(const PyramidLayerState& state) {
   return (largestRowSum * sum + (1 << 14)) >> 15 <= 2043;
 }
 
+bool SumsAreIntegers(const PyramidLayerState& state) {
+  if (!SumsAreNarrow(state)) return false;
+  const int factorBits = IntegerFilter<2>::FactorBits(state);
+  if (factorBits < 8) return false;
+  std::int32_t sum = 0;
+  for (std::int32_t i = 0; i < state.kernelSize; ++i) sum += state.kernel[i] >> factorBits;
+  return sum <= 16;  // 255 * 16 * 16, and half of 2^7 at most, fit 16 bits
+}
+
 }  // namespace norvala

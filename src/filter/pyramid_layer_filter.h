@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -108,8 +109,71 @@ class NarrowFilter {
   const std::int16_t* kernel_;
 };
 
-// Whether NarrowFilter may serve a state, and filtered values be blended in 16 bits.
+// The same for kernels that come down to small integers times a power of two, such as [1 4 6 4 1]: with the power
+// taken out, no sum drops a bit before the last shift and all of them fit 16 unsigned bits.
+template <int terms>
+class IntegerFilter {
+ public:
+  using Sum = std::uint16_t;
+
+  explicit IntegerFilter(const PyramidLayerState& state) : kernel_(state.kernel), factorBits_(FactorBits(state)) {}
+
+  // The power of two that all taps share, as far as it may be taken out.
+  static int FactorBits(const PyramidLayerState& state) {
+    unsigned bits = 1U << kMostFactorBits;
+    for (std::int32_t i = 0; i < state.kernelSize; ++i) bits |= static_cast<unsigned>(state.kernel[i]);
+    return std::countr_zero(bits);
+  }
+
+  static std::uint16_t Cell(BW8 pixel) { return pixel; }
+
+  void RowSums(const std::uint16_t* __restrict padded, std::int32_t columns, Sum* __restrict sums) const {
+    std::uint16_t taps[terms];
+    for (int i = 0; i < terms; ++i) taps[i] = static_cast<std::uint16_t>(kernel_[i] >> factorBits_);
+    for (std::int32_t x = 0; x < columns; ++x) {
+      const std::uint16_t* const first = padded + x;
+      Sum sum = Product(first[kCentre], taps[kCentre]);
+      for (int i = 0; i < kCentre; ++i) {
+        sum = Add(sum, Product(Add(first[i], first[2 * kCentre - i]), taps[i]));
+      }
+      sums[x] = sum;
+    }
+  }
+
+  template <class RowAt>
+  void ColumnSums(RowAt rowAt, std::int32_t columns, std::int16_t* __restrict filtered) const {
+    std::uint16_t taps[terms];
+    for (int i = 0; i < terms; ++i) taps[i] = static_cast<std::uint16_t>(kernel_[i] >> factorBits_);
+    const Sum* rows[2 * kCentre + 1];
+    for (int i = 0; i <= 2 * kCentre; ++i) rows[i] = rowAt(i);
+    // Row sums lack factorBits_ - 8 bits, these sums factorBits_ more.
+    const int shift = 15 + 8 - 2 * factorBits_;
+    const auto half = static_cast<std::uint16_t>(1 << (shift - 1));
+    for (std::int32_t x = 0; x < columns; ++x) {
+      Sum sum = Add(Product(rows[kCentre][x], taps[kCentre]), half);
+      for (int i = 0; i < kCentre; ++i) {
+        sum = Add(sum, Product(Add(rows[i][x], rows[2 * kCentre - i][x]), taps[i]));
+      }
+      filtered[x] = static_cast<std::int16_t>(sum >> shift);
+    }
+  }
+
+ private:
+  // In 16 bits at every step, as nothing overflows them.
+  static Sum Add(Sum a, Sum b) { return static_cast<Sum>(a + b); }
+  static Sum Product(Sum a, Sum b) { return static_cast<Sum>(a * b); }
+
+  static constexpr int kCentre = terms - 1;
+  static constexpr int kMostFactorBits = 11;  // leaves a bit for the last shift
+
+  const std::int16_t* kernel_;
+  int factorBits_;
+};
+
+// Whether NarrowFilter may serve a state, and filtered values be blended in 16 bits; and whether, besides,
+// IntegerFilter may.
 bool SumsAreNarrow(const PyramidLayerState& state);
+bool SumsAreIntegers(const PyramidLayerState& state);
 
 // The filtered rows of an image, to be asked for from top to bottom.
 template <class Filter>

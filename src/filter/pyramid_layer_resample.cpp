@@ -194,6 +194,10 @@ void ReduceLayer(const BW8* src, std::int32_t srcStep, RegionSize srcSize, BW8* 
     reduce(Reduce<SingleProductFilter, AnyBlend>);
   } else if (!SumsAreNarrow(state)) {
     reduce(Reduce<WholeSumFilter, AnyBlend>);
+  } else if (state.kernelSize == 3 && SumsAreIntegers(state)) {
+    reduce(Reduce<IntegerFilter<2>, NarrowBlend>);
+  } else if (state.kernelSize == 5 && SumsAreIntegers(state)) {
+    reduce(Reduce<IntegerFilter<3>, NarrowBlend>);
   } else if (state.kernelSize == 3) {
     reduce(Reduce<NarrowFilter<2>, NarrowBlend>);
   } else if (state.kernelSize == 5) {

@@ -132,9 +132,9 @@ void NaiveReduce(const Image<BW8>& src, float rate, const Kernel& taps, Image<BW
 
 // ---- Tests ----
 
-// Smooth, sharpening, zero-sum, extreme and lopsided kernels.
+// Smooth, sharpening, zero-sum, extreme, lopsided and binomial kernels.
 Kernel RandomKernel(Random& random, int size) {
-  const int kind = RandomInt(random, 0, 7);
+  const int kind = RandomInt(random, 0, 8);
   const int c = size / 2;
   Kernel taps(static_cast<std::size_t>(size));
   for (int i = 0; i <= c; ++i) {
@@ -142,6 +142,8 @@ Kernel RandomKernel(Random& random, int size) {
     if (kind == 1) tap = RandomInt(random, -100, 100);
     if (kind == 2) tap = RandomInt(random, -32768, 32767);
     if (kind == 3) tap = i == c ? 1 : 0;
+    if (kind == 8) tap = i == 0 ? 1 : size - 1;  // and 6 for the centre of five
+    if (kind == 8 && i == 2) tap = 6;
     if (kind == 4) tap = RandomInt(random, 0, 1) * 32767;
     taps[static_cast<std::size_t>(i)] = taps[static_cast<std::size_t>(size - 1 - i)] = static_cast<std::int16_t>(tap);
   }
