@@ -530,8 +530,103 @@ NORVALA_API int32_t NORVALA_CALL Norvala_FilterGauss(const BW8* src, int32_t src
 /** @} */
 
 /* ---- Gaussian pyramid step ---- */
+/** @name Gaussian pyramid step
+ *  Halves a one-channel image in both directions after smoothing it with the outer product of [1 4 6 4 1] / 16 with
+ *  itself (P. Burt, E. Adelson, "The Laplacian Pyramid as a Compact Image Code", 1983). The result has
+ *  (width + 1) / 2 x (height + 1) / 2 pixels, divisions rounded down; its pixel (j, k) is centred on source pixel
+ *  (2j, 2k). Beyond the edges the image is mirrored about its edge pixels, which are not repeated (... 2 1 | 0 1 2
+ * ...): only the region itself is read.
+ *  @{ */
+/** Tells the size of the work buffer that the reductions below need; it serves both pixel types.
+ *  @param width      source width in pixels, at least 1
+ *  @param channels   1 (3 is accepted and reports what three interleaved channels would need)
+ *  @param bufferSize receives the size in bytes; left alone on failure
+ *  @return 0, or -1 when the pointer is null, the width is below 1, the channels are neither 1 nor 3, or the size does
+ *  not fit 32 signed bits */
+NORVALA_API int32_t NORVALA_CALL Norvala_PyrDownGetBufSizeGauss5x5BW8(int32_t width, int32_t channels,
+                                                                      int32_t* bufferSize);
+/** Reduces an 8-bit image by half. Sums are exact; the result is rounded to nearest, halves up.
+ *  @param src     first source pixel
+ *  @param srcStep source row step in bytes, at least `width`
+ *  @param dst     first destination pixel
+ *  @param dstStep destination row step in bytes, at least (width + 1) / 2
+ *  @param width   pixels in a source row, at least 1
+ *  @param height  source rows, at least 1
+ *  @param buffer  work buffer of the size that Norvala_PyrDownGetBufSizeGauss5x5BW8 reports, at any address; its
+ *                 contents do not matter before the call and mean nothing after it. Calls that run at the same time
+ *                 need a buffer each.
+ *  @return 0, or -1 when a pointer is null, a size is below 1 or a step is too small */
+NORVALA_API int32_t NORVALA_CALL Norvala_PyrDownGauss5x5BW8(const BW8* src, int32_t srcStep, BW8* dst, int32_t dstStep,
+                                                            int32_t width, int32_t height, uint8_t* buffer);
+/** Reduces a float image by half; otherwise as Norvala_PyrDownGauss5x5BW8. Row sums are formed in double precision and
+ *  rounded to float, sums of them are formed in double precision and rounded to float; results are not clamped.
+ *  @param src     first source pixel
+ *  @param srcStep source row step in bytes, at least 4 * `width` and a multiple of 4
+ *  @param dst     first destination pixel
+ *  @param dstStep destination row step in bytes, at least 4 * ((width + 1) / 2) and a multiple of 4
+ *  @param width   pixels in a source row, at least 1
+ *  @param height  source rows, at least 1
+ *  @param buffer  work buffer, as above
+ *  @return 0, or -1 when a pointer is null, a size is below 1, or a step is too small or no multiple of 4 */
+NORVALA_API int32_t NORVALA_CALL Norvala_PyrDownGauss5x5FLOAT32(const FLOAT32* src, int32_t srcStep, FLOAT32* dst,
+                                                                int32_t dstStep, int32_t width, int32_t height,
+                                                                uint8_t* buffer);
+/** @} */
 
-/* ---- Pyramid layers ---- */
+/** @name Pyramid layers
+ *  Reduces 8-bit images by any rate above 1 and up to 10: smoothing with a symmetric kernel, then linear interpolation
+ *  (at rate 2, every second pixel of every second row). A state holds the kernel and all work memory; it is created
+ *  once and serves any number of reductions, one at a time.
+ *
+ *  A direction of n pixels reduces to d pixels, where d is the one number for which
+ *  upper(d - 1) < n <= upper(d), with upper(0) = 0 and upper(d) the larger of d + 1 and d * rate, the product rounded
+ *  to single precision and its fraction dropped. That is n / rate, give or take one: 10 pixels at rate 2 give 5.
+ *  Source pixel 0 falls on destination pixel 0. Beyond its edges the image is mirrored about the edge pixels, which
+ *  are not repeated.
+ *  @{ */
+/** What a pyramid layer keeps between reductions. */
+typedef struct PyramidLayerState PyramidLayerState;
+
+/** Creates the state of a pyramid layer.
+ *  @param statePtrOut receives the state, which belongs to the caller until it is passed to
+ *                     Norvala_PyramidLayerDownFreeBW8; null when none was created. If the pointer itself is null the
+ *                     call fails.
+ *  @param width       source width in pixels, at least 1
+ *  @param height      source height in pixels, at least 1
+ *  @param rate        reduction rate, above 1 and up to 10
+ *  @param kernel      `kernelSize` taps of any common scale: they are normalised to keep the level of flat regions, in
+ *                     13 fractional bits, so that twice a tap should be less than four times the sum of all. The kernel
+ *                     should be symmetric: only its centre and left half count. Taps that sum to 0 are not normalised.
+ *                     The kernel is copied.
+ *  @param kernelSize  number of taps, odd and at least 3
+ *  @param mode        2
+ *  @return 0, or -1 when a pointer is null, an argument is out of its range or the memory cannot be had. A kernel that
+ *  is not symmetric gives -1 as a warning: `statePtrOut` holds a live state, which works with the left half and must
+ *  be released. */
+NORVALA_API int32_t NORVALA_CALL Norvala_PyramidLayerDownInitAllocBW8(PyramidLayerState** statePtrOut, int32_t width,
+                                                                      int32_t height, FLOAT32 rate,
+                                                                      const int16_t* kernel, int32_t kernelSize,
+                                                                      int32_t mode);
+/** Releases a state.
+ *  @param state what Norvala_PyramidLayerDownInitAllocBW8 stored; null is allowed and does nothing
+ *  @return 0 */
+NORVALA_API int32_t NORVALA_CALL Norvala_PyramidLayerDownFreeBW8(PyramidLayerState* state);
+/** Reduces an 8-bit image by the rate of a state. Allocates nothing.
+ *  @param src       first source pixel
+ *  @param srcStep   source row step in bytes, at least `srcWidth`
+ *  @param srcWidth  pixels in a source row, at least 1 and at most the width that the state was created for
+ *  @param srcHeight source rows, at least 1 and at most the height that the state was created for
+ *  @param dst       first destination pixel
+ *  @param dstStep   destination row step in bytes, at least `dstWidth`
+ *  @param dstWidth  pixels in a destination row: exactly what `srcWidth` reduces to, see above
+ *  @param dstHeight destination rows: exactly what `srcHeight` reduces to
+ *  @param state     the layer's state; its work memory is written, so calls that run at the same time need a state each
+ *  @return 0, or -1 when a pointer is null, a step is too small or a size is out of its range */
+NORVALA_API int32_t NORVALA_CALL Norvala_PyramidLayerDownBW8(const BW8* src, int32_t srcStep, int32_t srcWidth,
+                                                             int32_t srcHeight, BW8* dst, int32_t dstStep,
+                                                             int32_t dstWidth, int32_t dstHeight,
+                                                             PyramidLayerState* state);
+/** @} */
 
 /** @name 2x2 down-sampling
  *  @{ */

@@ -1,0 +1,287 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "norvala.h"
+#include "support/image.h"
+
+namespace norvala_test {
+namespace {
+
+using Kernel = std::vector<std::int16_t>;
+using State = std::unique_ptr<PyramidLayerState, decltype(&Norvala_PyramidLayerDownFreeBW8)>;
+
+State MakeState(int width, int height, float rate, const Kernel& kernel) {
+  PyramidLayerState* state = nullptr;
+  Norvala_PyramidLayerDownInitAllocBW8(&state, width, height, rate, kernel.data(), static_cast<int>(kernel.size()), 2);
+  EXPECT_NE(state, nullptr);
+  return State(state, Norvala_PyramidLayerDownFreeBW8);
+}
+
+// ---- A reduction step by step, whole images at a time ----
+
+int ReducedSize(int n, float rate) {
+  const auto product = [rate](int d) { return static_cast<int>(static_cast<float>(d * static_cast<double>(rate))); };
+  const auto lower = [&](int d) { return d == 1 ? 1 : std::max(d + 1, product(d - 1) + 1); };
+  const auto upper = [&](int d) { return std::max(d + 1, product(d)); };
+  int d = std::max(1, static_cast<int>(static_cast<float>(n) / rate + 0.5F));
+  while (n < lower(d) || n > upper(d)) d += n < lower(d) ? -1 : 1;
+  return d;
+}
+
+// The stored taps, and one more place for the slip of kernels that sum to 0.
+Kernel Normalised(const Kernel& taps) {
+  const std::size_t size = taps.size();
+  const std::size_t c = size / 2;
+  Kernel stored(size + 1);
+  double s4 = 4.0 * taps[c];
+  for (std::size_t j = 0; j < c; ++j) s4 += 8.0 * taps[j];
+  if (s4 == 0) {
+    stored[c] = taps[c];
+    for (std::size_t j = 0; j < c; ++j) stored[j] = stored[size - j] = taps[j];
+    return stored;
+  }
+  const auto q = [h = s4 * 0.5](std::int16_t t) {
+    const auto low = static_cast<std::int16_t>(static_cast<int>(4.0 * t / h * 8192 + 0.5) & 0xFFFF);
+    return static_cast<std::int16_t>(low >> 1);
+  };
+  stored[c] = q(taps[c]);
+  for (std::size_t j = 0; j < c; ++j) stored[j] = stored[size - 1 - j] = q(taps[j]);
+  return stored;
+}
+
+// Where an index outside 0..count-1 comes from: walking inwards from the edge, back at every other edge.
+int Bounce(int index, int count) {
+  if (count == 1 || (index >= 0 && index < count)) return count == 1 ? 0 : index;
+  int at = index < 0 ? 0 : count - 1;
+  int direction = index < 0 ? 1 : -1;
+  for (int steps = index < 0 ? -index : index - (count - 1); steps > 0; --steps) {
+    at += direction;
+    if (at < 0 || at >= count) {
+      at -= 2 * direction;
+      direction = -direction;
+    }
+  }
+  return at;
+}
+
+std::vector<std::int16_t> Filtered(const Image<BW8>& src, const Kernel& k, int size) {
+  const int w = src.width();
+  const int h = src.height();
+  const int b = size / 2;
+  const bool large = w > size && h > size;
+  const auto tap = [&](int i) { return static_cast<int>(k[static_cast<std::size_t>(i)]); };
+  const auto at = [w](int x, int y) { return static_cast<std::size_t>(y * w + x); };
+  std::vector<std::int32_t> sums(static_cast<std::size_t>(w * h));
+  for (int y = 0; y < h; ++y) {
+    for (int x = 0; x < w; ++x) {
+      const auto p = [&](int j) { return static_cast<int>(src.Get(Bounce(x + j - b, w), y)); };
+      std::uint32_t sum = large ? static_cast<std::uint32_t>(p(b) * tap(b)) : 0;
+      for (int j = 0; j < (large ? b : size); ++j) {
+        sum += static_cast<std::uint32_t>(large ? (p(j) + p(size - 1 - j)) * tap(j) : (p(j) * tap(j)) >> 8);
+      }
+      sums[at(x, y)] = static_cast<std::int32_t>(sum) >> (large ? 8 : 0);
+    }
+  }
+  std::vector<std::int16_t> filtered(sums.size());
+  for (int y = 0; y < h; ++y) {
+    for (int x = 0; x < w; ++x) {
+      std::uint32_t sum = 1U << 14;
+      for (int i = 0; i < size; ++i) {
+        sum += static_cast<std::uint32_t>(sums[at(x, Bounce(y + i - b, h))]) * static_cast<std::uint32_t>(tap(i));
+      }
+      filtered[at(x, y)] = static_cast<std::int16_t>(std::clamp(static_cast<std::int32_t>(sum) >> 15, -32768, 32767));
+    }
+  }
+  return filtered;
+}
+
+BW8 ToPixel(int value) { return static_cast<BW8>(std::clamp((value + 4) >> 3, 0, 255)); }
+
+void NaiveReduce(const Image<BW8>& src, float rate, const Kernel& taps, Image<BW8>& dst) {
+  const auto f = Filtered(src, Normalised(taps), static_cast<int>(taps.size()));
+  const int w = src.width();
+  const int h = src.height();
+  const auto at = [w](int x, int y) { return static_cast<std::size_t>(y * w + x); };
+  if (rate >= 1.99998F && rate <= 2.00002F) {
+    for (int j = 0; 2 * j < h && j < dst.height(); ++j) {
+      for (int i = 0; 2 * i < w && i < dst.width(); ++i) dst.Set(i, j, ToPixel(f[at(2 * i, 2 * j)]));
+    }
+    return;
+  }
+  const auto blend = [rate](int i, int count, int size, auto value) {
+    const double position = i * static_cast<double>(rate);
+    const int q = static_cast<int>(position);
+    const double fraction = position - q;
+    if (i == count - 1 && q + 1 >= size) return static_cast<int>(value(q));
+    return static_cast<int>(value(q) * (1 - fraction) + value(q + 1) * fraction + 0.5);
+  };
+  std::vector<std::int16_t> g(static_cast<std::size_t>(w * h));
+  for (int y = 0; y < h; ++y) {
+    for (int i = 0; i < dst.width(); ++i) {
+      g[at(i, y)] = static_cast<std::int16_t>(blend(i, dst.width(), w, [&](int x) { return f[at(x, y)]; }));
+    }
+  }
+  for (int j = 0; j < dst.height(); ++j) {
+    for (int i = 0; i < dst.width(); ++i) {
+      dst.Set(i, j, ToPixel(blend(j, dst.height(), h, [&](int y) { return g[at(i, y)]; })));
+    }
+  }
+}
+
+// ---- Tests ----
+
+// Smooth, sharpening, zero-sum, extreme, lopsided and binomial kernels.
+Kernel RandomKernel(Random& random, int size) {
+  const int kind = RandomInt(random, 0, 8);
+  const int c = size / 2;
+  Kernel taps(static_cast<std::size_t>(size));
+  for (int i = 0; i <= c; ++i) {
+    int tap = RandomInt(random, 0, 40) + 40 * i;
+    if (kind == 1) tap = RandomInt(random, -100, 100);
+    if (kind == 2) tap = RandomInt(random, -32768, 32767);
+    if (kind == 3) tap = i == c ? 1 : 0;
+    if (kind == 8) tap = i == 0 ? 1 : size - 1;  // and 6 for the centre of five
+    if (kind == 8 && i == 2) tap = 6;
+    if (kind == 4) tap = RandomInt(random, 0, 1) * 32767;
+    taps[static_cast<std::size_t>(i)] = taps[static_cast<std::size_t>(size - 1 - i)] = static_cast<std::int16_t>(tap);
+  }
+  if (kind == 5) {
+    int sum = 0;
+    for (int i = 0; i < c; ++i) sum += 2 * taps[static_cast<std::size_t>(i)];
+    taps[static_cast<std::size_t>(c)] = static_cast<std::int16_t>(-sum);
+  }
+  if (kind == 6) taps.back() = static_cast<std::int16_t>(taps.back() + 1);
+  return taps;
+}
+
+float RandomRate(Random& random) {
+  static constexpr float kSpecial[] = {1.0000001F, 1.5F,       2.0F, 1.99998F,  2.00002F, 1.9999799F,
+                                       2.0000203F, 1.4142135F, 3.0F, 9.999999F, 10.0F};
+  if (RandomInt(random, 0, 1) != 0) return kSpecial[RandomInt(random, 0, static_cast<int>(std::size(kSpecial)) - 1)];
+  return std::uniform_real_distribution<float>(1.0000001F, RandomInt(random, 0, 1) != 0 ? 10.0F : 2.5F)(random);
+}
+
+void ExpectReduction(Random& random, int width, int height, float rate, const Kernel& kernel,
+                     PyramidLayerState* state) {
+  using Flush = GuardedMemory::Flush;
+  const Flush flush = RandomInt(random, 0, 1) != 0 ? Flush::Start : Flush::End;
+  Image<BW8> src(width, height, RandomLayout(random), flush);
+  if (RandomInt(random, 0, 2) == 0) {
+    src.Fill([&] { return static_cast<BW8>(RandomInt(random, 0, 1) * 255); });
+  } else {
+    src.FillRandom(random);
+  }
+  Image<BW8> dst(ReducedSize(width, rate), ReducedSize(height, rate), RandomLayout(random), flush);
+  Image<BW8> expected(dst);
+  NaiveReduce(src, rate, kernel, expected);
+  ASSERT_EQ(Norvala_PyramidLayerDownBW8(src.data(), src.step(), width, height, dst.data(), dst.step(), dst.width(),
+                                        dst.height(), state),
+            0);
+  ASSERT_EQ(dst.Bytes(), expected.Bytes()) << width << "x" << height << " rate " << rate << " taps " << kernel.size()
+                                           << " centre " << kernel[kernel.size() / 2];
+}
+
+TEST(PyramidLayerTest, SmoothsThenResamples) {
+  Random random(1);
+  for (int round = 0; round < 1200; ++round) {
+    const int size = RandomInt(random, 0, 9) == 0 ? 2 * RandomInt(random, 5, 20) + 1 : 2 * RandomInt(random, 1, 4) + 1;
+    const Kernel kernel = RandomKernel(random, size);
+    const float rate = RandomRate(random);
+    const int width = RandomInt(random, 0, 11) == 0 ? RandomInt(random, 71, 400) : RandomInt(random, 1, 70);
+    const int height = RandomInt(random, 1, 40);
+    const State state = MakeState(width, height, rate, kernel);
+    ASSERT_NO_FATAL_FAILURE(ExpectReduction(random, width, height, rate, kernel, state.get()));
+    // The state serves again, and smaller images too.
+    ASSERT_NO_FATAL_FAILURE(
+        ExpectReduction(random, RandomInt(random, 1, width), RandomInt(random, 1, height), rate, kernel, state.get()));
+  }
+}
+
+TEST(PyramidLayerTest, SmallImagesBounceBetweenTheirEdges) {
+  Random random(2);
+  for (int width = 1; width <= 9; ++width) {
+    for (int height = 1; height <= 9; ++height) {
+      for (const int size : {3, 5, 9, 31}) {
+        const Kernel kernel = RandomKernel(random, size);
+        const float rate = RandomRate(random);
+        const State state = MakeState(width, height, rate, kernel);
+        ASSERT_NO_FATAL_FAILURE(ExpectReduction(random, width, height, rate, kernel, state.get()));
+      }
+    }
+  }
+}
+
+// A size has exactly one reduced size: one more or less is refused.
+TEST(PyramidLayerTest, AcceptsTheComputedSizeOnly) {
+  Random random(3);
+  std::vector<BW8> pixels(4096);
+  std::vector<BW8> results(8192);
+  for (int round = 0; round < 2000; ++round) {
+    const float rate = RandomRate(random);
+    const int width = RandomInt(random, 1, 4000);
+    const State state = MakeState(width, 1, rate, {1, 2, 1});
+    const int reduced = ReducedSize(width, rate);
+    const auto reduce = [&](int dstWidth, int dstHeight) {
+      return Norvala_PyramidLayerDownBW8(pixels.data(), 4096, width, 1, results.data(), 4096, dstWidth, dstHeight,
+                                         state.get());
+    };
+    ASSERT_EQ(reduce(reduced, 1), 0) << width << " at rate " << rate;
+    ASSERT_EQ(reduce(reduced - 1, 1), -1);
+    ASSERT_EQ(reduce(reduced + 1, 1), -1);
+    ASSERT_EQ(reduce(reduced, 2), -1);
+  }
+}
+
+TEST(PyramidLayerTest, KeepsFlatRegions) {
+  for (const float rate : {1.3F, 2.0F, 3.7F}) {
+    const State state = MakeState(40, 30, rate, {1, 4, 6, 4, 1});
+    for (int level = 0; level <= 255; ++level) {
+      Image<BW8> src(40, 30);
+      src.Fill([&] { return static_cast<BW8>(level); });
+      Image<BW8> dst(ReducedSize(40, rate), ReducedSize(30, rate));
+      ASSERT_EQ(Norvala_PyramidLayerDownBW8(src.data(), 40, 40, 30, dst.data(), dst.step(), dst.width(), dst.height(),
+                                            state.get()),
+                0);
+      for (int y = 0; y < dst.height(); ++y) {
+        for (int x = 0; x < dst.width(); ++x) ASSERT_EQ(dst.Get(x, y), level);
+      }
+    }
+  }
+}
+
+TEST(PyramidLayerStateTest, IsStoredInEveryCase) {
+  const Kernel symmetric = {1, 2, 1};
+  const Kernel lopsided = {1, 2, 3};
+  PyramidLayerState* state = nullptr;
+  EXPECT_EQ(Norvala_PyramidLayerDownInitAllocBW8(&state, 9, 9, 2.0F, lopsided.data(), 3, 2), -1);
+  ASSERT_NE(state, nullptr);  // a warning: the state is live
+  EXPECT_EQ(Norvala_PyramidLayerDownFreeBW8(state), 0);
+  EXPECT_EQ(Norvala_PyramidLayerDownInitAllocBW8(&state, 9, 9, 1.0F, symmetric.data(), 3, 2), -1);
+  EXPECT_EQ(state, nullptr);
+  EXPECT_EQ(Norvala_PyramidLayerDownInitAllocBW8(nullptr, 9, 9, 2.0F, symmetric.data(), 3, 2), -1);
+  EXPECT_EQ(Norvala_PyramidLayerDownFreeBW8(nullptr), 0);
+}
+
+TEST(PyramidLayerFailureTest, WritesNothing) {
+  const State state = MakeState(10, 10, 2.0F, {1, 2, 1});
+  Image<BW8> src(11, 11);
+  Image<BW8> dst(6, 6);
+  const auto before = dst.Bytes();
+  const auto reduce = [&](int srcStep, int w, int h, int dstStep, int dstWidth, int dstHeight) {
+    return Norvala_PyramidLayerDownBW8(src.data(), srcStep, w, h, dst.data(), dstStep, dstWidth, dstHeight,
+                                       state.get());
+  };
+  EXPECT_EQ(reduce(9, 10, 10, 6, 5, 5), -1);
+  EXPECT_EQ(reduce(11, 10, 10, 4, 5, 5), -1);
+  EXPECT_EQ(reduce(11, 10, 10, 6, 5, 4), -1);
+  EXPECT_EQ(reduce(11, 10, 10, 6, INT32_MIN, 5), -1);
+  EXPECT_EQ(reduce(11, 0, 10, 6, 5, 5), -1);
+  EXPECT_EQ(reduce(11, 11, 10, 6, 6, 5), -1);  // wider than the state was made for
+  EXPECT_EQ(reduce(11, 10, 11, 6, 5, 6), -1);
+  EXPECT_EQ(dst.Bytes(), before);
+}
+
+}  // namespace
+}  // namespace norvala_test

@@ -1,0 +1,175 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "norvala.h"
+#include "support/image.h"
+
+namespace norvala_test {
+namespace {
+
+int Mirror(int i, int count) {
+  if (count == 1) return 0;
+  while (i < 0 || i >= count) i = i < 0 ? -i : 2 * (count - 1) - i;
+  return i;
+}
+
+// The work buffer of exactly the reported size, at any address, with what lies around it watched.
+class StepBuffer {
+ public:
+  StepBuffer(int width, int misalign, GuardedMemory::Flush flush)
+      : size_(Reported(width)),
+        memory_(size_ + 64, flush),
+        start_(memory_.data() + (flush == GuardedMemory::Flush::End ? 64 - misalign : misalign)) {
+    std::memset(memory_.data(), 0xCD, memory_.size());
+  }
+
+  std::uint8_t* data() const { return start_; }
+  bool OutsideUntouched() const {
+    for (const std::uint8_t* p = memory_.data(); p != memory_.data() + memory_.size(); ++p) {
+      if ((p < start_ || p >= start_ + size_) && *p != 0xCD) return false;
+    }
+    return true;
+  }
+
+ private:
+  static std::size_t Reported(int width) {
+    std::int32_t size = 0;
+    EXPECT_EQ(Norvala_PyrDownGetBufSizeGauss5x5BW8(width, 1, &size), 0);
+    return static_cast<std::size_t>(size);
+  }
+
+  std::size_t size_;
+  GuardedMemory memory_;
+  std::uint8_t* start_;
+};
+
+int Reduce(const Image<BW8>& src, const Image<BW8>& dst, std::uint8_t* buffer) {
+  return Norvala_PyrDownGauss5x5BW8(src.data(), src.step(), dst.data(), dst.step(), src.width(), src.height(), buffer);
+}
+int Reduce(const Image<FLOAT32>& src, const Image<FLOAT32>& dst, std::uint8_t* buffer) {
+  return Norvala_PyrDownGauss5x5FLOAT32(src.data(), src.step(), dst.data(), dst.step(), src.width(), src.height(),
+                                        buffer);
+}
+
+BW8 Naive(const Image<BW8>& src, int j, int k) {
+  static constexpr int kTaps[] = {1, 4, 6, 4, 1};
+  int sum = 128;
+  for (int y = 0; y < 5; ++y) {
+    for (int x = 0; x < 5; ++x) {
+      sum += kTaps[y] * kTaps[x] * src.Get(Mirror(2 * j + x - 2, src.width()), Mirror(2 * k + y - 2, src.height()));
+    }
+  }
+  return static_cast<BW8>(sum >> 8);
+}
+
+float NaiveRowSum(const Image<FLOAT32>& src, int j, int y) {
+  const int w = src.width();
+  const auto p = [&](int x) { return static_cast<double>(src.Get(Mirror(x, w), y)); };
+  const int x = 2 * j;
+  if (j == 0) return static_cast<float>((p(0) * 6 + p(1) * 8) + p(2) * 2);
+  if (x == w - 1) return static_cast<float>((p(x) * 6 + p(x - 1) * 8) + p(x - 2) * 2);
+  if (x == w - 2) return static_cast<float>(((p(w - 3) + p(w - 1)) * 4 + p(w - 4)) + p(w - 2) * 7);
+  return static_cast<float>(((p(x) * 6 + (p(x - 1) + p(x + 1)) * 4) + p(x - 2)) + p(x + 2));
+}
+
+FLOAT32 Naive(const Image<FLOAT32>& src, int j, int k) {
+  const int w = src.width();
+  const int h = src.height();
+  const auto mirroredTwo = [](float first, float last) {
+    return static_cast<float>((static_cast<double>(first) + static_cast<double>(last)) * 8 * 0.00390625);
+  };
+  if (h < 3) return mirroredTwo(NaiveRowSum(src, j, 0), NaiveRowSum(src, j, h - 1));
+  const auto vertical = [&](auto at) {
+    const auto s = [&](int i) { return static_cast<double>(at(Mirror(2 * k + i, h))); };
+    return ((s(0) * 6 + (s(-1) + s(1)) * 4) + s(-2)) + s(2);
+  };
+  if (w < 3) {
+    const auto column = [&](int x) { return static_cast<float>(vertical([&](int y) { return src.Get(x, y); })); };
+    return mirroredTwo(column(0), column(w - 1));
+  }
+  return static_cast<float>(vertical([&](int y) { return NaiveRowSum(src, j, y); }) * 0.00390625);
+}
+
+// One NaN is as good as another.
+bool IsNan(BW8) { return false; }
+bool IsNan(FLOAT32 value) { return std::isnan(value); }
+
+template <class T>
+class PyramidStepTest : public testing::Test {};
+using StepTypes = testing::Types<BW8, FLOAT32>;
+TYPED_TEST_SUITE(PyramidStepTest, StepTypes);
+
+TYPED_TEST(PyramidStepTest, IsTheMirroredBinomialOfEverySecondPixel) {
+  using Flush = GuardedMemory::Flush;
+  Random random(1);
+  for (int round = 0; round < 1500; ++round) {
+    // All small sizes in both directions first: they have rules of their own.
+    const int width = round < 256 ? round % 16 + 1 : RandomSize(random);
+    const int height = round < 256 ? round / 16 + 1 : RandomInt(random, 1, 20);
+    const Flush flush = round % 2 != 0 ? Flush::Start : Flush::End;
+    Layout srcLayout = RandomLayout(random);
+    Layout dstLayout = RandomLayout(random);
+    if (sizeof(TypeParam) == 4) srcLayout.padding *= 4, dstLayout.padding *= 4;
+    Image<TypeParam> src(width, height, srcLayout, flush);
+    Image<TypeParam> dst((width + 1) / 2, (height + 1) / 2, dstLayout, flush);
+    if (round % 3 == 0) {
+      src.Fill([&] { return static_cast<TypeParam>(RandomInt(random, 0, 3) == 0 ? RandomInt(random, 0, 255) : 255); });
+    } else {
+      src.FillRandom(random);
+    }
+    const StepBuffer buffer(width, RandomInt(random, 0, 33), flush);
+    const auto source = src.Bytes();
+    Image<TypeParam> expected(dst);
+    ASSERT_EQ(Reduce(src, dst, buffer.data()), 0);
+    for (int k = 0; k < dst.height(); ++k) {
+      for (int j = 0; j < dst.width(); ++j) {
+        const TypeParam value = Naive(src, j, k);
+        expected.Set(j, k, IsNan(value) && IsNan(dst.Get(j, k)) ? dst.Get(j, k) : value);
+      }
+    }
+    ASSERT_EQ(dst.Bytes(), expected.Bytes()) << width << "x" << height;
+    ASSERT_EQ(src.Bytes(), source);
+    ASSERT_TRUE(buffer.OutsideUntouched()) << width << "x" << height;
+  }
+}
+
+TEST(PyramidStepBufferTest, ReportsSixAccumulatorsOfTheSourceWidth) {
+  std::int32_t size = 0;
+  EXPECT_EQ(Norvala_PyrDownGetBufSizeGauss5x5BW8(10, 1, &size), 0);
+  EXPECT_EQ(size, 320);
+  EXPECT_EQ(Norvala_PyrDownGetBufSizeGauss5x5BW8(11, 3, &size), 0);
+  EXPECT_EQ(size, 144 * 6 + 32);
+  // The largest sizes that fit 32 bits, and the next.
+  EXPECT_EQ(Norvala_PyrDownGetBufSizeGauss5x5BW8(89478480, 1, &size), 0);
+  EXPECT_EQ(size, 89478480 * 24 + 32);
+  EXPECT_EQ(Norvala_PyrDownGetBufSizeGauss5x5BW8(89478485, 1, &size), -1);
+  EXPECT_EQ(Norvala_PyrDownGetBufSizeGauss5x5BW8(INT32_MAX, 3, &size), -1);
+  EXPECT_EQ(Norvala_PyrDownGetBufSizeGauss5x5BW8(0, 1, &size), -1);
+  EXPECT_EQ(Norvala_PyrDownGetBufSizeGauss5x5BW8(8, 2, &size), -1);
+  EXPECT_EQ(size, 89478480 * 24 + 32);
+}
+
+TEST(PyramidStepFailureTest, WritesNothing) {
+  Image<BW8> src(8, 8);
+  Image<BW8> dst(4, 4);
+  Image<FLOAT32> srcFloat(8, 8);
+  Image<FLOAT32> dstFloat(4, 4);
+  const StepBuffer buffer(8, 1, GuardedMemory::Flush::End);
+  const auto before = dst.Bytes();
+  const auto beforeFloat = dstFloat.Bytes();
+  EXPECT_EQ(Norvala_PyrDownGauss5x5BW8(src.data(), 7, dst.data(), 4, 8, 8, buffer.data()), -1);
+  EXPECT_EQ(Norvala_PyrDownGauss5x5BW8(src.data(), 8, dst.data(), 3, 8, 8, buffer.data()), -1);
+  EXPECT_EQ(Norvala_PyrDownGauss5x5BW8(src.data(), INT32_MAX, dst.data(), 4, INT32_MAX, 8, buffer.data()), -1);
+  EXPECT_EQ(Norvala_PyrDownGauss5x5FLOAT32(srcFloat.data(), 34, dstFloat.data(), 16, 8, 8, buffer.data()), -1);
+  EXPECT_EQ(Norvala_PyrDownGauss5x5FLOAT32(srcFloat.data(), 32, dstFloat.data(), 18, 8, 8, buffer.data()), -1);
+  EXPECT_EQ(
+      Norvala_PyrDownGauss5x5FLOAT32(srcFloat.data(), INT32_MAX - 3, dstFloat.data(), 16, 1 << 30, 8, buffer.data()),
+      -1);
+  EXPECT_EQ(dst.Bytes(), before);
+  EXPECT_EQ(dstFloat.Bytes(), beforeFloat);
+  EXPECT_TRUE(buffer.OutsideUntouched());
+}
+
+}  // namespace
+}  // namespace norvala_test
