@@ -649,7 +649,99 @@ NORVALA_API int32_t NORVALA_CALL Norvala_SampleDownH2V2_JPEGBW8(const BW8* src, 
 
 /* ---- Affine warp ---- */
 
+/** @name Affine warp
+ *  Coordinates are those of whole images: the first pixel of an image is the point (0, 0), and every pixel's centre is
+ *  an integer point. A region therefore does not move the pointer: pass the image's first pixel and say in the region
+ *  where to work. `coefficients` are six doubles c00, c01, c02, c10, c11, c12 that take the source point (x, y) to the
+ *  destination point (c00 x + c01 y + c02, c10 x + c11 y + c12).
+ *
+ *  The corner pixels' centres of the source region (limited to the source image) are mapped to a quadrilateral. Exactly
+ *  the pixels of the destination region whose centres lie in that quadrilateral, its edges included, are written; all
+ *  others keep their values. Each written pixel is mapped back and sampled from the source image by `interpolation`:
+ *  - 1, nearest: the pixel whose centre is nearest, moved unchanged;
+ *  - 2, linear: between the four pixels around the position;
+ *  - 4, cubic: the Lagrange cubic through the four by four pixels around the position, extrapolated at the image's
+ *    border from the outermost block; 8-bit results saturate.
+ *
+ *  An image with a side of 1 pixel is sampled by nearest, one with a side below 4 pixels by linear in place of cubic.
+ *  Adding bit 31 (INT32_MIN | 2, say) smooths the quadrilateral's edges afterwards: each pixel that an edge crosses
+ *  becomes a mixture of its neighbour just inside and its neighbour just outside, by the part of the pixel that lies
+ *  inside. The background must therefore be filled before the call. Edges on the destination region's own sides, and
+ *  pixels whose neighbours would lie outside that region, stay as they are.
+ *  @{ */
+/** Warps a region of an 8-bit image.
+ *  @param src           first pixel of the source image
+ *  @param srcWidth      width of the source image in pixels, at least 1
+ *  @param srcHeight     height of the source image in pixels, at least 1
+ *  @param srcStep       source row step in bytes, at least 1
+ *  @param srcRegion     the source region; x and y at least 0, sizes at least 1; it may reach beyond the image, whose
+ * part of it must be at least 2 by 2 pixels. Must not be null.
+ *  @param dst           first pixel of the destination image
+ *  @param dstStep       destination row step in bytes, at least 1
+ *  @param dstRegion     the destination region, all of it writable; x and y at least 0, sizes at least 1. Must not be
+ *                       null.
+ *  @param coefficients  six doubles, as above. Must not be null.
+ *  @param interpolation 1, 2 or 4, with or without bit 31
+ *  @return 0, or -1 with nothing written when a pointer is null, a size, step or region is out of its range, the
+ *          interpolation is unknown, the coefficients are singular or not finite, the source region misses the image or
+ *          leaves less than 2 by 2 pixels of it, the quadrilateral meets no pixel of the destination region, or work
+ *          memory is lacking. The call needs 8 bytes of it for each row that it writes. */
+NORVALA_API int32_t NORVALA_CALL Norvala_WarpAffine_BW8(const BW8* src, int32_t srcWidth, int32_t srcHeight,
+                                                        int32_t srcStep, const Rect* srcRegion, BW8* dst,
+                                                        int32_t dstStep, const Rect* dstRegion,
+                                                        const double* coefficients, int32_t interpolation);
+/** Warps a region of a float image; otherwise as Norvala_WarpAffine_BW8. Nearest moves bit patterns. Results are
+ *  computed in double precision, not limited to any range. */
+NORVALA_API int32_t NORVALA_CALL Norvala_WarpAffine_FLOAT32(const FLOAT32* src, int32_t srcWidth, int32_t srcHeight,
+                                                            int32_t srcStep, const Rect* srcRegion, FLOAT32* dst,
+                                                            int32_t dstStep, const Rect* dstRegion,
+                                                            const double* coefficients, int32_t interpolation);
+/** @} */
+
 /* ---- Quadrilateral warps ---- */
+
+/** @name Quadrilateral warps
+ *  Bring the content of a quadrilateral of the source image onto a quadrilateral of the destination image. A
+ *  quadrilateral is eight doubles, the points x0, y0, x1, y1, x2, y2, x3, y3 in the order in which its sides join them;
+ *  vertex k of the one goes to vertex k of the other. Both must be convex, without three vertices on a line. A
+ * rectangle of pixels is the quadrilateral of its corner pixels' centres: (left, top), (right, top), (right, bottom),
+ * (left, bottom). Images, regions and interpolations are those of the affine warp. Vertices may lie outside the images.
+ *  @{ */
+/** Warps by the affine map that takes the first three vertices of the source quadrilateral to those of the
+ *  destination's. Where the source quadrilateral lies in the source region, all pixels of the destination quadrilateral
+ *  inside the destination region are written, otherwise those that the part in the source region maps to; then edges
+ *  are not smoothed.
+ *  @param src           first pixel of the source image
+ *  @param srcWidth      width of the source image in pixels, at least 1
+ *  @param srcHeight     height of the source image in pixels, at least 1
+ *  @param srcStep       source row step in bytes, at least 1
+ *  @param srcRegion     the source region; x and y at least 0, sizes at least 1. Must not be null.
+ *  @param srcQuad       the source quadrilateral, eight doubles. Must not be null.
+ *  @param dst           first pixel of the destination image
+ *  @param dstStep       destination row step in bytes, at least 1
+ *  @param dstRegion     the destination region, all of it writable; x and y at least 0, sizes at least 1. Must not be
+ *                       null.
+ *  @param dstQuad       the destination quadrilateral, eight doubles. Must not be null.
+ *  @param interpolation 1, 2 or 4, with or without bit 31
+ *  @return 0; or -1 with the warp done when the fourth vertices do not fit the map, to about 12 digits; or -1 with
+ *          nothing written when a pointer is null, a size, step or region is out of its range, the interpolation is
+ *          unknown, a quadrilateral is degenerate, not convex or not finite, the source region misses the image, no
+ * pixel is to be written, or work memory is lacking */
+NORVALA_API int32_t NORVALA_CALL Norvala_WarpAffineQuad(const BW8* src, int32_t srcWidth, int32_t srcHeight,
+                                                        int32_t srcStep, const Rect* srcRegion, const double* srcQuad,
+                                                        BW8* dst, int32_t dstStep, const Rect* dstRegion,
+                                                        const double* dstQuad, int32_t interpolation);
+/** Warps by the projection that takes all four vertices of the source quadrilateral to those of the destination's;
+ *  arguments as for Norvala_WarpAffineQuad. Where the source quadrilateral lies in the source region, all pixels of the
+ *  destination quadrilateral inside the destination region are written; otherwise those whose position in the source
+ *  falls outside the source region keep their values. Edges are not smoothed: bit 31 is accepted without effect.
+ *  @return 0, or -1 with nothing written for the reasons of Norvala_WarpAffineQuad but the fourth vertices */
+NORVALA_API int32_t NORVALA_CALL Norvala_WarpPerspectiveQuad(const BW8* src, int32_t srcWidth, int32_t srcHeight,
+                                                             int32_t srcStep, const Rect* srcRegion,
+                                                             const double* srcQuad, BW8* dst, int32_t dstStep,
+                                                             const Rect* dstRegion, const double* dstQuad,
+                                                             int32_t interpolation);
+/** @} */
 
 /* ---- Bounds and rotation ---- */
 
@@ -694,6 +786,47 @@ NORVALA_API int32_t NORVALA_CALL Norvala_Resize(const FLOAT32* src, int32_t srcW
                                                 int32_t dstWidth, int32_t dstHeight, FLOAT64 xFactor, FLOAT64 yFactor,
                                                 int32_t interpolation);
 /** @} */
+/** @name Bounds and rotation
+ *  Where an affine warp will put a region, without doing it. Points are pixel centres, so a region of width w spans
+ *  w - 1 in x. A bound is four doubles: least x, least y, greatest x, greatest y.
+ *
+ *  Angles are in degrees, counter-clockwise on the screen where rows grow downwards. A rotation by a with a shift is
+ * the affine map with the coefficients cos a, sin a, xShift, -sin a, cos a, yShift; at 90, 180 and 270 degrees (and
+ * whole turns more or less) its elements are exactly 0, 1 and -1. Angles of 2^31 turns or more, infinite ones and NaN
+ * give meaningless numbers.
+ *  @{ */
+/** The bound of a region after an affine map.
+ *  @param region       the region; x and y at least 0, sizes at least 1. Must not be null.
+ *  @param bound        receives four doubles. Must not be null.
+ *  @param coefficients six doubles, as for Norvala_WarpAffine_BW8. Must not be null.
+ *  @return 0; -1 with the bound written when the mapped region is degenerate (a region one pixel wide or high, singular
+ *          coefficients) or not finite; -1 with nothing written when the region is out of its range */
+NORVALA_API int32_t NORVALA_CALL Norvala_GetAffineBound(const Rect* region, double* bound, const double* coefficients);
+/** The shift that makes a rotation keep a point in its place.
+ *  @param xCentre column of the point
+ *  @param yCentre row of the point
+ *  @param angle   degrees
+ *  @param xShift  receives the shift in x
+ *  @param yShift  receives the shift in y
+ *  @return 0, or -1 with nothing written when a pointer is null */
+NORVALA_API int32_t NORVALA_CALL Norvala_GetRotateShift(double xCentre, double yCentre, double angle, double* xShift,
+                                                        double* yShift);
+/** The quadrilateral of a region's corner pixels after a rotation and a shift.
+ *  @param region the region; x and y at least 0, sizes at least 1. Must not be null.
+ *  @param quad   receives eight doubles, the images of the top-left, top-right, bottom-right and bottom-left corner.
+ *                Must not be null.
+ *  @param angle  degrees
+ *  @param xShift shift in x
+ *  @param yShift shift in y
+ *  @return 0, or -1 with nothing written when the region is out of its range */
+NORVALA_API int32_t NORVALA_CALL Norvala_GetRotateQuad(const Rect* region, double* quad, double angle, double xShift,
+                                                       double yShift);
+/** The bound of Norvala_GetRotateQuad's quadrilateral; `bound` receives four doubles, otherwise as there. */
+NORVALA_API int32_t NORVALA_CALL Norvala_GetRotateBound(const Rect* region, double* bound, double angle, double xShift,
+                                                        double yShift);
+/** @} */
+
+/* ---- Resize ---- */
 
 /* ---- Discrete Fourier transform ---- */
 

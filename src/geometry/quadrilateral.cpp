@@ -1,0 +1,40 @@
+#include "geometry/quadrilateral.h"
+
+#include <algorithm>
+
+namespace norvala {
+
+Quadrilateral MapRectangleCorners(const AffineCoefficients& c, const Box& box) {
+  return {{Map(c, box.left, box.top), Map(c, box.right, box.top), Map(c, box.right, box.bottom),
+           Map(c, box.left, box.bottom)}};
+}
+
+int ClassifyQuadrilateral(const Quadrilateral& quad) {
+  int positive = 0;
+  for (int k = 0; k < 4; ++k) {
+    const Point& before = quad.vertices[(k + 3) % 4];
+    const Point& corner = quad.vertices[k];
+    const Point& after = quad.vertices[(k + 1) % 4];
+    const double cross = (corner.x - before.x) * (after.y - corner.y) - (corner.y - before.y) * (after.x - corner.x);
+    if (!(cross < 0 || cross > 0)) return -5;
+    if (cross > 0) ++positive;
+  }
+  if (positive == 4) return 1;
+  return positive == 0 ? 0 : -4;
+}
+
+StatusCode MapRegionToQuadrilateral(Rect region, Quadrilateral& quad, const AffineCoefficients& c) {
+  if (IsEmpty(region)) return StatusCode::NonPositiveSize;
+  quad = MapRectangleCorners(c, Corners(region));
+  return ClassifyQuadrilateral(quad) < 0 ? StatusCode::BadCoefficients : StatusCode::Success;
+}
+
+Box BoundOf(const Quadrilateral& quad) {
+  const auto& v = quad.vertices;
+  return {std::min(std::min(v[0].x, v[1].x), std::min(v[2].x, v[3].x)),
+          std::min(std::min(v[0].y, v[1].y), std::min(v[2].y, v[3].y)),
+          std::max(std::max(v[0].x, v[1].x), std::max(v[2].x, v[3].x)),
+          std::max(std::max(v[0].y, v[1].y), std::max(v[2].y, v[3].y))};
+}
+
+}  // namespace norvala

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+
+#include "frame/status.h"
+#include "frame/types.h"
+
+namespace norvala {
+
+struct Point {
+  double x;
+  double y;
+};
+
+// A rectangle's image lists top-left, top-right, bottom-right, bottom-left.
+struct Quadrilateral {
+  Point vertices[4];
+};
+
+// Maps (x, y) to (c00 x + c01 y + c02, c10 x + c11 y + c12).
+struct AffineCoefficients {
+  double c00, c01, c02;
+  double c10, c11, c12;
+};
+
+// An axis-parallel box between two inclusive corners: pixel centres for a rectangle of pixels, any points for a bound.
+struct Box {
+  double left, top;
+  double right, bottom;
+};
+
+inline Point Map(const AffineCoefficients& c, double x, double y) {
+  return {c.c00 * x + c.c01 * y + c.c02, c.c10 * x + c.c11 * y + c.c12};
+}
+
+inline bool Contains(const Box& box, const Point& p) {
+  return p.x >= box.left && p.x <= box.right && p.y >= box.top && p.y <= box.bottom;
+}
+
+inline bool IsEmpty(Rect r) { return r.x < 0 || r.y < 0 || r.width < 1 || r.height < 1; }
+
+// The centres of a rectangle's corner pixels.
+inline Box Corners(Rect r) {
+  return {static_cast<double>(r.x), static_cast<double>(r.y), static_cast<double>(r.x) + r.width - 1,
+          static_cast<double>(r.y) + r.height - 1};
+}
+
+Quadrilateral MapRectangleCorners(const AffineCoefficients& c, const Box& box);
+
+// The turn at the corners: 1 all positive (clockwise on the screen), 0 all negative, -4 mixed (not convex), -5 where a
+// corner is straight or not a number.
+int ClassifyQuadrilateral(const Quadrilateral& quad);
+
+// NonPositiveSize when the region is empty or begins before the image, otherwise maps the centres of its corner pixels
+// and reports BadCoefficients when their image is degenerate or not convex.
+StatusCode MapRegionToQuadrilateral(Rect region, Quadrilateral& quad, const AffineCoefficients& c);
+
+Box BoundOf(const Quadrilateral& quad);
+
+}  // namespace norvala

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "frame/lanes.h"
+#include "frame/types.h"
+#include "geometry/quadrilateral.h"
+
+namespace norvala {
+
+enum class Interpolation : std::int32_t { Nearest = 1, Linear = 2, Cubic = 4 };
+
+enum class PixelDepthCode : std::int32_t { Unsigned8 = 0, Float32 = 8 };
+
+inline std::ptrdiff_t PixelBytes(PixelDepthCode depth) { return depth == PixelDepthCode::Unsigned8 ? 1 : 4; }
+
+struct SourceImage {
+  const void* pixels;
+  std::ptrdiff_t step;
+  RegionSize size;
+};
+
+// A source position, x in lane 0 and y in lane 1.
+using Position = F64x2;
+
+// How the source positions of successive destination pixels run.
+enum class Course {
+  Monotone,  // x and y each never turn back: what lies between two positions inside the image lies inside too
+  Free
+};
+
+// Samples `count` source positions into successive destination pixels. Positions outside the image are limited to it.
+using Sampler = void(const SourceImage& source, const Position* positions, std::int32_t count, Course course,
+                     void* dst);
+
+Sampler* SelectSampler(PixelDepthCode depth, Interpolation kernel);
+
+}  // namespace norvala
