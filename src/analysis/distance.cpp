@@ -196,7 +196,7 @@ StatusCode DistanceTransform3x3BW8ToFLOAT32(const BW8* src, std::int32_t srcStep
   if (IsEmpty(size)) return StatusCode::NonPositiveSize;
   if (srcStep < size.width || dstStep < std::int64_t{size.width} * 4) return StatusCode::NonPositiveStep;
   if (dstStep % 4 != 0) return StatusCode::MisalignedStep;
-  const auto* weights = reinterpret_cast<const Unaligned<FLOAT32>*>(metrics);
+  const Unaligned<FLOAT32>* weights = reinterpret_cast<const Unaligned<FLOAT32>*>(metrics);
   const float straight = weights[0];
   const float diagonal = weights[1];
   if (!(straight > 0.0F) || !(diagonal > 0.0F)) return StatusCode::BadCoefficients;

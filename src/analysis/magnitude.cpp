@@ -7,8 +7,8 @@ namespace norvala {
 StatusCode MagnitudeRowFLOAT32(const ComplexFLOAT32Number* src, FLOAT32* dst, std::int32_t count) {
   if (src == nullptr || dst == nullptr) return StatusCode::NullPointer;
   if (count < 1) return StatusCode::NonPositiveSize;
-  const auto* __restrict parts = reinterpret_cast<const Unaligned<FLOAT32>*>(src);
-  auto* __restrict moduli = reinterpret_cast<Unaligned<FLOAT32>*>(dst);
+  const Unaligned<FLOAT32>* __restrict parts = reinterpret_cast<const Unaligned<FLOAT32>*>(src);
+  Unaligned<FLOAT32>* __restrict moduli = reinterpret_cast<Unaligned<FLOAT32>*>(dst);
   for (std::ptrdiff_t i = 0; i < count; ++i) {
     const double re = parts[2 * i];
     const double im = parts[2 * i + 1];

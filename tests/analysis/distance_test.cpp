@@ -157,13 +157,17 @@ void ExpectDistances(int width, int height, Random& random) {
   Image<BW8> mask(width, height, RandomLayout(random));
   FillMask(mask, random);
   const Weights weights = RandomWeights(random);
+  // Weights, like pixels, may lie at any address.
   const float metrics[2] = {weights.straight, weights.diagonal};
+  unsigned char misaligned[12];
+  unsigned char* const address = misaligned + RandomInt(random, 0, 3);
+  std::memcpy(address, metrics, sizeof metrics);
   const auto flush = random() % 2 != 0 ? GuardedMemory::Flush::Start : GuardedMemory::Flush::End;
   Image<float> distances(width, height, {0, 4 * RandomInt(random, 0, 3), RandomInt(random, 0, 3)}, flush);
   Image<float> expected(distances);
   Reference(mask, expected, weights).Run();
   ASSERT_EQ(Norvala_DistanceTransform3x3_BW8ToFLOAT32(mask.data(), mask.step(), distances.data(), distances.step(),
-                                                      width, height, metrics),
+                                                      width, height, reinterpret_cast<const float*>(address)),
             0);
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {
