@@ -129,18 +129,18 @@ class Pass {
       for (int v = 0; v < kVectors; ++v) LoadBounds(y + 4 * v, x - 8 * v, tiles[v]);
 #pragma GCC unroll 4
       for (int step = 0; step < 4; ++step) {
-        F32x4 moved[kVectors];
+        F32x4 turned[kVectors];  // by one lane, so that a row takes the place of the next one
         for (int v = 0; v < kVectors; ++v) {
           F32x4 least = Least(tiles[v][step], Least(up[v], before[v]) + straight);
           least = Least(least, Least(upBefore[v], upAfter[v]) + diagonal);
           tiles[v][step] = before[v] = least;
+          turned[v] = __builtin_shufflevector(least, least, 3, 0, 1, 2);
         }
-        moved[0] = __builtin_shufflevector(F32x4{Distance(y - 1, x + step + 2)}, before[0], 0, 4, 5, 6);
-        for (int v = 1; v < kVectors; ++v) moved[v] = __builtin_shufflevector(before[v - 1], before[v], 3, 4, 5, 6);
         for (int v = 0; v < kVectors; ++v) {
           upBefore[v] = up[v];
           up[v] = upAfter[v];
-          upAfter[v] = moved[v];
+          const F32x4 first = v == 0 ? F32x4{Distance(y - 1, x + step + 2)} : turned[v - 1];
+          upAfter[v] = __builtin_shufflevector(turned[v], first, 4, 1, 2, 3);
         }
       }
       for (int v = 0; v < kVectors; ++v) StoreDistances(y + 4 * v, x - 8 * v, tiles[v]);
