@@ -248,7 +248,9 @@ NORVALA_API int32_t NORVALA_CALL Norvala_DistanceTransform3x3_BW8ToFLOAT32(const
  *  @{ */
 /** Fills a vector with uniformly distributed pseudo-random bytes. The same seed and bounds give the same bytes at every
  *  call. With `low` below `high` the values are `low` to `high` - 1, except that one draw in 2^32 may give `low` - 1;
- *  equal bounds give that value throughout; with `low` above `high` the values are `high` to `low`.
+ *  equal bounds give that value throughout; with `low` above `high` the values are `high` to `low`. The generator adds
+ *  a congruential sequence to a subtract-with-borrow one (G. Marsaglia and A. Zaman, "Some portable very-long-period
+ *  random number generators", 1994).
  *
  *  Every successful call keeps about 160 bytes of memory until the process ends.
  *  @param dst    first byte to fill
