@@ -61,7 +61,7 @@ std::array<std::uint8_t, 3> ScaleColour(float t) {
   for (std::size_t c = 0; c < 3; ++c) {
     const float low = kAnchors[interval][c];
     const float high = kAnchors[interval + 1][c];
-    colour[c] = static_cast<std::uint8_t>(low + (high - low) * (position - static_cast<float>(interval)));
+    colour[c] = static_cast<std::uint8_t>(low + (high - low) * (position - static_cast<float>(interval)) + 0.5F);
   }
   return colour;
 }

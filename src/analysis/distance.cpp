@@ -35,14 +35,14 @@ inline V Least(V a, V b) {
 
 // Rows to columns of four vectors of four.
 inline void Transpose(F32x4 (&v)[4]) {
-  const F32x4 ab = __builtin_shufflevector(v[0], v[1], 0, 4, 1, 5);
-  const F32x4 AB = __builtin_shufflevector(v[0], v[1], 2, 6, 3, 7);
-  const F32x4 cd = __builtin_shufflevector(v[2], v[3], 0, 4, 1, 5);
-  const F32x4 CD = __builtin_shufflevector(v[2], v[3], 2, 6, 3, 7);
-  v[0] = __builtin_shufflevector(ab, cd, 0, 1, 4, 5);
-  v[1] = __builtin_shufflevector(ab, cd, 2, 3, 6, 7);
-  v[2] = __builtin_shufflevector(AB, CD, 0, 1, 4, 5);
-  v[3] = __builtin_shufflevector(AB, CD, 2, 3, 6, 7);
+  const F32x4 low01 = __builtin_shufflevector(v[0], v[1], 0, 4, 1, 5);
+  const F32x4 high01 = __builtin_shufflevector(v[0], v[1], 2, 6, 3, 7);
+  const F32x4 low23 = __builtin_shufflevector(v[2], v[3], 0, 4, 1, 5);
+  const F32x4 high23 = __builtin_shufflevector(v[2], v[3], 2, 6, 3, 7);
+  v[0] = __builtin_shufflevector(low01, low23, 0, 1, 4, 5);
+  v[1] = __builtin_shufflevector(low01, low23, 2, 3, 6, 7);
+  v[2] = __builtin_shufflevector(high01, high23, 0, 1, 4, 5);
+  v[3] = __builtin_shufflevector(high01, high23, 2, 3, 6, 7);
 }
 
 // One pass. It counts rows and columns in its own order: the forward pass from the top left, the backward pass from
