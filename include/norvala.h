@@ -854,9 +854,65 @@ NORVALA_API int32_t NORVALA_CALL Norvala_DFTFwdFLOAT32(const FLOAT32* src, int32
 
 /* ---- Magnitude ---- */
 
+/** @name Magnitude
+ *  @{ */
+/** Moduli of complex pixels, such as those of a spectrum: sqrt(re * re + im * im), summed and rooted in double
+ *  precision and rounded to float, so that squares cannot overflow. Infinite and NaN parts propagate.
+ *  @param src     first source pixel
+ *  @param srcStep source row step in bytes, at least 1
+ *  @param dst     first destination pixel
+ *  @param dstStep destination row step in bytes, at least 1
+ *  @param width   pixels in a row, at least 1
+ *  @param height  rows, at least 1
+ *  @return 0, or -1 when a pointer is null or a size or step is below 1 */
+NORVALA_API int32_t NORVALA_CALL Norvala_MagnitudeFLOAT32(const ComplexFLOAT32Number* src, int32_t srcStep,
+                                                          FLOAT32* dst, int32_t dstStep, int32_t width, int32_t height);
+/** @} */
+
 /* ---- Distance transform ---- */
 
+/** @name Distance transform
+ *  @{ */
+/** Distance of every pixel of a mask to its nearest zero pixel, along paths of horizontal, vertical and diagonal
+ *  steps (two-pass chamfer distance; G. Borgefors, "Distance transformations in digital images", 1986). Zero pixels
+ *  get 0. The distances have the unit of the two step weights: 1 and 1.5 give roughly pixels, 0.955 and 1.3693 are
+ *  the closest to Euclidean ones. A diagonal weight of at least twice the straight one leaves diagonals out (city-block
+ *  distance), a single row or column uses only straight steps, and distances end at the largest float: a mask without a
+ *  zero pixel gives that everywhere.
+ *  @param src     first mask pixel
+ *  @param srcStep mask row step in bytes, at least `width`
+ *  @param dst     first destination pixel
+ *  @param dstStep destination row step in bytes, at least 4 * `width` and a multiple of 4
+ *  @param width   pixels in a row, at least 1
+ *  @param height  rows, at least 1
+ *  @param metrics two weights, both above 0: of a horizontal or vertical step, then of a diagonal step
+ *  @return 0, or -1 when a pointer is null, a size is below 1, a step is out of its range, or a weight is not above 0
+ *  (NaN included) */
+NORVALA_API int32_t NORVALA_CALL Norvala_DistanceTransform3x3_BW8ToFLOAT32(const BW8* src, int32_t srcStep,
+                                                                           FLOAT32* dst, int32_t dstStep, int32_t width,
+                                                                           int32_t height, const FLOAT32* metrics);
+/** @} */
+
 /* ---- Random fill ---- */
+
+/** @name Random fill
+ *  @{ */
+/** Fills a vector with uniformly distributed pseudo-random bytes. The same seed and bounds give the same bytes at every
+ *  call. With `low` below `high` the values are `low` to `high` - 1, except that one draw in 2^32 may give `low` - 1;
+ *  equal bounds give that value throughout; with `low` above `high` the values are `high` to `low`. The generator adds
+ *  a congruential sequence to a subtract-with-borrow one (G. Marsaglia and A. Zaman, "Some portable very-long-period
+ *  random number generators", 1994).
+ *
+ *  Every successful call keeps about 160 bytes of memory until the process ends.
+ *  @param dst    first byte to fill
+ *  @param length bytes to fill, at least 1
+ *  @param low    first bound; only its low 8 bits are used
+ *  @param high   second bound; only its low 8 bits are used
+ *  @param seed   start of the sequence, any value
+ *  @return 0, or -1 when the pointer is null, the length is below 1 or the memory cannot be had */
+NORVALA_API int32_t NORVALA_CALL Norvala_RandUniform_BW8(BW8* dst, int32_t length, int32_t low, int32_t high,
+                                                         uint32_t seed);
+/** @} */
 
 #ifdef __cplusplus
 }

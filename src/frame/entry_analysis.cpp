@@ -33,6 +33,30 @@ int32_t Norvala_DFTFwdFLOAT32(const FLOAT32* src, int32_t srcStep, ComplexFLOAT3
 
 // ---- Magnitude ----
 
+int32_t Norvala_MagnitudeFLOAT32(const ComplexFLOAT32Number* src, int32_t srcStep, FLOAT32* dst, int32_t dstStep,
+                                 int32_t width, int32_t height) {
+  return Fold(kMagnitudeFLOAT32(src, srcStep, dst, dstStep, {width, height}));
+}
+
 // ---- Distance transform ----
 
+int32_t Norvala_DistanceTransform3x3_BW8ToFLOAT32(const BW8* src, int32_t srcStep, FLOAT32* dst, int32_t dstStep,
+                                                  int32_t width, int32_t height, const FLOAT32* metrics) {
+  return Fold(kDistanceTransform3x3BW8ToFLOAT32(src, srcStep, dst, dstStep, {width, height}, metrics));
+}
+
 // ---- Random fill ----
+
+// Success keeps the state and its holder: hosts rely on the call as it has always been, this loss of memory included.
+int32_t Norvala_RandUniform_BW8(BW8* dst, int32_t length, int32_t low, int32_t high, uint32_t seed) {
+  AlignedVector<RandUniformState*> holder(1);
+  StatusCode status = kRandUniformCreateBW8(holder.data(), static_cast<BW8>(low), static_cast<BW8>(high), seed);
+  if (status != StatusCode::Success) return Fold(status);
+  status = kRandUniformBW8(dst, length, holder[0]);
+  if (status != StatusCode::Success) {
+    kRandUniformFreeBW8(holder[0]);
+    return Fold(status);
+  }
+  holder.Release();
+  return 0;
+}

@@ -1,0 +1,225 @@
+#include <limits>
+
+#include "analysis/analysis.h"
+#include "frame/lanes.h"
+
+// Two raster passes over the destination. In each a pixel becomes the least of its own bound and of the sums over the
+// neighbours that the pass has seen; the bound is 0 or the largest float in the forward pass (zero and other pixels of
+// the mask) and the pixel's distance so far in the backward pass. Rounding to float keeps order and the double sum of
+// two floats rounded to float is their float sum, so sums and minima in float, in any order, give the bits of double
+// ones. A neighbour that does not exist, and a weight that is not used, is infinite.
+
+namespace norvala {
+namespace {
+
+constexpr float kLargest = std::numeric_limits<float>::max();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+struct Weights {
+  float straight;
+  float diagonal;
+};
+
+struct Plane {
+  const BW8* mask;
+  std::int32_t maskStep;
+  FLOAT32* distances;
+  std::int32_t distanceStep;
+  RegionSize size;
+};
+
+template <class V>
+inline V Least(V a, V b) {
+  return b < a ? b : a;
+}
+
+// Rows to columns of four vectors of four.
+inline void Transpose(F32x4 (&v)[4]) {
+  const F32x4 low01 = __builtin_shufflevector(v[0], v[1], 0, 4, 1, 5);
+  const F32x4 high01 = __builtin_shufflevector(v[0], v[1], 2, 6, 3, 7);
+  const F32x4 low23 = __builtin_shufflevector(v[2], v[3], 0, 4, 1, 5);
+  const F32x4 high23 = __builtin_shufflevector(v[2], v[3], 2, 6, 3, 7);
+  v[0] = __builtin_shufflevector(low01, low23, 0, 1, 4, 5);
+  v[1] = __builtin_shufflevector(low01, low23, 2, 3, 6, 7);
+  v[2] = __builtin_shufflevector(high01, high23, 0, 1, 4, 5);
+  v[3] = __builtin_shufflevector(high01, high23, 2, 3, 6, 7);
+}
+
+// One pass. It counts rows and columns in its own order: the forward pass from the top left, the backward pass from
+// the bottom right.
+template <bool forward>
+class Pass {
+ public:
+  Pass(const Plane& plane, Weights weights) : plane_(plane), weights_(weights) {}
+
+  // Rows `from` to `to` - 1, each of which has a row before it.
+  void Rows(std::int32_t from, std::int32_t to) const {
+    while (to - from >= 8 && plane_.size.width >= 32) {
+      SkewedRows<2>(from);
+      from += 8;
+    }
+    while (to - from >= 4 && plane_.size.width >= 16) {
+      SkewedRows<1>(from);
+      from += 4;
+    }
+    for (; from < to; ++from) SingleRow(from, 0, plane_.size.width, kInfinity);
+  }
+
+  // Columns `from` to `to` - 1 of one row. `skip` is the weight of a step over two columns.
+  void SingleRow(std::int32_t y, std::int32_t from, std::int32_t to, float skip) const {
+    const bool first = y == 0;
+    float before = from > 0 ? Distance(y, from - 1) : kInfinity;
+    float beforeThat = from > 1 ? Distance(y, from - 2) : kInfinity;
+    float upBefore = first || from == 0 ? kInfinity : Distance(y - 1, from - 1);
+    float up = first ? kInfinity : Distance(y - 1, from);
+    for (std::int32_t x = from; x < to; ++x) {
+      const float upAfter = first || x + 1 == plane_.size.width ? kInfinity : Distance(y - 1, x + 1);
+      float least = Least(Bound(y, x), beforeThat + skip);
+      least = Least(least, up + weights_.straight);
+      least = Least(least, Least(upBefore, upAfter) + weights_.diagonal);
+      least = Least(least, before + weights_.straight);
+      Distance(y, x) = least;
+      beforeThat = before;
+      before = least;
+      upBefore = up;
+      up = upAfter;
+    }
+  }
+
+ private:
+  Unaligned<float>& Distance(std::int32_t y, std::int32_t x) const {
+    if constexpr (forward) return Row(plane_.distances, plane_.distanceStep, y)[x];
+    return Row(plane_.distances, plane_.distanceStep, plane_.size.height - 1 - y)[plane_.size.width - 1 - x];
+  }
+
+  float Bound(std::int32_t y, std::int32_t x) const {
+    if constexpr (forward) return Row(plane_.mask, plane_.maskStep, y)[x] != 0 ? kLargest : 0.0F;
+    return Distance(y, x);
+  }
+
+  // Where the first row of a skewed band starts when the last one starts at column 1.
+  template <int kRows>
+  static constexpr std::int32_t kLead = 2 * (kRows - 1) + 1;
+
+  // Four rows a vector, each two columns behind the row before it: one step of the serial chain along the rows then
+  // serves them all, and what lies before a row is the vector of an earlier step, moved by one lane.
+  template <int kVectors>
+  void SkewedRows(std::int32_t y) const {
+    constexpr int kRows = 4 * kVectors;
+    for (int row = 0; row < kRows; ++row) SingleRow(y + row, 0, kLead<kRows> - 2 * row, kInfinity);
+
+    F32x4 before[kVectors];    // the column before, of every row
+    F32x4 upAfter[kVectors];   // of the row before every row: the column after,
+    F32x4 up[kVectors];        // the same column,
+    F32x4 upBefore[kVectors];  // the column before
+    for (int v = 0; v < kVectors; ++v) {
+      const std::int32_t first = y + 4 * v;
+      const std::int32_t column = kLead<kRows> - 8 * v;
+      before[v] = FourDistances(first, column - 1);
+      upAfter[v] = FourDistances(first - 1, column + 1);
+      up[v] = FourDistances(first - 1, column);
+      upBefore[v] = FourDistances(first - 1, column - 1);
+    }
+
+    const F32x4 straight = F32x4{} + weights_.straight;
+    const F32x4 diagonal = F32x4{} + weights_.diagonal;
+    std::int32_t x = kLead<kRows>;
+    for (; x + 5 < plane_.size.width; x += 4) {
+      F32x4 tiles[kVectors][4];
+      for (int v = 0; v < kVectors; ++v) LoadBounds(y + 4 * v, x - 8 * v, tiles[v]);
+#pragma GCC unroll 4
+      for (int step = 0; step < 4; ++step) {
+        F32x4 turned[kVectors];  // by one lane, so that a row takes the place of the next one
+        for (int v = 0; v < kVectors; ++v) {
+          F32x4 least = Least(tiles[v][step], Least(up[v], before[v]) + straight);
+          least = Least(least, Least(upBefore[v], upAfter[v]) + diagonal);
+          tiles[v][step] = before[v] = least;
+          turned[v] = __builtin_shufflevector(least, least, 3, 0, 1, 2);
+        }
+        for (int v = 0; v < kVectors; ++v) {
+          upBefore[v] = up[v];
+          up[v] = upAfter[v];
+          const F32x4 first = v == 0 ? F32x4{Distance(y - 1, x + step + 2)} : turned[v - 1];
+          upAfter[v] = __builtin_shufflevector(turned[v], first, 4, 1, 2, 3);
+        }
+      }
+      for (int v = 0; v < kVectors; ++v) StoreDistances(y + 4 * v, x - 8 * v, tiles[v]);
+    }
+
+    for (int row = 0; row < kRows; ++row) SingleRow(y + row, x - 2 * row, plane_.size.width, kInfinity);
+  }
+
+  F32x4 FourDistances(std::int32_t y, std::int32_t x) const {
+    return F32x4{Distance(y, x), Distance(y + 1, x - 2), Distance(y + 2, x - 4), Distance(y + 3, x - 6)};
+  }
+
+  // The bounds of four columns of four skewed rows, a vector a column.
+  void LoadBounds(std::int32_t y, std::int32_t x, F32x4 (&columns)[4]) const {
+    if constexpr (forward) {
+      const auto load = [&](int row) {
+        return LoadLanes<std::uint32_t>(Row(plane_.mask, plane_.maskStep, y + row) + x - 2 * row);
+      };
+      const U32x4 rows = {load(0), load(1), load(2), load(3)};
+      const I32x4 largest = BitCastLanes<I32x4>(F32x4{} + kLargest);
+      for (int column = 0; column < 4; ++column) {
+        const I32x4 set = (rows & (U32x4{} + (0xFFU << (8 * column)))) != 0;
+        columns[column] = BitCastLanes<F32x4>(set & largest);
+      }
+    } else {
+      F32x4 rows[4];
+      for (int row = 0; row < 4; ++row) rows[row] = LoadLanes<F32x4>(&Distance(y + row, x - 2 * row + 3));
+      Transpose(rows);
+      for (int column = 0; column < 4; ++column) columns[column] = rows[3 - column];
+    }
+  }
+
+  void StoreDistances(std::int32_t y, std::int32_t x, F32x4 (&columns)[4]) const {
+    if constexpr (forward) {
+      Transpose(columns);
+      for (int row = 0; row < 4; ++row) StoreLanes(&Distance(y + row, x - 2 * row), columns[row]);
+    } else {
+      F32x4 rows[4] = {columns[3], columns[2], columns[1], columns[0]};
+      Transpose(rows);
+      for (int row = 0; row < 4; ++row) StoreLanes(&Distance(y + row, x - 2 * row + 3), rows[row]);
+    }
+  }
+
+  Plane plane_;
+  Weights weights_;
+};
+
+}  // namespace
+
+StatusCode DistanceTransform3x3BW8ToFLOAT32(const BW8* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
+                                            RegionSize size, const FLOAT32* metrics) {
+  if (src == nullptr || dst == nullptr || metrics == nullptr) return StatusCode::NullPointer;
+  if (IsEmpty(size)) return StatusCode::NonPositiveSize;
+  if (srcStep < size.width || dstStep < std::int64_t{size.width} * 4) return StatusCode::NonPositiveStep;
+  if (dstStep % 4 != 0) return StatusCode::MisalignedStep;
+  const Unaligned<FLOAT32>* weights = reinterpret_cast<const Unaligned<FLOAT32>*>(metrics);
+  const float straight = weights[0];
+  const float diagonal = weights[1];
+  if (!(straight > 0.0F) || !(diagonal > 0.0F)) return StatusCode::BadCoefficients;
+
+  // Two straight steps that are no longer than a diagonal one make diagonals useless.
+  const bool diagonals = 2.0 * straight > diagonal;
+  const Weights used = {straight, diagonals ? diagonal : kInfinity};
+  // A diagonal step that is shorter than a straight one makes two of them, by way of the missing row below, the way
+  // over two columns of the last row.
+  const bool skips = straight > diagonal && size.width > 1 && size.height > 1;
+  const float skip = skips ? 2.0F * diagonal : kInfinity;
+
+  const Plane plane = {src, srcStep, dst, dstStep, size};
+  const Pass<true> forward(plane, used);
+  const std::int32_t swept = skips ? size.height - 1 : size.height;
+  forward.SingleRow(0, 0, size.width, kInfinity);
+  forward.Rows(1, swept);
+  if (skips) forward.SingleRow(swept, 0, size.width, skip);
+
+  const Pass<false> backward(plane, used);
+  backward.SingleRow(0, 0, size.width, skip);
+  backward.Rows(1, size.height);
+  return StatusCode::Success;
+}
+
+}  // namespace norvala

@@ -1,0 +1,89 @@
+#include <algorithm>
+
+#include "analysis/analysis.h"
+#include "frame/aligned_memory.h"
+
+namespace norvala {
+namespace {
+
+constexpr std::uint32_t kMultiplier = 69069;
+constexpr std::uint32_t kIncrement = 1013904243;
+constexpr std::uint32_t kFirstCongruential = 1131199209;
+constexpr double kUnitPerWord = 2.3283064365387e-10;  // near 2^-32, and not to be replaced by it
+
+// Draws the next `count` words of the sequence.
+void Draw(RandUniformState& state, std::int32_t* words, std::int32_t count) {
+  std::uint32_t lcg = state.lcg;
+  std::uint32_t x1 = state.x1;
+  std::uint32_t x2 = state.x2;
+  std::uint32_t x3 = state.x3;
+  std::int32_t borrow = state.borrow;
+  for (std::int32_t i = 0; i < count; ++i) {
+    lcg = lcg * kMultiplier + kIncrement;
+    const std::uint32_t difference = x2 - x3 + static_cast<std::uint32_t>(borrow);
+    borrow = static_cast<std::int32_t>(difference) < 0 ? -1 : 0;
+    x3 = x2;
+    x2 = x1;
+    x1 = difference - (18U & static_cast<std::uint32_t>(borrow));
+    words[i] = static_cast<std::int32_t>(x1 + lcg);
+  }
+  state.lcg = lcg;
+  state.x1 = x1;
+  state.x2 = x2;
+  state.x3 = x3;
+  state.borrow = borrow;
+}
+
+}  // namespace
+
+StatusCode RandUniformCreateBW8(RandUniformState** state, BW8 low, BW8 high, std::uint32_t seed) {
+  if (state == nullptr) return StatusCode::NullPointer;
+  AlignedVector<RandUniformState> created(1);
+  if (!created) return StatusCode::WorkBufferUnavailable;
+  const std::uint32_t x2 = seed * kMultiplier + kIncrement;
+  const std::uint32_t x3 = x2 * kMultiplier + kIncrement;
+  created[0] = {.tag = kRandUniformTag,
+                .seed = seed,
+                .low = low,
+                .high = high,
+                .mid = (low + high) * 0.5,
+                .scale = (high - low) * kUnitPerWord,
+                .lcg = kFirstCongruential,
+                .x1 = seed,
+                .x2 = x2,
+                .x3 = x3,
+                .borrow = -1};
+  *state = created.Release();
+  return StatusCode::Success;
+}
+
+StatusCode RandUniformBW8(BW8* dst, std::int32_t length, RandUniformState* state) {
+  if (dst == nullptr || state == nullptr) return StatusCode::NullPointer;
+  if (length < 1) return StatusCode::NonPositiveSize;
+  if (state->tag != kRandUniformTag) return StatusCode::WrongStateKind;
+  const double mid = state->mid;
+  const double scale = state->scale;
+  // The draw is one serial chain; the conversion of a block of words is not.
+  constexpr std::int32_t kBlock = 512;
+  std::int32_t words[kBlock];
+  for (std::int32_t done = 0; done < length;) {
+    const std::int32_t count = std::min(kBlock, length - done);
+    Draw(*state, words, count);
+    for (std::int32_t i = 0; i < count; ++i) {
+      // At most one below or at the bounds: always within 32 bits.
+      dst[done + i] = static_cast<BW8>(static_cast<std::int32_t>(words[i] * scale + mid));
+    }
+    done += count;
+  }
+  return StatusCode::Success;
+}
+
+StatusCode RandUniformFreeBW8(RandUniformState* state) {
+  if (state == nullptr) return StatusCode::NullPointer;
+  if (state->tag != kRandUniformTag) return StatusCode::WrongStateKind;
+  state->tag = 0;
+  kFree1D(state);
+  return StatusCode::Success;
+}
+
+}  // namespace norvala
