@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <random>
+#include <span>
+#include <vector>
+
+namespace norvala_test {
+
+// Where the arguments of a call come from: an endless pseudo-random sequence, or the bytes of a fuzzer's input (zeros
+// once they are used up). The same on every platform.
+class Choices {
+ public:
+  explicit Choices(std::uint32_t seed) : random_(seed) {}
+  Choices(const std::uint8_t* data, std::size_t size) : data_(data), size_(size), finite_(true) {}
+
+  std::uint32_t Word();
+  int Int(int low, int high);  // both included
+  bool OneIn(int n) { return Int(0, n - 1) == n - 1; }
+  double Fraction() { return Int(0, 1000000) * 1e-6; }  // 0 to 1
+
+  // Seed for filling a buffer: contents need no choices of their own.
+  std::uint32_t ContentSeed() { return Word(); }
+
+ private:
+  std::uint8_t Byte();
+
+  std::mt19937 random_;
+  const std::uint8_t* data_ = nullptr;
+  std::size_t size_ = 0;
+  bool finite_ = false;
+};
+
+// What a call returned and wrote: exact results as a hash, results that rest on the runtime's sine and cosine as
+// values to be compared within a bound.
+class Outcome {
+ public:
+  void Result(std::int32_t result);  // of an image function: 0 or -1
+  void Add(std::int64_t value);
+  void AddBytes(const void* bytes, std::size_t count);
+  void AddApproximate(double value) { approximate_.push_back(value); }
+
+  bool failed() const { return failed_; }  // whether any result was not 0
+  std::uint64_t hash() const { return hash_; }
+  const std::vector<double>& approximate() const { return approximate_; }
+
+ private:
+  bool failed_ = false;
+  std::uint64_t hash_ = 14695981039346656037ULL;
+  std::vector<double> approximate_;
+};
+
+// One export with a way to call it: with arguments of any value, in memory of exactly the size that the export may
+// use. Some calls are meant to fail their checks.
+struct Call {
+  const char* name;
+  void (*run)(Choices&, Outcome&);
+};
+
+// All exports.
+std::span<const Call> Catalogue();
+
+}  // namespace norvala_test
