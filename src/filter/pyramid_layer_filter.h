@@ -11,8 +11,8 @@
 // Smoothing of an image by a layer's separable kernel. A filtered image holds signed 16-bit values of 3 fractional
 // bits: a row sum drops 8 of the kernel's 13 fractional bits, a column sum of row sums rounds away 15 of the rest.
 //
-// Three classes do the sums of a row. Each names the type of a row sum, turns a source pixel into a cell of the padded
-// row, forms all row sums of a padded row, and combines kernelSize rows of them into a filtered row.
+// The filter classes do the sums of a row. Each names the type of a row sum, turns a source pixel into a cell of the
+// padded row, forms all row sums of a padded row, and combines kernelSize rows of them into a filtered row.
 
 namespace norvala {
 

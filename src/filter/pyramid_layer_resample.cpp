@@ -20,12 +20,11 @@ struct Position {
   Fraction fraction;  // 0 without one
 };
 
-// Destination pixel i of `dstCount` in a source of `srcCount`.
-Position PositionOf(std::int32_t i, std::int32_t dstCount, std::int32_t srcCount, FLOAT32 rate) {
+// Of destination pixel i in a source of `srcCount`. Only the last destination pixel may lack a right neighbour.
+Position PositionOf(std::int32_t i, std::int32_t srcCount, FLOAT32 rate) {
   const double exact = i * double{rate};
   const std::int64_t whole = std::min(static_cast<std::int64_t>(exact), std::int64_t{srcCount} - 1);
-  const bool hasRight = (i < dstCount - 1 || whole + 1 < srcCount) && whole + 1 < srcCount;
-  if (!hasRight) return {static_cast<std::int32_t>(whole), false, {0, 0}};
+  if (whole + 1 >= srcCount) return {static_cast<std::int32_t>(whole), false, {0, 0}};
   const auto bits = static_cast<std::uint32_t>((exact - static_cast<double>(whole)) * (1 << 23));
   const auto coarse = static_cast<std::uint16_t>(bits >> 12 << 1);
   return {static_cast<std::int32_t>(whole), true, {coarse, static_cast<std::uint16_t>(bits & 4095)}};
@@ -135,7 +134,7 @@ void Interpolate(FilteredRows<Filter>& rows, RegionSize srcSize, BW8* dst, std::
                  FLOAT32 rate, const LayerLines& lines) {
   Position position = {};
   for (std::int32_t i = 0; i < lines.columns; ++i) {
-    if (i < dstSize.width) position = PositionOf(i, dstSize.width, srcSize.width, rate);
+    if (i < dstSize.width) position = PositionOf(i, srcSize.width, rate);
     lines.left[i] = position.left;
     lines.coarse[i] = position.fraction.coarse;
     lines.fine[i] = position.fraction.fine;
@@ -152,7 +151,7 @@ void Interpolate(FilteredRows<Filter>& rows, RegionSize srcSize, BW8* dst, std::
     return line;
   };
   for (std::int32_t j = 0; j < dstSize.height; ++j) {
-    const Position y = PositionOf(j, dstSize.height, srcSize.height, rate);
+    const Position y = PositionOf(j, srcSize.height, rate);
     const std::int16_t* const above = resampled(y.left);
     const std::int16_t* const below = y.hasRight ? resampled(std::int64_t{y.left} + 1) : above;
     Blending::Column(above, below, dstSize.width, y, Row(dst, dstStep, j));
@@ -177,7 +176,7 @@ LayerLines::LayerLines(std::uint8_t* work, std::int32_t width, std::int32_t kern
     : columns(static_cast<std::int32_t>((std::int64_t{width} + 7) & ~std::int64_t{7})),
       padded(reinterpret_cast<std::uint16_t*>(work)),
       filtered(reinterpret_cast<std::int16_t*>(padded + columns + kernelSize - 1)),
-      resampled(filtered + columns + 1 + 1),
+      resampled(filtered + columns + 2),  // one to be read, one to keep the tables aligned
       left(reinterpret_cast<std::int32_t*>(resampled + 2 * std::ptrdiff_t{columns})),
       coarse(reinterpret_cast<std::uint16_t*>(left + columns)),
       fine(coarse + columns) {}

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "filter/filter.h"
 #include "filter/pyramid_step.h"
 #include "frame/lanes.h"
