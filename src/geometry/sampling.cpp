@@ -283,23 +283,19 @@ void Cubic<BW8>::SampleRun(const SourceImage& source, const Position* p, std::in
   }
 }
 
-inline bool AllInside(const Position* positions, std::int32_t count, Position low, Position high) {
-  auto inside = low == low;
-  for (std::int32_t k = 0; k < count; ++k) inside &= (positions[k] >= low) & (positions[k] <= high);
-  return (inside[0] & inside[1]) != 0;
-}
-
 template <class Kernel>
 void Sample(const SourceImage& source, const Position* positions, std::int32_t count, Course course, void* dst) {
   using T = typename Kernel::Pixel;
   auto* out = static_cast<Unaligned<T>*>(dst);
-  const Position low = {Kernel::kFirst, Kernel::kFirst};
-  const Position high = {source.size.width - Kernel::kBehindLast, source.size.height - Kernel::kBehindLast};
-  const auto isInterior = [=](std::int32_t k) { return AllInside(positions + k, 1, low, high); };
+  const double right = source.size.width - Kernel::kBehindLast;
+  const double bottom = source.size.height - Kernel::kBehindLast;
+  const auto isInterior = [=](std::int32_t k) {
+    const Position& p = positions[k];
+    return p[0] >= Kernel::kFirst && p[0] <= right && p[1] >= Kernel::kFirst && p[1] <= bottom;
+  };
   for (std::int32_t k = 0; k < count;) {
     std::int32_t end = k;  // of the run of interior positions from k on
-    if (course == Course::Monotone ? isInterior(k) && isInterior(count - 1)
-                                   : AllInside(positions + k, count - k, low, high)) {
+    if (course == Course::Monotone && isInterior(k) && isInterior(count - 1)) {
       end = count;
     } else {
       while (end < count && isInterior(end)) ++end;
