@@ -68,7 +68,7 @@ class Addresses {
   void Set(std::int32_t k, F64x2 x, F64x2 y) { offsets_[k / 2] = y * step_ + (x * pixelBytes_ + kBias); }
 
   const char* operator[](std::int32_t k) const {
-    const auto bits = LoadAt<std::uint64_t>(reinterpret_cast<const char*>(offsets_) + k * sizeof(double));
+    const auto bits = LoadAt<std::uint64_t>(reinterpret_cast<const char*>(offsets_) + std::ptrdiff_t{k} * 8);
     return reinterpret_cast<const char*>(origin_ + static_cast<std::uintptr_t>(bits));
   }
 
@@ -119,9 +119,8 @@ struct Nearest {
     for (std::int32_t k = 0; k < count; k += kGroup) {
       const I32x4 whole[2] = {Truncate(p[k] + 0.5, p[k + 1] + 0.5), Truncate(p[k + 2] + 0.5, p[k + 3] + 0.5)};
       for (std::int32_t i = 0; i < kGroup; ++i) {
-        const auto xy = static_cast<std::uint64_t>(BitCastLanes<Lanes<std::int64_t, 2>>(whole[i / 2])[i % 2]);
-        const auto y = static_cast<std::ptrdiff_t>(xy >> 32);
-        const auto x = static_cast<std::ptrdiff_t>(xy & UINT32_MAX);
+        const std::ptrdiff_t x = whole[i / 2][i % 2 * 2];
+        const std::ptrdiff_t y = whole[i / 2][i % 2 * 2 + 1];
         to[k + i] = LoadAt<Bits>(static_cast<const char*>(source.pixels) + y * source.step +
                                  x * static_cast<std::ptrdiff_t>(sizeof(T)));
       }
