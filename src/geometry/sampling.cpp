@@ -68,7 +68,7 @@ class Addresses {
   void Set(std::int32_t k, F64x2 x, F64x2 y) { offsets_[k / 2] = y * step_ + (x * pixelBytes_ + kBias); }
 
   const char* operator[](std::int32_t k) const {
-    const auto bits = LoadAt<std::uint64_t>(reinterpret_cast<const char*>(offsets_) + k * sizeof(double));
+    const auto bits = LoadAt<std::uint64_t>(reinterpret_cast<const char*>(offsets_) + std::ptrdiff_t{k} * 8);
     return reinterpret_cast<const char*>(origin_ + static_cast<std::uintptr_t>(bits));
   }
 
@@ -119,9 +119,8 @@ struct Nearest {
     for (std::int32_t k = 0; k < count; k += kGroup) {
       const I32x4 whole[2] = {Truncate(p[k] + 0.5, p[k + 1] + 0.5), Truncate(p[k + 2] + 0.5, p[k + 3] + 0.5)};
       for (std::int32_t i = 0; i < kGroup; ++i) {
-        const auto xy = static_cast<std::uint64_t>(BitCastLanes<Lanes<std::int64_t, 2>>(whole[i / 2])[i % 2]);
-        const auto y = static_cast<std::ptrdiff_t>(xy >> 32);
-        const auto x = static_cast<std::ptrdiff_t>(xy & UINT32_MAX);
+        const std::ptrdiff_t x = whole[i / 2][i % 2 * 2];
+        const std::ptrdiff_t y = whole[i / 2][i % 2 * 2 + 1];
         to[k + i] = LoadAt<Bits>(static_cast<const char*>(source.pixels) + y * source.step +
                                  x * static_cast<std::ptrdiff_t>(sizeof(T)));
       }
@@ -283,23 +282,19 @@ void Cubic<BW8>::SampleRun(const SourceImage& source, const Position* p, std::in
   }
 }
 
-inline bool AllInside(const Position* positions, std::int32_t count, Position low, Position high) {
-  auto inside = low == low;
-  for (std::int32_t k = 0; k < count; ++k) inside &= (positions[k] >= low) & (positions[k] <= high);
-  return (inside[0] & inside[1]) != 0;
-}
-
 template <class Kernel>
 void Sample(const SourceImage& source, const Position* positions, std::int32_t count, Course course, void* dst) {
   using T = typename Kernel::Pixel;
   auto* out = static_cast<Unaligned<T>*>(dst);
-  const Position low = {Kernel::kFirst, Kernel::kFirst};
-  const Position high = {source.size.width - Kernel::kBehindLast, source.size.height - Kernel::kBehindLast};
-  const auto isInterior = [=](std::int32_t k) { return AllInside(positions + k, 1, low, high); };
+  const double right = source.size.width - Kernel::kBehindLast;
+  const double bottom = source.size.height - Kernel::kBehindLast;
+  const auto isInterior = [=](std::int32_t k) {
+    const Position& p = positions[k];
+    return p[0] >= Kernel::kFirst && p[0] <= right && p[1] >= Kernel::kFirst && p[1] <= bottom;
+  };
   for (std::int32_t k = 0; k < count;) {
     std::int32_t end = k;  // of the run of interior positions from k on
-    if (course == Course::Monotone ? isInterior(k) && isInterior(count - 1)
-                                   : AllInside(positions + k, count - k, low, high)) {
+    if (course == Course::Monotone && isInterior(k) && isInterior(count - 1)) {
       end = count;
     } else {
       while (end < count && isInterior(end)) ++end;
