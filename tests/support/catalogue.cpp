@@ -116,6 +116,7 @@ T ContentValue(std::mt19937& random) {
 
 struct Reach {
   int left = 0, right = 0, above = 0, below = 0;  // pixels around the region that may be used
+  int stepUnit = 1;                               // the step is rounded down to a multiple of this
 };
 
 // Pixels in memory of exactly the bytes that the rows cover, whatever the step.
@@ -125,11 +126,12 @@ class Pixels {
   Pixels(Choices& choices, int width, int height, int step, Reach reach = {})
       : width_(std::max(width, 1)), height_(std::max(height, 1)), step_(step), reach_(reach) {
     const bool usable = width >= 1 && height >= 1;
+    rowStep_ = step < 1 ? step : step / reach.stepUnit * reach.stepUnit;
     const std::int64_t first = usable ? -std::int64_t{reach.above} : 0;
     const std::int64_t last = usable ? std::int64_t{height} - 1 + reach.below : 0;
-    const std::int64_t low = std::min(first * step, last * step) - reach.left * kElement;
+    const std::int64_t low = std::min(first * rowStep_, last * rowStep_) - reach.left * kElement;
     const std::int64_t high =
-        std::max(first * step, last * step) + (usable ? std::int64_t{width} + reach.right : 1) * kElement;
+        std::max(first * rowStep_, last * rowStep_) + (usable ? std::int64_t{width} + reach.right : 1) * kElement;
     // Rows that cannot all be had (a step that must be refused) share the memory of one.
     constexpr std::int64_t kMost = 1 << 22;
     rows_ = usable && high - low <= kMost;
@@ -167,7 +169,7 @@ class Pixels {
     if constexpr (std::is_floating_point_v<T>) {
       for (int y = 0; y < (rows_ ? height_ : 1); ++y) {
         for (int x = 0; x < width_; ++x) {
-          std::uint8_t* pixel = origin_ + std::int64_t{y} * step_ + x * kElement;
+          std::uint8_t* pixel = origin_ + std::int64_t{y} * rowStep_ + x * kElement;
           T value;
           std::memcpy(&value, pixel, sizeof value);
           if (std::isnan(value)) {
@@ -183,7 +185,7 @@ class Pixels {
  private:
   static constexpr int kElement = sizeof(T);
 
-  int width_, height_, step_;
+  int width_, height_, step_, rowStep_;
   Reach reach_;
   bool rows_, null_;
   std::unique_ptr<std::uint8_t[]> memory_;
@@ -382,11 +384,12 @@ void Separable(Choices& c, Outcome& o, F call) {
   const int taps = c.OneIn(32) ? c.Int(-1, 0) : c.OneIn(4) ? c.Int(1, 40) : c.Int(1, 9);
   const int anchor = c.OneIn(8) ? c.Int(-5, taps + 5) : c.Int(0, std::max(taps - 1, 0));
   const int before = taps - 1 - anchor;
-  const Reach reach = isRow ? Reach{before, anchor, 0, 0} : Reach{0, 0, before, anchor};
+  const Reach reach = isRow ? Reach{before, anchor, 0, 0, sizeof(T)} : Reach{0, 0, before, anchor, sizeof(T)};
   const int rows = isRow ? height : height + std::max(taps, 1) - 1;
   const int payload = (std::max(width, 1) + (isRow ? std::max(taps, 1) - 1 : 0)) * static_cast<int>(sizeof(T));
   Pixels<T> src(c, width, height, Step(c, payload, rows, StepRule::Row, sizeof(T)), taps < 1 ? Reach{} : reach);
-  Pixels<T> dst(c, width, height, Step(c, RowBytes(width, sizeof(T)), height, StepRule::Row, sizeof(T)));
+  Pixels<T> dst(c, width, height, Step(c, RowBytes(width, sizeof(T)), height, StepRule::Row, sizeof(T)),
+                {0, 0, 0, 0, sizeof(T)});
   const std::vector<Tap> kernel = Taps<Tap>(c, taps);
   o.Result(call(src.data(), src.step(), dst.data(), dst.step(), width, height, c.OneIn(64) ? nullptr : kernel.data(),
                 taps, anchor));
