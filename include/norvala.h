@@ -1,4 +1,4 @@
-/*
+/** @file
  * Norvala: image and signal processing primitives over pixel buffers.
  *
  * Conventions of every image function, unless its own text says otherwise:
@@ -59,16 +59,16 @@ typedef struct ComplexFLOAT32Number {
  *  @{ */
 /** Width and height in pixels. */
 typedef struct RegionSize {
-  int32_t width;
-  int32_t height;
+  int32_t width;  /**< pixels in a row */
+  int32_t height; /**< rows */
 } RegionSize;
 
 /** A rectangle in pixels: column and row of its first pixel, then its size. */
 typedef struct Rect {
-  int32_t x;
-  int32_t y;
-  int32_t width;
-  int32_t height;
+  int32_t x;      /**< first column */
+  int32_t y;      /**< first row */
+  int32_t width;  /**< columns */
+  int32_t height; /**< rows */
 } Rect;
 /** @} */
 
