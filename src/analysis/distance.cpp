@@ -33,18 +33,6 @@ inline V Least(V a, V b) {
   return b < a ? b : a;
 }
 
-// Rows to columns of four vectors of four.
-inline void Transpose(F32x4 (&v)[4]) {
-  const F32x4 low01 = __builtin_shufflevector(v[0], v[1], 0, 4, 1, 5);
-  const F32x4 high01 = __builtin_shufflevector(v[0], v[1], 2, 6, 3, 7);
-  const F32x4 low23 = __builtin_shufflevector(v[2], v[3], 0, 4, 1, 5);
-  const F32x4 high23 = __builtin_shufflevector(v[2], v[3], 2, 6, 3, 7);
-  v[0] = __builtin_shufflevector(low01, low23, 0, 1, 4, 5);
-  v[1] = __builtin_shufflevector(low01, low23, 2, 3, 6, 7);
-  v[2] = __builtin_shufflevector(high01, high23, 0, 1, 4, 5);
-  v[3] = __builtin_shufflevector(high01, high23, 2, 3, 6, 7);
-}
-
 // One pass. It counts rows and columns in its own order: the forward pass from the top left, the backward pass from
 // the bottom right.
 template <bool forward>
@@ -168,18 +156,18 @@ class Pass {
     } else {
       F32x4 rows[4];
       for (int row = 0; row < 4; ++row) rows[row] = LoadLanes<F32x4>(&Distance(y + row, x - 2 * row + 3));
-      Transpose(rows);
+      TransposeLanes(rows);
       for (int column = 0; column < 4; ++column) columns[column] = rows[3 - column];
     }
   }
 
   void StoreDistances(std::int32_t y, std::int32_t x, F32x4 (&columns)[4]) const {
     if constexpr (forward) {
-      Transpose(columns);
+      TransposeLanes(columns);
       for (int row = 0; row < 4; ++row) StoreLanes(&Distance(y + row, x - 2 * row), columns[row]);
     } else {
       F32x4 rows[4] = {columns[3], columns[2], columns[1], columns[0]};
-      Transpose(rows);
+      TransposeLanes(rows);
       for (int row = 0; row < 4; ++row) StoreLanes(&Distance(y + row, x - 2 * row + 3), rows[row]);
     }
   }

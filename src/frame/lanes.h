@@ -88,4 +88,16 @@ inline U8x16 EvenLanes(U8x16 a, U8x16 b) {
 }
 inline U16x8 EvenLanes(U16x8 a, U16x8 b) { return __builtin_shufflevector(a, b, 0, 2, 4, 6, 8, 10, 12, 14); }
 
+// Rows to columns of four vectors of four.
+inline void TransposeLanes(F32x4 (&v)[4]) {
+  const F32x4 low01 = __builtin_shufflevector(v[0], v[1], 0, 4, 1, 5);
+  const F32x4 high01 = __builtin_shufflevector(v[0], v[1], 2, 6, 3, 7);
+  const F32x4 low23 = __builtin_shufflevector(v[2], v[3], 0, 4, 1, 5);
+  const F32x4 high23 = __builtin_shufflevector(v[2], v[3], 2, 6, 3, 7);
+  v[0] = __builtin_shufflevector(low01, low23, 0, 1, 4, 5);
+  v[1] = __builtin_shufflevector(low01, low23, 2, 3, 6, 7);
+  v[2] = __builtin_shufflevector(high01, high23, 0, 1, 4, 5);
+  v[3] = __builtin_shufflevector(high01, high23, 2, 3, 6, 7);
+}
+
 }  // namespace norvala

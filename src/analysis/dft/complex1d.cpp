@@ -47,26 +47,11 @@ StatusCode Fill(DftSpec1DComplex& spec, std::int32_t length, std::int32_t normal
 
 StatusCode CreateDftSpec1DComplex(DftSpec1DComplex** spec, std::int32_t length, std::int32_t normalisation,
                                   std::int32_t hint, SharedRoots& roots) {
-  if (spec == nullptr) return StatusCode::NullPointer;
-  if (length < 1) return StatusCode::NonPositiveSize;
-  AlignedVector<DftSpec1DComplex> memory(1);
-  if (!memory) return StatusCode::WorkBufferUnavailable;
-  auto* const created = new (memory.Release()) DftSpec1DComplex;
-  const StatusCode status = Fill(*created, length, normalisation, hint, roots);
-  if (status == StatusCode::Success) {
-    *spec = created;
-  } else {
-    FreeDftSpec1DComplex(created);
-  }
-  return status;
+  return dft::CreateSpec1D(
+      spec, length, [&](DftSpec1DComplex& created) { return Fill(created, length, normalisation, hint, roots); });
 }
 
-void FreeDftSpec1DComplex(DftSpec1DComplex* spec) {
-  if (spec == nullptr) return;
-  spec->tag = 0;
-  spec->~DftSpec1DComplex();
-  kFree1D(spec);
-}
+void FreeDftSpec1DComplex(DftSpec1DComplex* spec) { dft::FreeSpec1D(spec); }
 
 StatusCode RunDft1DComplex(const Complex<float>* src, Complex<float>* dst, const DftSpec1DComplex* spec,
                            void* scratch) {

@@ -62,26 +62,11 @@ StatusCode Fill(DftSpec1DReal& spec, std::int32_t length, std::int32_t normalisa
 
 StatusCode CreateDftSpec1DReal(DftSpec1DReal** spec, std::int32_t length, std::int32_t normalisation, std::int32_t hint,
                                SharedRoots& roots) {
-  if (spec == nullptr) return StatusCode::NullPointer;
-  if (length < 1) return StatusCode::NonPositiveSize;
-  AlignedVector<DftSpec1DReal> memory(1);
-  if (!memory) return StatusCode::WorkBufferUnavailable;
-  auto* const created = new (memory.Release()) DftSpec1DReal;
-  const StatusCode status = Fill(*created, length, normalisation, hint, roots);
-  if (status == StatusCode::Success) {
-    *spec = created;
-  } else {
-    FreeDftSpec1DReal(created);
-  }
-  return status;
+  return dft::CreateSpec1D(spec, length,
+                           [&](DftSpec1DReal& created) { return Fill(created, length, normalisation, hint, roots); });
 }
 
-void FreeDftSpec1DReal(DftSpec1DReal* spec) {
-  if (spec == nullptr) return;
-  spec->tag = 0;
-  spec->~DftSpec1DReal();
-  kFree1D(spec);
-}
+void FreeDftSpec1DReal(DftSpec1DReal* spec) { dft::FreeSpec1D(spec); }
 
 StatusCode RunDft1DReal(const FLOAT32* src, FLOAT32* dst, const DftSpec1DReal* spec, void* scratch) {
   if (spec == nullptr) return StatusCode::NullPointer;

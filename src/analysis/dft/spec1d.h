@@ -1,5 +1,7 @@
 #pragma once
 
+#include <new>
+
 #include "analysis/dft/complex_lanes.h"
 #include "analysis/dft/method.h"
 #include "analysis/dft/roots.h"
@@ -31,6 +33,30 @@ struct Normalisation {
   // Multiplies `count` floats at any address by the scale.
   void Scale(void* values, std::ptrdiff_t count) const;
 };
+
+// Release and creation as both kinds share them: `fill` makes the object ready; what it has is released when it fails.
+template <class Spec>
+void FreeSpec1D(Spec* spec) {
+  if (spec == nullptr) return;
+  spec->tag = 0;
+  spec->~Spec();
+  kFree1D(spec);
+}
+template <class Spec, class Fill>
+StatusCode CreateSpec1D(Spec** spec, std::int32_t length, Fill fill) {
+  if (spec == nullptr) return StatusCode::NullPointer;
+  if (length < 1) return StatusCode::NonPositiveSize;
+  AlignedVector<Spec> memory(1);
+  if (!memory) return StatusCode::WorkBufferUnavailable;
+  auto* const created = new (memory.Release()) Spec;
+  const StatusCode status = fill(*created);
+  if (status == StatusCode::Success) {
+    *spec = created;
+  } else {
+    FreeSpec1D(created);
+  }
+  return status;
+}
 
 }  // namespace dft
 
