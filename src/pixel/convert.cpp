@@ -14,18 +14,27 @@ StatusCode Convert(const S* src, std::int32_t srcStep, D* dst, std::int32_t dstS
   return StatusCode::Success;
 }
 
-// The integer in the lowest bits of each lane, saturated at `limit` = 2^n - 1; bits above these n are undefined.
+// Floats to integers of the range 0 .. limit = 2^n - 1, in the lowest n bits of each lane; the other bits are
+// undefined.
 template <bool kRound>
-inline U32x4 Saturate(F32x4 x, float limit) {
-  const I32x4 above = x >= limit;
-  const I32x4 positive = BitCastLanes<I32x4>(x) & (x > 0.0F);  // NaN becomes 0
-  if constexpr (kRound) {
-    // This sum has no room for fractions: it rounds half to even, and its low bits hold the integer.
-    return BitCastLanes<U32x4>(BitCastLanes<I32x4>(BitCastLanes<F32x4>(positive) + 8388608.0F) | above);
-  } else {
-    return BitCastLanes<U32x4>(ConvertLanes<I32x4>(BitCastLanes<F32x4>(positive & ~above)) | above);
+class Saturate {
+ public:
+  explicit Saturate(float limit) : zero_(F32x4{} + Opaque(0.0F)), limit_(F32x4{} + Opaque(limit)) {}
+
+  U32x4 operator()(F32x4 x) const {
+    const F32x4 clamped = MinLanes(MaxLanes(x, zero_), limit_);  // NaN becomes 0
+    if constexpr (kRound) {
+      // This sum has no room for fractions: it rounds half to even, and its low bits hold the integer.
+      return BitCastLanes<U32x4>(clamped + 8388608.0F);
+    } else {
+      return BitCastLanes<U32x4>(ConvertLanes<I32x4>(clamped));
+    }
   }
-}
+
+ private:
+  F32x4 zero_;
+  F32x4 limit_;
+};
 
 // The lowest 16 bits of consecutive groups of lanes, side by side.
 inline U16x8 PackWords(U32x4 a, U32x4 b) { return EvenLanes(BitCastLanes<U16x8>(a), BitCastLanes<U16x8>(b)); }
@@ -39,22 +48,24 @@ template <bool kRound>
 void FloatRowToBytes(std::size_t count, const void* srcRow, void* dstRow) {
   const Unaligned<FLOAT32>* const src = static_cast<const Unaligned<FLOAT32>*>(srcRow);
   Unaligned<BW8>* const dst = static_cast<Unaligned<BW8>*>(dstRow);
-  const auto saturate = [src](std::size_t x) { return Saturate<kRound>(LoadLanes<F32x4>(src + x), 255.0F); };
+  const Saturate<kRound> toInteger(255.0F);
+  const auto saturate = [&](std::size_t x) { return toInteger(LoadLanes<F32x4>(src + x)); };
   std::size_t x = 0;
   for (; count - x >= 16; x += 16) {
     StoreLanes(dst + x, PackBytes(saturate(x), saturate(x + 4), saturate(x + 8), saturate(x + 12)));
   }
-  for (; x < count; ++x) dst[x] = static_cast<BW8>(Saturate<kRound>(F32x4{src[x]}, 255.0F)[0]);
+  for (; x < count; ++x) dst[x] = static_cast<BW8>(toInteger(F32x4{src[x]})[0]);
 }
 
 template <bool kRound>
 void FloatRowToWords(std::size_t count, const void* srcRow, void* dstRow) {
   const Unaligned<FLOAT32>* const src = static_cast<const Unaligned<FLOAT32>*>(srcRow);
   Unaligned<BW16>* const dst = static_cast<Unaligned<BW16>*>(dstRow);
-  const auto saturate = [src](std::size_t x) { return Saturate<kRound>(LoadLanes<F32x4>(src + x), 65535.0F); };
+  const Saturate<kRound> toInteger(65535.0F);
+  const auto saturate = [&](std::size_t x) { return toInteger(LoadLanes<F32x4>(src + x)); };
   std::size_t x = 0;
   for (; count - x >= 8; x += 8) StoreLanes(dst + x, PackWords(saturate(x), saturate(x + 4)));
-  for (; x < count; ++x) dst[x] = static_cast<BW16>(Saturate<kRound>(F32x4{src[x]}, 65535.0F)[0]);
+  for (; x < count; ++x) dst[x] = static_cast<BW16>(toInteger(F32x4{src[x]})[0]);
 }
 
 template <class S, class D>
@@ -67,10 +78,11 @@ void WidenRow(std::size_t count, const void* srcRow, void* dstRow) {
 void WordRowToBytes(std::size_t count, const void* srcRow, void* dstRow) {
   const Unaligned<BW16>* const src = static_cast<const Unaligned<BW16>*>(srcRow);
   Unaligned<BW8>* const dst = static_cast<Unaligned<BW8>*>(dstRow);
-  // All ones in the low byte where the high one is not 0.
-  const auto saturate = [src](std::size_t x) {
-    const auto v = LoadLanes<U16x8>(src + x);
-    return BitCastLanes<U8x16>(BitCastLanes<I16x8>(v) | (BitCastLanes<I16x8>(v >> 8) > 0));
+  // The smaller of value and 255, both less 2^15: the low byte is the same, and signed lanes have a minimum.
+  constexpr std::int16_t kBias = INT16_MIN;
+  const I16x8 limit = I16x8{} + Opaque(static_cast<std::int16_t>(kBias + 255));
+  const auto saturate = [&](std::size_t x) {
+    return BitCastLanes<U8x16>(MinLanes(LoadLanes<I16x8>(src + x) ^ kBias, limit));
   };
   std::size_t x = 0;
   for (; count - x >= 16; x += 16) StoreLanes(dst + x, EvenLanes(saturate(x), saturate(x + 8)));
