@@ -1,7 +1,7 @@
 """Makes index.html from the measurements in a folder: charts and tables of peer time / our time.
 
 usage: report.py FOLDER        (reads FOLDER/linux64.json and FOLDER/linux32.json)
-       report.py FOLDER --markdown   prints the tables in Markdown instead
+       report.py FOLDER --docs DOCS  writes the table into DOCS/performance.md and the charts into DOCS/pictures instead
 """
 
 import html
@@ -50,10 +50,14 @@ def largest_sizes(rows):
     return {row: max(sizes, key=pixels) for row, sizes in rows.items()}
 
 
-def bar(ratio):
-    """A bar from 1 to the ratio on a logarithmic scale: 1/4 at the left end, 8 at the right."""
+def span(ratio):
+    """Left end and width in percent of a bar from 1 to the ratio, on a logarithmic scale from 1/4 to 8."""
     place = min(max(40.0 + 20.0 * math.log2(ratio), 0.0), 100.0)
-    left, width = (40.0, place - 40.0) if ratio >= 1 else (place, 40.0 - place)
+    return (40.0, place - 40.0) if ratio >= 1 else (place, 40.0 - place)
+
+
+def bar(ratio):
+    left, width = span(ratio)
     kind = "bar" if ratio >= 1 else "bar behind"
     return f'<div class="track"><div class="{kind}" style="left:{left:.1f}%;width:{width:.1f}%"></div></div>'
 
@@ -126,18 +130,49 @@ def markdown(builds):
     return "\n".join(lines) + "\n"
 
 
+def picture(rows):
+    """The chart as an SVG file, readable on light and dark ground."""
+    largest = largest_sizes(rows)
+    lines = []
+    for row, size, who, ours, peer in comparisons(rows):
+        if size == largest[row]:
+            ratio, y = peer / ours, 16 * len(lines) + 14
+            left, width = span(ratio)
+            colour = "#2a9d74" if ratio >= 1 else "#d0702f"
+            lines.append(f'<text x="392" y="{y}" text-anchor="end">{html.escape(row)} / {html.escape(who)}</text>'
+                         f'<rect x="{400 + 4 * left:.0f}" y="{y - 10}" width="{max(4 * width, 1):.0f}" height="11" '
+                         f'fill="{colour}"/><text x="845" y="{y}" text-anchor="end">{ratio:.2f}</text>')
+    height = 16 * len(lines) + 8
+    return (f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 850 {height}" width="850" height="{height}">'
+            f'<style>text {{ font: 11px sans-serif; fill: #777; }}</style>'
+            f'<path d="M560 0V{height}" stroke="#777"/>' + "\n".join(lines) + "</svg>\n")
+
+
+def write_docs(builds, context, docs):
+    for name, rows in builds.items():
+        with open(os.path.join(docs, "pictures", f"performance-{name}.svg"), "w", encoding="utf-8") as file:
+            file.write(picture(rows))
+    guide = os.path.join(docs, "performance.md")
+    with open(guide, encoding="utf-8") as file:
+        text = file.read()
+    head, _, rest = text.partition("<!-- table -->\n")
+    _, _, tail = rest.partition("<!-- end of table -->\n")
+    with open(guide, "w", encoding="utf-8") as file:
+        file.write(f"{head}<!-- table -->\n\n{context}.\n\n{markdown(builds)}\n<!-- end of table -->\n{tail}")
+
+
 def main():
     folder = sys.argv[1]
     files = {name: os.path.join(folder, name + ".json") for name in BUILDS}
     builds = {name: read(file) for name, file in files.items() if os.path.exists(file)}
     if not builds:
         sys.exit(f"report.py: no measurements in {folder}")
-    if "--markdown" in sys.argv[2:]:
-        sys.stdout.write(markdown(builds))
-        return
     with open(files[next(iter(builds))], encoding="utf-8") as stream:
         machine = json.load(stream)["context"]
     context = f"{machine['date'][:10]}, {machine['num_cpus']} processors at {machine['mhz_per_cpu']} MHz"
+    if "--docs" in sys.argv[2:]:
+        write_docs(builds, context, sys.argv[3])
+        return
     with open(os.path.join(folder, "index.html"), "w", encoding="utf-8") as file:
         file.write(page(builds, context))
 
