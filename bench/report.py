@@ -16,10 +16,10 @@ STYLE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "docs", "
 
 
 def read(file):
-    """{row: {size: {who: least nanoseconds}}} in the order measured."""
+    """{row: {size: {who: least nanoseconds}}} in the order of the program; the runs were in a random one."""
     rows = {}
     with open(file, encoding="utf-8") as stream:
-        for entry in json.load(stream)["benchmarks"]:
+        for entry in sorted(json.load(stream)["benchmarks"], key=lambda entry: entry["family_index"]):
             if entry.get("run_type") == "aggregate":
                 continue
             row, size, who = entry["name"].rsplit("/", 2)
