@@ -85,6 +85,7 @@ class Row {
 };
 
 // The rows of one subsystem each.
+void AddFrameRows();
 void AddPixelRows();
 void AddFilterRows();
 void AddSeparableRows();
