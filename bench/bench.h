@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <memory>
 #include <random>
 #include <string>
 #include <type_traits>
@@ -22,27 +24,31 @@ struct Size {
   int height;
 };
 
-// An image without row padding, filled with random pixels: bytes of any value, floats in 0..255.
+// Memory of one image. The images of a work lie one after another, and those of the next work take their place: ours
+// and a peer's get the same pages when they ask for the same sizes in the same order. Otherwise a work that only moves
+// bytes is faster or slower by up to a half for where its images happen to lie.
+std::shared_ptr<void> TakeImageMemory(std::size_t bytes);
+
+// An image without row padding, filled with random pixels: bytes of any value, floats in 0..255. Copies share pixels.
 template <class T>
 class Image {
  public:
-  explicit Image(Size size, int margin = 0)
-      : size_(size),
-        margin_(margin),
-        pixels_(static_cast<std::size_t>(size.width + 2 * margin) *
-                static_cast<std::size_t>(size.height + 2 * margin)) {
+  explicit Image(Size size, int margin = 0) : size_(size), margin_(margin) {
+    const std::size_t count =
+        static_cast<std::size_t>(size.width + 2 * margin) * static_cast<std::size_t>(size.height + 2 * margin);
+    memory_ = TakeImageMemory(count * sizeof(T));
     std::mt19937 random(1);
-    for (T& pixel : pixels_) {
+    for (std::size_t i = 0; i < count; ++i) {
       if constexpr (std::is_floating_point_v<T>) {
-        pixel = static_cast<T>(random() % 25500) / T(100);
+        first()[i] = static_cast<T>(random() % 25500) / T(100);
       } else {
-        pixel = static_cast<T>(random());
+        first()[i] = static_cast<T>(random());
       }
     }
   }
 
   int step() const { return (size_.width + 2 * margin_) * static_cast<int>(sizeof(T)); }
-  T* data() { return pixels_.data() + static_cast<std::ptrdiff_t>(margin_) * (size_.width + 2 * margin_) + margin_; }
+  T* data() { return first() + static_cast<std::ptrdiff_t>(margin_) * (size_.width + 2 * margin_) + margin_; }
   Size size() const { return size_; }
 
 #ifdef NORVALA_BENCH_OPENCV
@@ -51,9 +57,11 @@ class Image {
 #endif
 
  private:
+  T* first() { return static_cast<T*>(memory_.get()); }
+
   Size size_;
   int margin_;
-  std::vector<T> pixels_;
+  std::shared_ptr<void> memory_;
 };
 
 // One call of the work to be timed. It owns whatever it needs (move the images into the lambda, mark it mutable).
@@ -77,6 +85,7 @@ class Row {
 };
 
 // The rows of one subsystem each.
+void AddFrameRows();
 void AddPixelRows();
 void AddFilterRows();
 void AddSeparableRows();

@@ -44,6 +44,7 @@ int main(int argc, char** argv) {
   mallopt(M_MMAP_MAX, 0);
   mallopt(M_TRIM_THRESHOLD, INT_MAX);
 #endif
+  AddFrameRows();
   AddPixelRows();
   AddFilterRows();
   AddSeparableRows();

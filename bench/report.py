@@ -12,14 +12,16 @@ import sys
 
 BUILDS = {"linux64": "64-bit build beside 64-bit peers", "linux32": "32-bit build beside 32-bit peers"}
 OURS = "norvala"
+USUAL_SIZES = {"64x64", "512x512", "1920x1080"}
+ONE_PIXEL = "1x1"
 STYLE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "docs", "style.css")
 
 
 def read(file):
-    """{row: {size: {who: least nanoseconds}}} in the order measured."""
+    """{row: {size: {who: least nanoseconds}}} in the order of the program; the runs were in a random one."""
     rows = {}
     with open(file, encoding="utf-8") as stream:
-        for entry in json.load(stream)["benchmarks"]:
+        for entry in sorted(json.load(stream)["benchmarks"], key=lambda entry: entry["family_index"]):
             if entry.get("run_type") == "aggregate":
                 continue
             row, size, who = entry["name"].rsplit("/", 2)
@@ -115,19 +117,29 @@ The bars show the largest size measured; the tables show all.</p>
     return "\n".join(parts) + "\n"
 
 
+def markdown_table(head, lines):
+    """`lines` maps the cells at the left to {build: value}."""
+    text = [f"| {' | '.join(head)} | 32-bit | 64-bit |", "|" + "---|" * len(head) + "---:|---:|"]
+    for left, by_build in lines.items():
+        values = [by_build.get(build, "") for build in ("linux32", "linux64")]
+        text.append(f"| {' | '.join([*left, *values])} |")
+    return "\n".join(text) + "\n"
+
+
 def markdown(builds):
-    """One line a row and peer at its largest size, the ratios of all builds side by side."""
-    ratios = {}
+    """The ratios of all builds side by side, one line a row and peer, and the times of calls on one pixel."""
+    ratios, calls = {}, {}
     for name, rows in builds.items():
         largest = largest_sizes(rows)
         for row, size, who, ours, peer in comparisons(rows):
-            if size == largest[row]:
-                ratios.setdefault((row, size, who), {})[name] = peer / ours
-    lines = ["| work | size | peer | 32-bit | 64-bit |", "|---|---|---|---:|---:|"]
-    for (row, size, who), by_build in ratios.items():
-        cells = [f"{by_build[b]:.2f}" if b in by_build else "" for b in ("linux32", "linux64")]
-        lines.append(f"| {row} | {size} | {who} | {cells[0]} | {cells[1]} |")
-    return "\n".join(lines) + "\n"
+            if size == largest[row] or not rows[row].keys() <= USUAL_SIZES:
+                ratios.setdefault((row, size, who), {})[name] = f"{peer / ours:.2f}"
+        for row, sizes in rows.items():
+            if ONE_PIXEL in sizes:
+                calls.setdefault((row,), {})[name] = f"{sizes[ONE_PIXEL][OURS]:.1f}"
+    return (markdown_table(["work", "size", "peer"], ratios)
+            + "\nOne call on one pixel, in nanoseconds; the first line is what the measuring itself takes.\n\n"
+            + markdown_table(["call"], calls))
 
 
 def picture(rows):

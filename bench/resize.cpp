@@ -35,8 +35,9 @@ void AddRow(const Mode& mode, const char* factorName, double factor) {
   });
 #ifdef NORVALA_BENCH_OPENCV
   row.Peer("opencv", [mode, factor](Size s) -> Work {
-    return [src = Image<FLOAT32>(s), dst = cv::Mat(), mode, factor]() mutable {
-      cv::resize(src.mat(CV_32F), dst, cv::Size(), factor, factor, mode.peer);
+    return [src = Image<FLOAT32>(s), dst = Image<FLOAT32>(Scaled(s, factor)), mode]() mutable {
+      cv::Mat to = dst.mat(CV_32F);
+      cv::resize(src.mat(CV_32F), to, to.size(), 0, 0, mode.peer);
     };
   });
 #endif

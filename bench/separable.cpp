@@ -34,6 +34,13 @@ Kernel Tent(int size, int32_t sum) {
   return kernel;
 }
 
+#ifdef NORVALA_BENCH_OPENCV
+// Memory for a matrix of the element type.
+Image<std::uint8_t> PeerResult(Size s, int type) {
+  return Image<std::uint8_t>({s.width * static_cast<int>(CV_ELEM_SIZE(type)), s.height});
+}
+#endif
+
 // Adds the rows of one export: `call` filters from one image to another. The peer sees the same source pixels; `from`
 // and `to` are its element types.
 template <class Pixel, class Call>
@@ -49,15 +56,17 @@ void Add(const std::string& name, Direction direction, const Kernel& kernel, Cal
       to == CV_64F ? cv::Mat(kernel.Normalised<double>(), true) : cv::Mat(kernel.Normalised<float>(), true);
   const cv::Mat one = cv::Mat::ones(1, 1, taps.type());
   row.Peer("opencv-separable", [=](Size s) -> Work {
-    return [=, src = Image<Pixel>(s, kMargin), dst = cv::Mat(s.height, s.width, to)]() mutable {
-      cv::sepFilter2D(src.mat(from), dst, to, alongRow ? taps : one, alongRow ? one : taps);
+    return [=, src = Image<Pixel>(s, kMargin), dst = PeerResult(s, to)]() mutable {
+      cv::Mat result(s.height, s.width, to, dst.data());
+      cv::sepFilter2D(src.mat(from), result, to, alongRow ? taps : one, alongRow ? one : taps);
     };
   });
   if (from == CV_32F && to == CV_64F) return;  // not among the peer's two-dimensional filters
   row.Peer("opencv-2d", [=](Size s) -> Work {
     const cv::Mat kernel2d = alongRow ? cv::Mat(taps.t()) : taps;
-    return [=, src = Image<Pixel>(s, kMargin), dst = cv::Mat(s.height, s.width, to)]() mutable {
-      cv::filter2D(src.mat(from), dst, to, kernel2d);
+    return [=, src = Image<Pixel>(s, kMargin), dst = PeerResult(s, to)]() mutable {
+      cv::Mat result(s.height, s.width, to, dst.data());
+      cv::filter2D(src.mat(from), result, to, kernel2d);
     };
   });
 #else

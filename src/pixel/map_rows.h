@@ -48,15 +48,13 @@ inline std::uint8_t* BytesAt(void* row, std::size_t offset) { return static_cast
 template <class T, class Op, std::convertible_to<const void*>... Sources>
 inline void MapRow(Op op, std::size_t count, void* dst, Sources... sources) {
   using V = Lanes<T, 16 / sizeof(T)>;
-  constexpr int kUnrolled = 4;
+  constexpr int kUnrolled = 2;
   const std::size_t bytes = count * sizeof(T);
   std::size_t at = 0;
   for (; bytes - at >= kUnrolled * sizeof(V); at += kUnrolled * sizeof(V)) {
-    V results[kUnrolled];
-    for (std::size_t i = 0; i < kUnrolled; ++i) {
-      results[i] = op(LoadLanes<V>(BytesAt(sources, at + i * sizeof(V)))...);
+    for (std::size_t i = 0; i < kUnrolled * sizeof(V); i += sizeof(V)) {
+      StoreLanes<V>(BytesAt(dst, at + i), op(LoadLanes<V>(BytesAt(sources, at + i))...));
     }
-    for (std::size_t i = 0; i < kUnrolled; ++i) StoreLanes<V>(BytesAt(dst, at + i * sizeof(V)), results[i]);
   }
   for (; at < bytes; at += sizeof(T)) {
     StoreLanes<T>(BytesAt(dst, at), static_cast<T>(op(LoadLanes<T>(BytesAt(sources, at))...)));
