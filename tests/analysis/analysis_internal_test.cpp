@@ -102,6 +102,23 @@ TEST(RandUniformStateTest, MostNegativeDraw) {
   }
 }
 
+// Draws so rare that no seed shows them: the sign counts before the correction by 18 turns it.
+TEST(RandUniformStateTest, BorrowsByTheUncorrectedSign) {
+  RandUniformState* state = nullptr;
+  ASSERT_EQ(kRandUniformCreateBW8(&state, 0, 255, 1), Success);
+  for (const std::uint32_t difference : {17U, 0x7FFFFFFFU, 0x80000000U, 0x80000011U}) {
+    const bool negative = difference > 0x7FFFFFFFU;
+    state->x2 = difference;
+    state->x3 = 0;
+    state->borrow = 0;
+    BW8 value;
+    ASSERT_EQ(kRandUniformBW8(&value, 1, state), Success);
+    EXPECT_EQ(state->borrow, negative ? -1 : 0) << difference;
+    EXPECT_EQ(state->x1, negative ? difference - 18 : difference) << difference;
+  }
+  EXPECT_EQ(kRandUniformFreeBW8(state), Success);
+}
+
 TEST(RandUniformTest, KeepsItsStateOnSuccessOnly) {
   HeapWatch heap;
   BW8 value = 77;
