@@ -878,7 +878,8 @@ NORVALA_API int32_t NORVALA_CALL Norvala_MagnitudeFLOAT32(const ComplexFLOAT32Nu
  *  get 0. The distances have the unit of the two step weights: 1 and 1.5 give roughly pixels, 0.955 and 1.3693 are
  *  the closest to Euclidean ones. A diagonal weight of at least twice the straight one leaves diagonals out (city-block
  *  distance), a single row or column uses only straight steps, and distances end at the largest float: a mask without a
- *  zero pixel gives that everywhere.
+ *  zero pixel gives that everywhere. With a diagonal weight below the straight one, two columns along the last row cost
+ *  at most two diagonal steps, as if one more row lay below it; no such row is assumed on the other sides.
  *  @param src     first mask pixel
  *  @param srcStep mask row step in bytes, at least `width`
  *  @param dst     first destination pixel
@@ -903,7 +904,7 @@ NORVALA_API int32_t NORVALA_CALL Norvala_DistanceTransform3x3_BW8ToFLOAT32(const
  *  a congruential sequence to a subtract-with-borrow one (G. Marsaglia and A. Zaman, "Some portable very-long-period
  *  random number generators", 1994).
  *
- *  Every successful call keeps about 160 bytes of memory until the process ends.
+ *  Every successful call keeps about 150 bytes of memory until the process ends.
  *  @param dst    first byte to fill
  *  @param length bytes to fill, at least 1
  *  @param low    first bound; only its low 8 bits are used

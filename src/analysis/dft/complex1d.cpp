@@ -1,9 +1,7 @@
 #include <cstring>
-#include <new>
 
 #include "analysis/dft/scratch.h"
 #include "analysis/dft/spec1d.h"
-#include "analysis/dft/stockham.h"
 
 namespace norvala {
 

@@ -6,6 +6,10 @@
 
 namespace norvala::dft {
 
+// Buffers of four transforms side by side: more than the one that a transform needs lets the columns of an image pass
+// several blocks at once.
+constexpr std::int64_t kLaneBuffers = 3;
+
 std::int64_t PowerOfTwoSpec::scratchSize() const {
   return kLaneBuffers * static_cast<std::int64_t>(sizeof(ComplexLanes)) * length() + 16;
 }
@@ -16,6 +20,7 @@ StatusCode PowerOfTwoSpec::Create(std::int32_t newOrder, std::int32_t newNormali
   order = newOrder;
   normalisation = newNormalisation;
   hint = newHint;
+  if (order == 0) return StatusCode::Success;
   // Radix 4, behind one pass of radix 2 where the order is odd.
   const auto n = static_cast<std::int32_t>(length());
   if (order % 2 != 0) factors.Append(2, n);

@@ -1,8 +1,5 @@
-#include <new>
-
 #include "analysis/dft/scratch.h"
 #include "analysis/dft/spec1d.h"
-#include "analysis/dft/stockham.h"
 
 namespace norvala {
 
@@ -33,7 +30,7 @@ std::int64_t ScratchSize(const DftSpec1DReal& spec) {
     case Method::MixedRadix:
       return (spec.pairsRows() ? 48 : 32) * n + 16;
     default:
-      return (spec.pairsRows() || spec.length % 2 == 0 ? 8 : 4) * n + 16;
+      return (spec.length % 2 == 0 ? 8 : 4) * n + 16;
   }
 }
 

@@ -12,10 +12,6 @@
 
 namespace norvala::dft {
 
-// The scratch of transforms that run by such passes, in buffers of four transforms side by side: more than the one that
-// they need lets the columns of an image pass several blocks at once.
-inline constexpr std::int64_t kLaneBuffers = 3;
-
 // The twiddle factors of all passes in the order of their use: for each pass and each p below `remaining`, the roots
 // w^(p k before) for k = 1 .. factor - 1; those of the last pass are all 1 and not used. `roots` has the order length *
 // stride.

@@ -49,18 +49,19 @@ void TransformRows(const FLOAT32* src, std::int32_t srcStep, const Packed& packe
   for (std::ptrdiff_t y = 0; y < packed.height; ++y) spec.normalisation.Scale(packed.At(0, y), packed.width);
 }
 
-// Moves `bytes` of every row between column x of the packed image and the scratch.
-void Gather(const Packed& packed, std::ptrdiff_t x, std::size_t bytes) {
-  unsigned char* to = packed.scratch;
-  for (std::ptrdiff_t y = 0; y < packed.height; ++y, to += bytes) std::memcpy(to, packed.At(x, y), bytes);
+// Moves `bytes` of every row between column x of an image and the scratch.
+void Gather(const Packed& image, std::ptrdiff_t x, std::size_t bytes) {
+  unsigned char* to = image.scratch;
+  for (std::ptrdiff_t y = 0; y < image.height; ++y, to += bytes) std::memcpy(to, image.At(x, y), bytes);
 }
 void Scatter(const Packed& packed, std::ptrdiff_t x, std::size_t bytes) {
   const unsigned char* from = packed.scratch;
   for (std::ptrdiff_t y = 0; y < packed.height; ++y, from += bytes) std::memcpy(packed.At(x, y), from, bytes);
 }
 
-StatusCode TransformRealColumn(const Packed& packed, std::ptrdiff_t x, const DftSpec1DReal& spec) {
-  Gather(packed, x, sizeof(FLOAT32));
+// `from` is the packed image itself or one of the same size that shares its scratch.
+StatusCode TransformRealColumn(const Packed& from, const Packed& packed, std::ptrdiff_t x, const DftSpec1DReal& spec) {
+  Gather(from, x, sizeof(FLOAT32));
   auto* const column = reinterpret_cast<FLOAT32*>(packed.scratch);
   const StatusCode status = RunDft1DReal(column, column, &spec, packed.Behind(sizeof(FLOAT32)));
   if (status == StatusCode::Success) Scatter(packed, x, sizeof(FLOAT32));
@@ -126,7 +127,7 @@ void TransformBlocks(const Packed& packed, std::ptrdiff_t x, int count, const Df
 }
 
 StatusCode TransformColumns(const Packed& packed, const DftSpec2D& spec, const DftSpec1DReal& real) {
-  StatusCode status = TransformRealColumn(packed, 0, real);
+  StatusCode status = TransformRealColumn(packed, packed, 0, real);
   if (status != StatusCode::Success) return status;
   const DftSpec1DComplex& complex = *spec.columnComplexSpec;
   const std::ptrdiff_t last = packed.width - 1;
@@ -141,7 +142,7 @@ StatusCode TransformColumns(const Packed& packed, const DftSpec2D& spec, const D
     status = TransformComplexColumn(packed, x, complex);
     if (status != StatusCode::Success) return status;
   }
-  return packed.width % 2 == 0 ? TransformRealColumn(packed, last, real) : StatusCode::Success;
+  return packed.width % 2 == 0 ? TransformRealColumn(packed, packed, last, real) : StatusCode::Success;
 }
 
 }  // namespace
@@ -161,10 +162,10 @@ StatusCode TransformPackedFLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOA
   if (packed.width == 1) {
     constexpr std::int32_t kContiguous = sizeof(FLOAT32);
     if (srcStep == kContiguous && dstStep == kContiguous) return RunDft1DReal(src, dst, &columnReal, memory.data());
-    for (std::ptrdiff_t y = 0; y < packed.height; ++y) {
-      std::memcpy(packed.At(0, y), Bytes(src, srcStep, y), sizeof(FLOAT32));
-    }
-    return TransformRealColumn(packed, 0, columnReal);
+    Packed source = packed;
+    source.image = const_cast<FLOAT32*>(src);
+    source.step = srcStep;
+    return TransformRealColumn(source, packed, 0, columnReal);
   }
   TransformRows(src, srcStep, packed, *spec->rowRealSpec);
   return TransformColumns(packed, *spec, columnReal);
