@@ -11,22 +11,6 @@ TEST(AddTest, RoundsTheSumOnce) {
   });
 }
 
-// Steps are used as given: rows upwards, and one row for all.
-TEST(AddTest, TakesAnyStep) {
-  Image<FLOAT32> src(5, 3);
-  src.FillAt([](int x, int y) { return static_cast<float>(10 * y + x); });
-  Image<FLOAT32> sum(5, 3);
-  sum.Fill([] { return 0.0F; });
-  ASSERT_EQ(Norvala_AddFLOAT32_C1IR(src.data() + 10, -src.step(), sum.data(), 0, 5, 3), 0);
-  ASSERT_EQ(Norvala_AddFLOAT32_C1IR(src.data() + 10, -src.step(), sum.data() + 5, sum.step(), 5, 2), 0);
-  for (int x = 0; x < 5; ++x) {
-    const auto column = static_cast<float>(x);
-    EXPECT_EQ(sum.Get(x, 0), 30 + 3 * column);
-    EXPECT_EQ(sum.Get(x, 1), 20 + column);
-    EXPECT_EQ(sum.Get(x, 2), 10 + column);
-  }
-}
-
 TEST(DivideTest, MultipliesByTheRoundedReciprocal) {
   for (const float divisor :
        {3.0F, -7.0F, 1e-40F, 3e38F, 0.1F, -0.3F, std::numeric_limits<float>::infinity(), 255.0F}) {
