@@ -22,7 +22,7 @@ D Saturated(float value, int rounding) {
 }
 
 TEST(ConvertTest, FloatToIntegersAsTheRuleSays) {
-  for (const int rounding : {1, 0, 2, -1}) {
+  for (const int rounding : {1, 0, 2, -1, 0x10101}) {
     CheckPixelwise<FLOAT32, BW8>(
         150, [&](auto... arguments) { return Norvala_ConvertFLOAT32toBW8(arguments..., rounding); },
         [&](float x, BW8) { return Saturated<BW8>(x, rounding); });
