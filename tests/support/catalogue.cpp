@@ -114,11 +114,12 @@ struct Reach {
 template <class T>
 class Pixels {
  public:
-  // With a random step for the region and what may be used around it.
+  // With a random step for the region and what may be used around it. Negative reaches are added to one another first,
+  // so that no size overflows.
   Pixels(Choices& choices, int width, int height, StepRule rule, Reach reach = {})
       : Pixels(choices, width, height,
-               Step(choices, RowBytes(width + reach.left + reach.right, kElement), height + reach.above + reach.below,
-                    rule, kElement),
+               Step(choices, RowBytes(width + (reach.left + reach.right), kElement),
+                    height + (reach.above + reach.below), rule, kElement),
                reach) {}
 
   Pixels(Choices& choices, int width, int height, int step, Reach reach = {})
