@@ -1,4 +1,5 @@
 # What a package holds: library, header, and what finds them.
+set(CMAKE_INSTALL_LIBDIR lib CACHE STRING "The package finds its parts from here, so every system has one layout")
 include(GNUInstallDirs)
 
 install(TARGETS norvala RUNTIME LIBRARY ARCHIVE)
@@ -9,8 +10,7 @@ if(WIN32)
 endif()
 
 include(CMakePackageConfigHelpers)
-write_basic_package_version_file(${PROJECT_BINARY_DIR}/NorvalaConfigVersion.cmake COMPATIBILITY SameMajorVersion
-  ARCH_INDEPENDENT)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/NorvalaConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES cmake/NorvalaConfig.cmake ${PROJECT_BINARY_DIR}/NorvalaConfigVersion.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Norvala)
 

@@ -240,7 +240,8 @@ NORVALA_API int32_t NORVALA_CALL Norvala_OrBW32(const BW32* src1, int32_t src1St
 NORVALA_API int32_t NORVALA_CALL Norvala_AndCBW16(BW16 constant, BW16* image, int32_t step, int32_t width,
                                                   int32_t height);
 /** Shifts unsigned 16-bit pixels to the right, in place, with zeros shifted in.
- *  @param count  bits to shift by: 0 leaves the image as it is, more than 15 make every pixel 0
+ *  @param count  bits to shift by: 0 leaves the image as it is, more than 15 (so a negative number, too) make every
+ *                pixel 0
  *  @param image  first pixel
  *  @param step   row step in bytes, at least 1
  *  @param width  pixels in a row, at least 1
@@ -253,7 +254,7 @@ NORVALA_API int32_t NORVALA_CALL Norvala_RShiftCBW16(uint32_t count, BW16* image
 NORVALA_API int32_t NORVALA_CALL Norvala_RShiftCBW32(uint32_t count, BW32* image, int32_t step, int32_t width,
                                                      int32_t height);
 /** Shifts 32-bit pixels to the left, in place, with zeros shifted in; a count above 31 makes every pixel 0; otherwise
- * as Norvala_RShiftCBW16. */
+ *  as Norvala_RShiftCBW16. */
 NORVALA_API int32_t NORVALA_CALL Norvala_LShiftCBW32(uint32_t count, BW32* image, int32_t step, int32_t width,
                                                      int32_t height);
 /** @} */
@@ -273,7 +274,7 @@ NORVALA_API int32_t NORVALA_CALL Norvala_AddFLOAT32_C1IR(const FLOAT32* src, int
                                                          int32_t srcDstStep, int32_t width, int32_t height);
 /** Divides an image by a constant in place, as a product with the constant's reciprocal rounded to a float. It can
  *  differ from the true quotient in the last bit.
- *  @param divisor neither 0 nor NaN
+ *  @param divisor neither 0 nor NaN; the reciprocal of one within 2^-128 of 0 is infinite
  *  @param image   first pixel
  *  @param step    row step in bytes, at least 1
  *  @param width   pixels in a row, at least 1
@@ -284,9 +285,10 @@ NORVALA_API int32_t NORVALA_CALL Norvala_DivCFLOAT32_C1IR(FLOAT32 divisor, FLOAT
 /** Mean of 8-bit pixels.
  *  @param src    first pixel
  *  @param step   row step in bytes, at least 1
- *  @param width  pixels in a row, at least 1; rows of more than 8421504 pixels can overflow their sum
- *  @param height rows, at least 1; the number of pixels is counted in a signed 32-bit integer, which wraps
- *  @param mean   receives the mean, 0 to 255; not written on failure
+ *  @param width  pixels in a row, at least 1; the sum of a row is a signed 32-bit integer, which more than 8421504
+ *                pixels can make wrap
+ *  @param height rows, at least 1; the number of pixels is counted in a signed 32-bit integer, which wraps too
+ *  @param mean   receives the mean, 0 to 255 where nothing wraps; not written on failure
  *  @return 0, or -1 when a pointer is null, or a size or the step is below 1 */
 NORVALA_API int32_t NORVALA_CALL Norvala_MeanBW8_C1R(const BW8* src, int32_t step, int32_t width, int32_t height,
                                                      FLOAT64* mean);

@@ -28,7 +28,7 @@ Pyramid<T> MakePyramid(const Sheet& sheet, const char* name, Reduce reduce, Plan
   // The buffer for the widest level serves all.
   std::int32_t bytes = 0;
   if (bufferSize(base.width(), 1, &bytes) != 0) throw std::runtime_error("no buffer size");
-  std::vector<std::uint8_t> buffer(static_cast<std::size_t>(bytes));
+  const Vector<BW8> buffer(library, bytes);
 
   Pyramid<T> pyramid;
   pyramid.levels.push_back(std::move(base));

@@ -50,14 +50,15 @@ Filtered<T> FilterBoth(const Sheet& sheet, const std::string& type, const std::v
   const int height = source.height() - 2 * kMargin;
   Plane<T> rows(sheet.library(), width, source.height());
   Plane<T> result(sheet.library(), width, height);
-  const auto taps = [](const std::vector<Tap>& kernel) { return static_cast<int>(kernel.size()); };
+  const Vector<Tap> rowKernel(sheet.library(), horizontal);
+  const Vector<Tap> columnKernel(sheet.library(), vertical);
   const double rowTime = sheet.Run("Norvala_FilterRow" + type, [&] {
     return filterRow(source.data() + kMargin, source.step(), rows.data(), rows.step(), width, source.height(),
-                     horizontal.data(), taps(horizontal), taps(horizontal) / 2, more...);
+                     rowKernel.data(), rowKernel.size(), rowKernel.size() / 2, more...);
   });
   const double columnTime = sheet.Run("Norvala_FilterColumn" + type, [&] {
-    return filterColumn(rows.row(kMargin), rows.step(), result.data(), result.step(), width, height, vertical.data(),
-                        taps(vertical), taps(vertical) / 2, more...);
+    return filterColumn(rows.row(kMargin), rows.step(), result.data(), result.step(), width, height,
+                        columnKernel.data(), columnKernel.size(), columnKernel.size() / 2, more...);
   });
   return {std::move(result), rowTime + columnTime};
 }

@@ -49,8 +49,7 @@ constexpr const char* kHead = R"(<!DOCTYPE html>
 constexpr const char* kIntroduction = R"(</style>
 <h1>Norvala gallery</h1>
 <p>Every picture here was made from one photograph by a host program that loads the library at run time. A caption names
-the call, the size of the picture shown and the time that the call took.</p>
-)";
+the call, the size of the picture shown and the time that the call took. The library calls itself version )";
 
 }  // namespace
 
@@ -94,7 +93,8 @@ void Sheet::Show(const std::string& file, const std::string& caption, const std:
 
 void Sheet::Finish() const {
   std::ofstream page(folder_ / "index.html", std::ios::binary);
-  page << kHead << kStyle << kIntroduction << html_ << (inSection_ ? "</div>\n" : "");
+  const auto version = library_.Function<decltype(Norvala_GetVersion)>("Norvala_GetVersion");
+  page << kHead << kStyle << kIntroduction << version() << ".</p>\n" << html_ << (inSection_ ? "</div>\n" : "");
   if (!page.flush()) throw std::runtime_error("cannot write " + (folder_ / "index.html").string());
 }
 

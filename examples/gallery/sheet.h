@@ -1,10 +1,12 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "library.h"
@@ -17,10 +19,8 @@ template <class T>
 class Plane {
  public:
   Plane(const Library& library, int width, int height) : width_(width), height_(height) {
-    const auto allocate = library.Function<decltype(Norvala_2DMallocBW8)>("Norvala_2DMallocBW8");
     const auto release = library.Function<decltype(Norvala_2DFree)>("Norvala_2DFree");
-    pixels_ = {reinterpret_cast<T*>(allocate(width * static_cast<int>(sizeof(T)), height, &step_)),
-               [release](T* pixels) { release(pixels); }};
+    pixels_ = {Allocate(library), [release](T* pixels) { release(pixels); }};
     if (pixels_ == nullptr) throw std::bad_alloc();
   }
 
@@ -33,10 +33,56 @@ class Plane {
   }
 
  private:
+  // Pixels without an allocator of their own are so many bytes.
+  T* Allocate(const Library& library) {
+    if constexpr (std::is_same_v<T, FLOAT32>) {
+      return library.Function<decltype(Norvala_2DMallocFLOAT32)>("Norvala_2DMallocFLOAT32")(width_, height_, &step_);
+    } else if constexpr (std::is_same_v<T, ComplexFLOAT32Number>) {
+      return library.Function<decltype(Norvala_2DMallocComplexFLOAT32Number)>("Norvala_2DMallocComplexFLOAT32Number")(
+          width_, height_, &step_);
+    } else {
+      return reinterpret_cast<T*>(library.Function<decltype(Norvala_2DMallocBW8)>("Norvala_2DMallocBW8")(
+          width_ * static_cast<int>(sizeof(T)), height_, &step_));
+    }
+  }
+
   int width_;
   int height_;
   std::int32_t step_ = 0;
   std::unique_ptr<T, std::function<void(T*)>> pixels_;
+};
+
+// A vector in the library's own aligned memory.
+template <class T>
+class Vector {
+ public:
+  Vector(const Library& library, int size) : size_(size) {
+    const auto release = library.Function<decltype(Norvala_1DFree)>("Norvala_1DFree");
+    elements_ = {Allocate(library, size), [release](T* elements) { release(elements); }};
+    if (elements_ == nullptr) throw std::bad_alloc();
+  }
+  Vector(const Library& library, const std::vector<T>& elements) : Vector(library, static_cast<int>(elements.size())) {
+    std::copy(elements.begin(), elements.end(), data());
+  }
+
+  int size() const { return size_; }
+  T* data() const { return elements_.get(); }
+
+ private:
+  static T* Allocate(const Library& library, int size) {
+    if constexpr (std::is_same_v<T, BW8>) {
+      return library.Function<decltype(Norvala_1DMallocBW8)>("Norvala_1DMallocBW8")(size);
+    } else if constexpr (std::is_same_v<T, FLOAT32>) {
+      return library.Function<decltype(Norvala_1DMallocFLOAT32)>("Norvala_1DMallocFLOAT32")(size);
+    } else if constexpr (std::is_same_v<T, FLOAT64>) {
+      return library.Function<decltype(Norvala_1DMallocFLOAT64)>("Norvala_1DMallocFLOAT64")(size);
+    } else {
+      return library.Function<decltype(Norvala_1DMallocINT32)>("Norvala_1DMallocINT32")(size);
+    }
+  }
+
+  int size_;
+  std::unique_ptr<T, std::function<void(T*)>> elements_;
 };
 
 // The contact sheet: runs calls, times them, writes one PNG a picture and, at the end, index.html.

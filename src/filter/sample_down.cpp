@@ -38,6 +38,7 @@ StatusCode SampleDownH2V2_JPEGBW8(const BW8* src, std::int32_t srcStep, RegionSi
   if (dstStep < 1) return StatusCode::NonPositiveStep;
   if (IsEmpty(dstSize)) return StatusCode::NonPositiveSize;
   for (std::int32_t y = 0; y < dstSize.height; ++y) {
+    // Row 2 * y, in two steps because twice a step or a row number may not fit its type.
     const Unaligned<const BW8>* const upper = Row(Row(src, srcStep, y), srcStep, y);
     SampleDownRow(upper, Row(upper, srcStep, 1), Row(dst, dstStep, y), dstSize.width);
   }

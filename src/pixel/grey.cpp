@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include "frame/lanes.h"
 #include "pixel/map_rows.h"
 #include "pixel/pixel.h"
@@ -43,8 +45,8 @@ inline void Shuffle(U8x16& a, U8x16& b, U8x16& c) {
   c = evenHigh;
 }
 
-// The grey values times 256, for weights whose sum is at most 4096. With every weight split into 16 * high + low,
-// floor(sum / 16) = sum of high * c + floor(sum of low * c / 16), and no step exceeds 16 bits.
+// The grey values times 256, modulo 2^16. With every weight split into 16 * high + low, floor(sum / 16) = sum of
+// high * c + floor(sum of low * c / 16), where only the first part can wrap.
 class LaneWeights {
  public:
   explicit LaneWeights(const Weights& weights)
@@ -64,22 +66,19 @@ class LaneWeights {
 };
 
 void GreyRow(std::size_t count, const Unaligned<BW8>* src, Unaligned<BW8>* dst, const Weights& weights) {
+  const LaneWeights lanes(weights);
   std::size_t x = 0;
-  const std::uint64_t sum = std::uint64_t{weights.red} + weights.green + weights.blue;
-  if (sum <= std::uint64_t{1} << kFractionBits) {
-    const LaneWeights lanes(weights);
-    for (; count - x >= 16; x += 16) {
-      auto a = LoadLanes<U8x16>(src + 3 * x);
-      auto b = LoadLanes<U8x16>(src + 3 * x + 16);
-      auto c = LoadLanes<U8x16>(src + 3 * x + 32);
-      Shuffle(a, b, c);
-      Shuffle(a, b, c);
-      Shuffle(a, b, c);
-      // One shuffle short: the halves in turn are red, green and blue of the even pixels, then of the odd ones.
-      const U16x8 even = lanes.Sum(WidenLow(a), WidenHigh(a), WidenLow(b));
-      const U16x8 odd = lanes.Sum(WidenHigh(b), WidenLow(c), WidenHigh(c));
-      StoreLanes(dst + x, (even >> 8) | (odd & 0xFF00));
-    }
+  for (; count - x >= 16; x += 16) {
+    auto a = LoadLanes<U8x16>(src + 3 * x);
+    auto b = LoadLanes<U8x16>(src + 3 * x + 16);
+    auto c = LoadLanes<U8x16>(src + 3 * x + 32);
+    Shuffle(a, b, c);
+    Shuffle(a, b, c);
+    Shuffle(a, b, c);
+    // One shuffle short: the halves in turn are red, green and blue of the even pixels, then of the odd ones.
+    const U16x8 even = lanes.Sum(WidenLow(a), WidenHigh(a), WidenLow(b));
+    const U16x8 odd = lanes.Sum(WidenHigh(b), WidenLow(c), WidenHigh(c));
+    StoreLanes(dst + x, (even >> 8) | (odd & 0xFF00));
   }
   for (; x < count; ++x) dst[x] = Weigh(src + 3 * x, weights);
 }
@@ -94,11 +93,10 @@ StatusCode ToGrey(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t d
   return StatusCode::Success;
 }
 
-// NaN gives 0, and what 32 bits do not hold the nearest end of their range.
+// NaN, and what 32 bits do not hold, counts as 0.
 std::uint32_t Scale(FLOAT32 weight) {
   const FLOAT64 scaled = static_cast<FLOAT64>(weight) * (1 << kFractionBits) + 0.5;
-  if (!(scaled > -2147483648.0)) return scaled <= -2147483648.0 ? 0x80000000U : 0U;
-  return static_cast<std::uint32_t>(scaled < 2147483647.0 ? static_cast<std::int32_t>(scaled) : 2147483647);
+  return std::fabs(scaled) < 2147483648.0 ? static_cast<std::uint32_t>(static_cast<std::int32_t>(scaled)) : 0;
 }
 
 }  // namespace

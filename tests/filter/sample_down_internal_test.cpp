@@ -1,25 +1,33 @@
-#include <gtest/gtest.h>
-
 #include "filter/filter.h"
+#include "support/checks.h"
 
 namespace norvala {
 namespace {
 
-TEST(SampleDownStatusTest, ChecksInOrder) {
-  BW8 src[4] = {};
-  BW8 dst[1] = {};
-  const auto status = [&](const BW8* from, int srcStep, RegionSize srcSize, BW8* to, int dstStep, RegionSize dstSize) {
-    return kSampleDownH2V2_JPEGBW8(from, srcStep, srcSize, to, dstStep, dstSize);
-  };
-  EXPECT_EQ(status(nullptr, 0, {0, 0}, nullptr, 0, {0, 0}), StatusCode::NullPointer);
-  EXPECT_EQ(status(src, 0, {0, 0}, nullptr, 0, {0, 0}), StatusCode::NonPositiveStep);
-  EXPECT_EQ(status(src, 2, {0, 1}, nullptr, 0, {0, 0}), StatusCode::NonPositiveSize);
-  EXPECT_EQ(status(src, 2, {1, 0}, nullptr, 0, {0, 0}), StatusCode::NonPositiveSize);
-  EXPECT_EQ(status(src, 2, {1, 1}, nullptr, 0, {0, 0}), StatusCode::NullPointer);
-  EXPECT_EQ(status(src, 2, {1, 1}, dst, 0, {0, 0}), StatusCode::NonPositiveStep);
-  EXPECT_EQ(status(src, 2, {1, 1}, dst, 1, {0, 1}), StatusCode::NonPositiveSize);
-  EXPECT_EQ(status(src, 2, {1, 1}, dst, 1, {1, 0}), StatusCode::NonPositiveSize);
-  EXPECT_EQ(status(src, 2, {1, 1}, dst, 1, {1, 1}), StatusCode::Success);
+unsigned char memory[256];
+
+struct Arguments {
+  const BW8* src = memory;
+  std::int32_t srcStep = 2;
+  RegionSize srcSize = {1, 1};
+  BW8* dst = memory + 128;
+  std::int32_t dstStep = 1;
+  RegionSize dstSize = {1, 1};
+};
+
+TEST(SampleDownStatusTest, ChecksTheSourceBeforeTheDestination) {
+  norvala_test::ExpectChecks("sample down", memory, Arguments(),
+                             [](const Arguments& a) {
+                               return kSampleDownH2V2_JPEGBW8(a.src, a.srcStep, a.srcSize, a.dst, a.dstStep, a.dstSize);
+                             },
+                             {{StatusCode::NullPointer, [](Arguments& a) { a.src = nullptr; }},
+                              {StatusCode::NonPositiveStep, [](Arguments& a) { a.srcStep = 0; }},
+                              {StatusCode::NonPositiveSize, [](Arguments& a) { a.srcSize.width = 0; }},
+                              {StatusCode::NonPositiveSize, [](Arguments& a) { a.srcSize.height = 0; }},
+                              {StatusCode::NullPointer, [](Arguments& a) { a.dst = nullptr; }},
+                              {StatusCode::NonPositiveStep, [](Arguments& a) { a.dstStep = 0; }},
+                              {StatusCode::NonPositiveSize, [](Arguments& a) { a.dstSize.width = 0; }},
+                              {StatusCode::NonPositiveSize, [](Arguments& a) { a.dstSize.height = 0; }}});
 }
 
 }  // namespace

@@ -23,7 +23,7 @@ TEST(AlignedMemoryTest, StoresTheRawBlockBeforeTheStart) {
   EXPECT_EQ(heap.live(), 0);
 }
 
-TEST(AlignedMemoryTest, RefusalsDoNotReachTheHeap) {
+TEST(AlignedMemoryTest, RefusesWithoutTheHeapAndFailsWithIt) {
   HeapWatch heap;
   std::int32_t step = 0;
   EXPECT_EQ(kMalloc1DBW8(0), nullptr);
@@ -31,30 +31,30 @@ TEST(AlignedMemoryTest, RefusalsDoNotReachTheHeap) {
   EXPECT_EQ(kMalloc2DFLOAT32(0, 1, &step), nullptr);
   EXPECT_EQ(kMalloc2DFLOAT32(1, 1, nullptr), nullptr);
   EXPECT_EQ(heap.allocations(), 0);
-}
-
-TEST(AlignedMemoryTest, FailureOfTheHeapIsNull) {
-  HeapWatch heap;
   heap.FailAt(0);
   EXPECT_EQ(kMalloc1DFLOAT32(8), nullptr);
   heap.FailAt(0);
-  std::int32_t step = -1;
   EXPECT_EQ(kMalloc2DComplexFLOAT32Number(5, 8, &step), nullptr);
   EXPECT_EQ(step, 64);
   EXPECT_EQ(heap.live(), 0);
 }
 
 TEST(AlignedMemoryTest, LevelThreeAllocatesByItself) {
-  EXPECT_NE(kMalloc1DFLOAT32.entries[3], kMalloc1DFLOAT32.entries[0]);
-  EXPECT_NE(kMalloc2DBW8.entries[3], kMalloc2DBW8.entries[0]);
-  for (const int level : {1, 2, 4}) EXPECT_EQ(kMalloc1DBW8.entries[level], kMalloc1DBW8.entries[0]);
-  for (const int level : {1, 2, 3, 4}) EXPECT_EQ(kFree1D.entries[level], kFree1D.entries[0]);
+  const auto ownAtThree = [](const auto& table) {
+    const auto* entries = table.entries;
+    return entries[3] != entries[0] && entries[1] == entries[0] && entries[2] == entries[0] && entries[4] == entries[0];
+  };
+  EXPECT_TRUE(ownAtThree(kMalloc1DBW8) && ownAtThree(kMalloc1DFLOAT32) && ownAtThree(kMalloc1DINT32));
+  EXPECT_TRUE(ownAtThree(kMalloc1DFLOAT64) && ownAtThree(kMalloc2DBW8) && ownAtThree(kMalloc2DFLOAT32));
+  EXPECT_TRUE(ownAtThree(kMalloc2DComplexFLOAT32Number) && !ownAtThree(kFree1D));
+  const HeapWatch heap;
   std::int32_t step = 0;
   void* image = kMalloc2DBW8.entries[3](33, 2, &step);
   ASSERT_NE(image, nullptr);
   EXPECT_EQ(reinterpret_cast<std::uintptr_t>(image) % kBufferAlignment, 0U);
   EXPECT_EQ(step, 64);
   kFree2D(image);
+  EXPECT_EQ(heap.live(), 0);
 }
 
 TEST(AlignedVectorTest, OwnsItsBlock) {
@@ -69,7 +69,8 @@ TEST(AlignedVectorTest, OwnsItsBlock) {
   }
   EXPECT_EQ(heap.live(), 0);
   EXPECT_FALSE(AlignedVector<double>(0));
-  EXPECT_FALSE(AlignedVector<char>(std::int64_t{1} << 40));
+  EXPECT_FALSE(AlignedVector<float>((std::int64_t{1} << 32) + 5));
+  EXPECT_FALSE(AlignedVector<std::int16_t>(INT32_MAX));
   heap.FailAt(0);
   EXPECT_FALSE(AlignedVector<std::int16_t>(10));
 }

@@ -17,7 +17,7 @@ TEST(VersionTest, IsOneConstantText) {
 // Every vector is aligned and wholly writable, whatever its length.
 template <class T>
 void ExpectVectors(T* (*allocate)(std::int32_t)) {
-  for (const std::int32_t count : {1, 2, 7, 8, 31, 32, 33, 1000, 100003}) {
+  for (const std::int32_t count : {1, 7, 8, 31, 32, 33, 100003}) {
     T* vector = allocate(count);
     ASSERT_NE(vector, nullptr);
     EXPECT_TRUE(IsAligned(vector));
@@ -48,32 +48,27 @@ void ExpectImages(T* (*allocate)(std::int32_t, std::int32_t, std::int32_t*)) {
     T* image = allocate(width, 7, &step);
     ASSERT_NE(image, nullptr);
     EXPECT_TRUE(IsAligned(image));
-    const auto payload = width * static_cast<std::int32_t>(sizeof(T));
-    EXPECT_EQ(step, (payload + 31) / 32 * 32);
+    EXPECT_EQ(step, (width * static_cast<std::int32_t>(sizeof(T)) + 31) / 32 * 32);
     std::memset(image, 0x5A, static_cast<std::size_t>(step) * 7);
     Norvala_2DFree(image);
   }
-  std::int32_t step = 77;
-  EXPECT_EQ(allocate(0, 5, &step), nullptr);
-  EXPECT_EQ(step, 0);
-  step = 77;
-  EXPECT_EQ(allocate(5, -1, &step), nullptr);
-  EXPECT_EQ(step, 0);
   EXPECT_EQ(allocate(5, 5, nullptr), nullptr);
-  step = 77;
-  EXPECT_EQ(allocate(1, INT32_MAX, &step), nullptr);  // the rows do not fit, the step does
-  EXPECT_EQ(step, 32);
-  step = 77;
-  EXPECT_EQ(allocate(INT32_MAX, 1, &step), nullptr);
-  EXPECT_EQ(step, 0);
+  struct Refusal {
+    std::int32_t width, height, step;
+  };
+  // The last two: the rows do not fit, the step does; the step does not fit.
+  for (const Refusal r : {Refusal{0, 5, 0}, {5, 0, 0}, {5, -1, 0}, {1, INT32_MAX, 32}, {INT32_MAX, 1, 0}}) {
+    std::int32_t step = 77;
+    EXPECT_EQ(allocate(r.width, r.height, &step), nullptr);
+    EXPECT_EQ(step, r.step) << r.width << "x" << r.height;
+  }
 }
 
 TEST(MemoryTest, ImagesHaveAlignedRows) {
-  ExpectImages<BW8>([](std::int32_t w, std::int32_t h, std::int32_t* s) { return Norvala_2DMallocBW8(w, h, s); });
-  ExpectImages<FLOAT32>(
-      [](std::int32_t w, std::int32_t h, std::int32_t* s) { return Norvala_2DMallocFLOAT32(w, h, s); });
+  ExpectImages<BW8>([](auto... arguments) { return Norvala_2DMallocBW8(arguments...); });
+  ExpectImages<FLOAT32>([](auto... arguments) { return Norvala_2DMallocFLOAT32(arguments...); });
   ExpectImages<ComplexFLOAT32Number>(
-      [](std::int32_t w, std::int32_t h, std::int32_t* s) { return Norvala_2DMallocComplexFLOAT32Number(w, h, s); });
+      [](auto... arguments) { return Norvala_2DMallocComplexFLOAT32Number(arguments...); });
 }
 
 TEST(MemoryTest, ReleasingNullDoesNothing) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <utility>
 
 #include "frame/processor.h"
 
@@ -28,40 +29,38 @@ ProcessorFeatures Features(std::uint32_t family, int simd, bool mmx = true) {
 }
 
 TEST(ProcessorCodeTest, NamesEveryRow) {
-  const auto classify = [](const char* vendor, const ProcessorFeatures& f) {
-    return ClassifyProcessor(true, vendor, f);
-  };
   ProcessorFeatures several = Features(15, 2);
   several.severalLogicalProcessors = 1;
   ProcessorFeatures wide3 = Features(15, 3);
   wide3.extension64 = 1;
   ProcessorFeatures wide4 = Features(15, 4);
   wide4.extension64 = 1;
-
-  EXPECT_EQ(ClassifyProcessor(false, kVerified, Features(6, 4)), 0);
-  EXPECT_EQ(classify(kVerified, Features(5, 0, false)), 1);
-  EXPECT_EQ(classify(kVerified, Features(5, 0)), 2);
-  EXPECT_EQ(classify(kVerified, Features(6, 0, false)), 3);
-  EXPECT_EQ(classify(kVerified, Features(6, 0)), 4);
-  EXPECT_EQ(classify(kVerified, Features(6, 1)), 5);
-  EXPECT_EQ(classify(kVerified, Features(15, 2)), 6);
-  EXPECT_EQ(classify(kVerified, several), 7);
-  EXPECT_EQ(classify(kVerified, Features(15, 3)), 8);
-  EXPECT_EQ(classify(kVerified, Features(15, 4)), 8);
-  EXPECT_EQ(classify(kVerified, Features(6, 2)), 9);
-  EXPECT_EQ(classify(kVerified, Features(6, 3)), 10);
-  EXPECT_EQ(classify(kVerified, Features(7, 4)), 16);
-  EXPECT_EQ(classify(kVerified, Features(15, 1)), 17);
-  EXPECT_EQ(classify(kVerified, Features(31, 4)), 17);
-  EXPECT_EQ(classify(kVerified, wide3), 32);
-  EXPECT_EQ(classify(kVerified, wide4), 33);
-  EXPECT_EQ(classify(kVerified, Features(6, 4)), 33);
-  for (const auto& [vendor, family] : std::map<const char*, std::uint32_t>{{kVerified, 4}, {kOther, 6}}) {
-    EXPECT_EQ(classify(vendor, Features(family, 0)), 0);
-    EXPECT_EQ(classify(vendor, Features(family, 1)), 64);
-    EXPECT_EQ(classify(vendor, Features(family, 2)), 65);
-    EXPECT_EQ(classify(vendor, Features(family, 3)), 66);
-    EXPECT_EQ(classify(vendor, Features(family, 4)), 33);
+  const std::pair<ProcessorFeatures, std::int32_t> rows[] = {{Features(5, 0, false), 1},
+                                                             {Features(5, 0), 2},
+                                                             {Features(6, 0, false), 3},
+                                                             {Features(6, 0), 4},
+                                                             {Features(6, 1), 5},
+                                                             {Features(15, 2), 6},
+                                                             {several, 7},
+                                                             {Features(15, 3), 8},
+                                                             {Features(15, 4), 8},
+                                                             {Features(6, 2), 9},
+                                                             {Features(6, 3), 10},
+                                                             {Features(7, 4), 16},
+                                                             {Features(15, 1), 17},
+                                                             {Features(31, 4), 17},
+                                                             {wide3, 32},
+                                                             {wide4, 33},
+                                                             {Features(6, 4), 33}};
+  for (const auto& [features, code] : rows) {
+    EXPECT_EQ(ClassifyProcessor(true, kVerified, features), code);
+    EXPECT_EQ(ClassifyProcessor(false, kVerified, features), 0);
+  }
+  // Other families and other vendors go by the instruction sets.
+  const std::int32_t codes[] = {0, 64, 65, 66, 33};
+  for (int simd = 0; simd <= 4; ++simd) {
+    EXPECT_EQ(ClassifyProcessor(true, kVerified, Features(4, simd)), codes[simd]);
+    EXPECT_EQ(ClassifyProcessor(true, kOther, Features(6, simd)), codes[simd]);
   }
 }
 
@@ -87,14 +86,11 @@ TEST(ProcessorLevelTest, FollowsTheCode) {
 
 TEST(ProcessorLevelTest, AutomaticSelectionWarnsButSets) {
   const LevelKeeper keeper;
-  ProcessorIdentity other{true, "OtherVendor.", Features(15, 3)};
-  EXPECT_EQ(SelectProcessorLevelFor(other), StatusCode::ProcessorNotVerified);
+  EXPECT_EQ(SelectProcessorLevelFor({true, "OtherVendor.", Features(15, 3)}), StatusCode::ProcessorNotVerified);
   EXPECT_EQ(ProcessorLevel, 3);
-  ProcessorIdentity verified{true, "GenuineIntel", Features(6, 4)};
-  EXPECT_EQ(SelectProcessorLevelFor(verified), StatusCode::Success);
+  EXPECT_EQ(SelectProcessorLevelFor({true, "GenuineIntel", Features(6, 4)}), StatusCode::Success);
   EXPECT_EQ(ProcessorLevel, 4);
-  ProcessorIdentity unidentified{};
-  EXPECT_EQ(SelectProcessorLevelFor(unidentified), StatusCode::ProcessorNotVerified);
+  EXPECT_EQ(SelectProcessorLevelFor({false, "GenuineIntel", {}}), StatusCode::ProcessorNotVerified);
   EXPECT_EQ(ProcessorLevel, 0);
 }
 
@@ -114,7 +110,7 @@ TEST(ProcessorFeaturesTest, ReadsTheLeaves) {
       case 0:
         return {4, 0, 0, 0};
       case 1:
-        return {0x00000F4A, 2U << 16, 1U | 1U << 9, 1U << 23 | 1U << 25 | 1U << 26 | 1U << 28};
+        return {0x00000FBA, 2U << 16, 1U | 1U << 9, 1U << 23 | 1U << 25 | 1U << 26 | 1U << 28};
       case 2:
         return {0x11, 0x22, 0x33, 0x44};
       case 4:
@@ -129,7 +125,7 @@ TEST(ProcessorFeaturesTest, ReadsTheLeaves) {
   });
   EXPECT_EQ(features.family, 15U);
   EXPECT_EQ(features.stepping, 10U);
-  EXPECT_EQ(features.model, 4U);
+  EXPECT_EQ(features.model, 11U);
   EXPECT_EQ(features.processorType, 0U);
   EXPECT_EQ(features.featureWord, 1U << 23 | 1U << 25 | 1U << 26 | 1U << 28);
   EXPECT_EQ(features.cacheWord1, 0x11U);

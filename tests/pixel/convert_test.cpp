@@ -1,10 +1,9 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 #include "norvala.h"
-#include "support/image.h"
+#include "pixel/pixelwise.h"
 
 namespace norvala_test {
 namespace {
@@ -22,37 +21,14 @@ D Saturated(float value, int rounding) {
   return static_cast<D>(t % 2 != 0 && t == y ? t - 1 : t);
 }
 
-template <class S, class D>
-using Export = int32_t (*)(const S*, int32_t, D*, int32_t, int32_t, int32_t);
-
-// Converts random images with random layouts and compares every byte of the destination.
-template <class S, class D, class Convert, class Reference>
-void CheckConversion(unsigned seed, Convert convert, Reference reference) {
-  Random random(seed);
-  for (int round = 0; round < 250; ++round) {
-    const int width = RandomSize(random);
-    const int height = RandomInt(random, 1, 12);
-    const bool padded = round % 3 != 0;
-    Image<S> src(width, height, padded ? RandomLayout(random) : Layout{});
-    Image<D> dst(width, height, padded ? RandomLayout(random) : Layout{});
-    src.FillRandom(random);
-    Image<D> expected(dst);
-    for (int y = 0; y < height; ++y) {
-      for (int x = 0; x < width; ++x) expected.Set(x, y, reference(src.Get(x, y)));
-    }
-    ASSERT_EQ(convert(src.data(), src.step(), dst.data(), dst.step(), width, height), 0);
-    ASSERT_EQ(dst.Bytes(), expected.Bytes()) << width << "x" << height;
-  }
-}
-
 TEST(ConvertTest, FloatToIntegersAsTheRuleSays) {
-  for (int rounding : {1, 0, 2, -1}) {
-    CheckConversion<FLOAT32, BW8>(
-        1, [&](auto... arguments) { return Norvala_ConvertFLOAT32toBW8(arguments..., rounding); },
-        [&](float x) { return Saturated<BW8>(x, rounding); });
-    CheckConversion<FLOAT32, BW16>(
-        2, [&](auto... arguments) { return Norvala_ConvertFLOAT32toBW16(arguments..., rounding); },
-        [&](float x) { return Saturated<BW16>(x, rounding); });
+  for (const int rounding : {1, 0, 2, -1, 0x10101}) {
+    CheckPixelwise<FLOAT32, BW8>(
+        150, [&](auto... arguments) { return Norvala_ConvertFLOAT32toBW8(arguments..., rounding); },
+        [&](float x, BW8) { return Saturated<BW8>(x, rounding); });
+    CheckPixelwise<FLOAT32, BW16>(
+        150, [&](auto... arguments) { return Norvala_ConvertFLOAT32toBW16(arguments..., rounding); },
+        [&](float x, BW16) { return Saturated<BW16>(x, rounding); });
   }
 }
 
@@ -64,17 +40,13 @@ TEST(ConvertTest, FloatTiesAndExtremes) {
     values.insert(values.end(), {std::nextafterf(value, -1e9F), value, std::nextafterf(value, 1e9F)});
   }
   for (std::uint32_t high = 0; high < 0x10000; ++high) {
-    for (std::uint32_t low : {0x0000U, 0x0001U, 0xFFFFU}) {
-      const std::uint32_t bits = high << 16 | low;
-      float value;
-      std::memcpy(&value, &bits, sizeof value);
-      values.push_back(value);
-    }
+    for (const std::uint32_t low : {0x0000U, 0x0001U, 0xFFFFU})
+      values.push_back(std::bit_cast<float>(high << 16 | low));
   }
   const auto count = static_cast<int>(values.size());
   std::vector<BW8> bytes(values.size());
   std::vector<BW16> words(values.size());
-  for (int rounding : {0, 1}) {
+  for (const int rounding : {0, 1}) {
     ASSERT_EQ(Norvala_ConvertFLOAT32toBW8(values.data(), 4 * count, bytes.data(), count, count, 1, rounding), 0);
     ASSERT_EQ(Norvala_ConvertFLOAT32toBW16(values.data(), 4 * count, words.data(), 2 * count, count, 1, rounding), 0);
     for (std::size_t i = 0; i < values.size(); ++i) {
@@ -84,33 +56,13 @@ TEST(ConvertTest, FloatTiesAndExtremes) {
   }
 }
 
-TEST(ConvertTest, IntegersKeepTheirValue) {
-  CheckConversion<BW8, FLOAT32>(3, Norvala_ConvertBW8toFLOAT32, [](BW8 x) { return static_cast<FLOAT32>(x); });
-  CheckConversion<BW8, BW16>(4, Norvala_ConvertBW8toBW16, [](BW8 x) { return static_cast<BW16>(x); });
-  CheckConversion<BW16, BW32>(5, Norvala_ConvertBW16toBW32, [](BW16 x) { return static_cast<BW32>(x); });
-}
-
-TEST(ConvertTest, WordsSaturateAtEightBits) {
-  std::vector<BW16> words(65536);
-  for (std::size_t i = 0; i < words.size(); ++i) words[i] = static_cast<BW16>(i);
-  std::vector<BW8> bytes(words.size());
-  ASSERT_EQ(Norvala_ConvertBW16ToBW8(words.data(), 512, bytes.data(), 256, 256, 256), 0);
-  for (int i = 0; i < 65536; ++i) ASSERT_EQ(bytes[static_cast<std::size_t>(i)], std::min(i, 255));
-  CheckConversion<BW16, BW8>(6, Norvala_ConvertBW16ToBW8,
-                             [](BW16 x) { return static_cast<BW8>(std::min<int>(x, 255)); });
-}
-
-TEST(ConvertTest, FailuresWriteNothing) {
-  Image<FLOAT32> src(4, 4);
-  Image<BW8> dst(4, 4);
-  const auto before = dst.Bytes();
-  EXPECT_EQ(Norvala_ConvertFLOAT32toBW8(nullptr, 16, dst.data(), 4, 4, 4, 1), -1);
-  EXPECT_EQ(Norvala_ConvertFLOAT32toBW8(src.data(), 16, nullptr, 4, 4, 4, 1), -1);
-  EXPECT_EQ(Norvala_ConvertFLOAT32toBW8(src.data(), 16, dst.data(), 4, 4, INT32_MIN, 1), -1);
-  EXPECT_EQ(Norvala_ConvertFLOAT32toBW8(src.data(), 16, dst.data(), 4, 0, 4, 1), -1);
-  EXPECT_EQ(Norvala_ConvertFLOAT32toBW8(src.data(), 0, dst.data(), 4, 4, 4, 1), -1);
-  EXPECT_EQ(Norvala_ConvertFLOAT32toBW8(src.data(), 16, dst.data(), -4, 4, 4, 1), -1);
-  EXPECT_EQ(dst.Bytes(), before);
+TEST(ConvertTest, IntegersKeepTheirValueOrSaturate) {
+  CheckPixelwise<BW8, FLOAT32>(200, Norvala_ConvertBW8toFLOAT32,
+                               [](BW8 x, FLOAT32) { return static_cast<FLOAT32>(x); });
+  CheckPixelwise<BW8, BW16>(200, Norvala_ConvertBW8toBW16, [](BW8 x, BW16) { return x; });
+  CheckPixelwise<BW16, BW32>(200, Norvala_ConvertBW16toBW32, [](BW16 x, BW32) { return x; });
+  CheckPixelwise<BW16, BW8>(200, Norvala_ConvertBW16ToBW8,
+                            [](BW16 x, BW8) { return static_cast<BW8>(std::min<int>(x, 255)); });
 }
 
 }  // namespace

@@ -1,137 +1,185 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
 #include <random>
 #include <vector>
 
 #include "pixel/pixel.h"
+#include "support/checks.h"
 
 namespace norvala {
 namespace {
 
-constexpr RegionSize kNone = {0, 0};
-constexpr RegionSize kOne = {1, 1};
+using norvala_test::Check;
+using Checks = std::initializer_list<Check<struct Arguments>>;
 
-TEST(ConvertStatusTest, ChecksInOrder) {
-  BW32 a[4] = {};
-  BW32 b[4] = {};
-  const auto check = [&](auto convert) {
-    EXPECT_EQ(convert(nullptr, 0, b, 0, kNone), StatusCode::NullPointer);
-    EXPECT_EQ(convert(a, 0, nullptr, 0, kNone), StatusCode::NullPointer);
-    EXPECT_EQ(convert(a, 0, b, 0, {1, 0}), StatusCode::NonPositiveSize);
-    EXPECT_EQ(convert(a, 0, b, 0, {0, 1}), StatusCode::NonPositiveSize);
-    EXPECT_EQ(convert(a, 0, b, 4, kOne), StatusCode::NonPositiveStep);
-    EXPECT_EQ(convert(a, 4, b, 0, kOne), StatusCode::NonPositiveStep);
-    EXPECT_EQ(convert(a, 4, b, 4, kOne), StatusCode::Success);
-  };
-  const auto with = [](const auto& table, auto source, auto destination, auto... mode) {
-    return [&table, mode...](const void* src, int srcStep, void* dst, int dstStep, RegionSize size) {
-      return table(static_cast<const decltype(source)*>(src), srcStep, static_cast<decltype(destination)*>(dst),
-                   dstStep, size, mode...);
-    };
-  };
-  check(with(kConvertFLOAT32toBW8, FLOAT32(), BW8(), 1));
-  check(with(kConvertFLOAT32toBW16, FLOAT32(), BW16(), 0));
-  check(with(kConvertBW8toFLOAT32, BW8(), FLOAT32()));
-  check(with(kConvertBW8toBW16, BW8(), BW16()));
-  check(with(kConvertBW16ToBW8, BW16(), BW8()));
-  check(with(kConvertBW16toBW32, BW16(), BW32()));
+alignas(8) unsigned char memory[256];
+
+// What the primitives take: images and results in their order, with the steps of the former.
+struct Arguments {
+  void* image[4] = {memory, memory + 64, memory + 128, memory + 192};
+  std::int32_t step[3] = {16, 16, 16};
+  RegionSize size = {1, 1};
+  RegionSize outer = {3, 3};
+  std::int32_t top = 1;
+  std::int32_t left = 1;
+  FLOAT32 divisor = 2.0F;
+
+  template <class T>
+  T* At(int i) const {
+    return static_cast<T*>(image[i]);
+  }
+};
+
+template <int i>
+constexpr Check<Arguments> kNull = {StatusCode::NullPointer, [](Arguments& a) { a.image[i] = nullptr; }};
+template <int i>
+constexpr Check<Arguments> kStep = {StatusCode::NonPositiveStep, [](Arguments& a) { a.step[i] = 0; }};
+constexpr Check<Arguments> kWidth = {StatusCode::NonPositiveSize, [](Arguments& a) { a.size.width = 0; }};
+constexpr Check<Arguments> kHeight = {StatusCode::NonPositiveSize, [](Arguments& a) { a.size.height = 0; }};
+
+template <class Call>
+void Expect(const char* name, Call call, Checks checks) {
+  norvala_test::ExpectChecks(name, memory, Arguments(), call, checks);
 }
 
-TEST(LogicStatusTest, ChecksStepsBeforeSizes) {
-  BW32 a[4] = {};
+// A primitive of one source and one destination, with what else it takes before or after them.
+template <class S, class D, class Table, class... After>
+auto FromTo(const Table& table, After... after) {
+  return [&table, after...](const Arguments& a) {
+    return table(a.At<const S>(0), a.step[0], a.At<D>(1), a.step[1], a.size, after...);
+  };
+}
+template <class T, class Table, class Constant>
+auto WithConstant(const Table& table, Constant constant) {
+  return [&table, constant](const Arguments& a) {
+    return table(constant, a.At<const T>(0), a.step[0], a.At<T>(1), a.step[1], a.size);
+  };
+}
+
+// The primitives that take any step.
+template <class Call>
+void ExpectNoStepChecks(const char* name, Call call) {
+  const auto withAnySteps = [&](Arguments a) {
+    a.step[0] = -1;
+    a.step[1] = 0;
+    return call(a);
+  };
+  Expect(name, withAnySteps, {kNull<0>, kNull<1>, kWidth, kHeight});
+}
+
+TEST(PixelStatusTest, CopyAddAndGrey) {
+  ExpectNoStepChecks("copy 8", FromTo<BW8, BW8>(kCopyBW8));
+  ExpectNoStepChecks("copy 16", FromTo<BW16, BW16>(kCopyBW16));
+  ExpectNoStepChecks("copy float", FromTo<FLOAT32, FLOAT32>(kCopyFLOAT32));
+  ExpectNoStepChecks("add", FromTo<FLOAT32, FLOAT32>(kAddFLOAT32_C1IR));
+  ExpectNoStepChecks("grey", FromTo<BW8, BW8>(kRGBToGray_BW8_C3C1R));
+}
+
+TEST(PixelStatusTest, SetAndDivide) {
+  const Checks checks = {kNull<0>, kWidth, kHeight, kStep<0>};
+  Expect(
+      "set 8", [](const Arguments& a) { return kSetBW8(1, a.At<BW8>(0), a.step[0], a.size); }, checks);
+  Expect(
+      "set float", [](const Arguments& a) { return kSetFLOAT32(1, a.At<FLOAT32>(0), a.step[0], a.size); }, checks);
+  constexpr auto kZero = StatusCode::DivisionByZero;
+  Expect("divide", [](const Arguments& a) { return kDivCFLOAT32_C1IR(a.divisor, a.At<FLOAT32>(0), a.step[0], a.size); },
+         {kNull<0>,
+          kWidth,
+          kHeight,
+          kStep<0>,
+          {kZero, [](Arguments& a) { a.divisor = -0.0F; }},
+          {kZero, [](Arguments& a) { a.divisor = std::numeric_limits<FLOAT32>::quiet_NaN(); }}});
+}
+
+TEST(PixelStatusTest, Border) {
+  const auto border = [](const char* name, const auto& table, auto pixel) {
+    const auto call = [&](const Arguments& a) {
+      return table(a.At<decltype(pixel)>(1), a.step[0], a.size, a.outer, a.top, a.left);
+    };
+    constexpr auto kSize = StatusCode::NonPositiveSize;
+    Expect(name, call,
+           {kNull<1>,
+            kStep<0>,
+            kWidth,
+            kHeight,
+            {kSize, [](Arguments& a) { a.outer.width = 0; }},
+            {kSize, [](Arguments& a) { a.outer.height = 0; }},
+            {kSize, [](Arguments& a) { a.top = -1; }},
+            {kSize, [](Arguments& a) { a.left = -1; }},
+            {kSize, [](Arguments& a) { a.outer.width = 1; }},
+            {kSize, [](Arguments& a) { a.outer.height = 1; }},
+            {kSize, [](Arguments& a) { a.top = INT32_MAX; }},
+            {kSize, [](Arguments& a) { a.left = INT32_MAX; }}});
+    Arguments none;
+    none.outer = none.size;
+    none.top = none.left = 0;
+    EXPECT_EQ(call(none), StatusCode::Success) << name;
+  };
+  border("border 8", kCopyReplicateBorderBW8, BW8());
+  border("border 16", kCopyReplicateBorderBW16, BW16());
+  border("border float", kCopyReplicateBorderFLOAT32, FLOAT32());
+}
+
+TEST(PixelStatusTest, Conversions) {
+  const Checks checks = {kNull<0>, kNull<1>, kWidth, kHeight, kStep<0>, kStep<1>};
+  Expect("float to 8", FromTo<FLOAT32, BW8>(kConvertFLOAT32toBW8, 1), checks);
+  Expect("float to 16", FromTo<FLOAT32, BW16>(kConvertFLOAT32toBW16, 0), checks);
+  Expect("8 to float", FromTo<BW8, FLOAT32>(kConvertBW8toFLOAT32), checks);
+  Expect("8 to 16", FromTo<BW8, BW16>(kConvertBW8toBW16), checks);
+  Expect("16 to 8", FromTo<BW16, BW8>(kConvertBW16ToBW8), checks);
+  Expect("16 to 32", FromTo<BW16, BW32>(kConvertBW16toBW32), checks);
+}
+
+// Steps come before sizes, whatever way the count is served.
+TEST(PixelStatusTest, LogicAndShifts) {
   for (const auto& table : {kAndBW32, kOrBW32}) {
-    EXPECT_EQ(table(nullptr, 0, a, 0, a, 0, kNone), StatusCode::NullPointer);
-    EXPECT_EQ(table(a, 0, nullptr, 0, a, 0, kNone), StatusCode::NullPointer);
-    EXPECT_EQ(table(a, 0, a, 0, nullptr, 0, kNone), StatusCode::NullPointer);
-    EXPECT_EQ(table(a, 0, a, 4, a, 4, kNone), StatusCode::NonPositiveStep);
-    EXPECT_EQ(table(a, 4, a, 0, a, 4, kNone), StatusCode::NonPositiveStep);
-    EXPECT_EQ(table(a, 4, a, 4, a, 0, kNone), StatusCode::NonPositiveStep);
-    EXPECT_EQ(table(a, 4, a, 4, a, 4, {1, 0}), StatusCode::NonPositiveSize);
-    EXPECT_EQ(table(a, 4, a, 4, a, 4, {0, 1}), StatusCode::NonPositiveSize);
-    EXPECT_EQ(table(a, 4, a, 4, a, 4, kOne), StatusCode::Success);
+    const auto call = [&](const Arguments& a) {
+      return table(a.At<BW32>(0), a.step[0], a.At<BW32>(1), a.step[1], a.At<BW32>(2), a.step[2], a.size);
+    };
+    Expect("and, or", call, {kNull<0>, kNull<1>, kNull<2>, kStep<0>, kStep<1>, kStep<2>, kWidth, kHeight});
+  }
+  const Checks checks = {kNull<0>, kNull<1>, kStep<0>, kStep<1>, kWidth, kHeight};
+  Expect("and constant", WithConstant<BW16>(kAndCBW16, BW16{1}), checks);
+  for (const std::uint32_t count : {0U, 4U, 99U}) {
+    Expect("right shift 16", WithConstant<BW16>(kRShiftCBW16, count), checks);
+    Expect("right shift 32", WithConstant<BW32>(kRShiftCBW32, count), checks);
+    Expect("left shift 32", WithConstant<BW32>(kLShiftCBW32, count), checks);
   }
 }
 
-// The constant operations, at counts for each of their ways to work, with separate source and destination.
-TEST(LogicStatusTest, ConstantOperationsCheckStepsBeforeSizes) {
-  const auto check = [](const auto& table, auto constant, auto pixel, auto expected) {
-    using T = decltype(pixel);
-    const T src[2] = {pixel, pixel};
-    T dst[2] = {};
-    EXPECT_EQ(table(constant, nullptr, 0, dst, 0, kNone), StatusCode::NullPointer);
-    EXPECT_EQ(table(constant, src, 0, nullptr, 0, kNone), StatusCode::NullPointer);
-    EXPECT_EQ(table(constant, src, 0, dst, 4, kNone), StatusCode::NonPositiveStep);
-    EXPECT_EQ(table(constant, src, 4, dst, 0, kNone), StatusCode::NonPositiveStep);
-    EXPECT_EQ(table(constant, src, 4, dst, 4, {1, 0}), StatusCode::NonPositiveSize);
-    EXPECT_EQ(table(constant, src, 4, dst, 4, {0, 1}), StatusCode::NonPositiveSize);
-    EXPECT_EQ(table(constant, src, 8, dst, 8, kOne), StatusCode::Success);
-    EXPECT_EQ(dst[0], expected);
-    EXPECT_EQ(dst[1], 0);
-  };
-  check(kAndCBW16, BW16{0x0FF0}, BW16{0x1234}, BW16{0x0230});
-  check(kRShiftCBW16, 0U, BW16{0x8000}, BW16{0x8000});
-  check(kRShiftCBW16, 15U, BW16{0x8000}, BW16{1});
-  check(kRShiftCBW16, 16U, BW16{0x8000}, BW16{0});
-  check(kRShiftCBW32, 0U, BW32{0x80000000}, BW32{0x80000000});
-  check(kRShiftCBW32, 4U, BW32{0x80000000}, BW32{0xF8000000});
-  check(kRShiftCBW32, 32U, BW32{0x80000000}, BW32{0xFFFFFFFF});
-  check(kLShiftCBW32, 0U, BW32{5}, BW32{5});
-  check(kLShiftCBW32, 31U, BW32{5}, BW32{0x80000000});
-  check(kLShiftCBW32, 32U, BW32{5}, BW32{0});
+TEST(PixelStatusTest, Statistics) {
+  const Checks checks = {kNull<1>, kNull<0>, kStep<0>, kWidth, kHeight};
+  Expect(
+      "mean 8", [](const Arguments& a) { return kMeanBW8_C1R(a.At<BW8>(0), a.step[0], a.size, a.At<FLOAT64>(1)); },
+      checks);
+  Expect(
+      "mean float",
+      [](const Arguments& a) { return kMeanFLOAT32_C1R(a.At<FLOAT32>(0), a.step[0], a.size, a.At<FLOAT64>(1), 0); },
+      checks);
+  Expect("maximum",
+         [](const Arguments& a) {
+           return kMaxIndx_BW8(a.At<BW8>(0), a.step[0], a.size, a.At<BW8>(1), a.At<std::int32_t>(2),
+                               a.At<std::int32_t>(3));
+         },
+         {kNull<0>, kNull<1>, kNull<2>, kNull<3>, kWidth, kHeight, kStep<0>});
 }
 
-TEST(ArithmeticStatusTest, ChecksInOrder) {
-  FLOAT32 a[4] = {};
-  FLOAT32 b[4] = {};
-  const FLOAT32 nan = std::numeric_limits<FLOAT32>::quiet_NaN();
-  EXPECT_EQ(kAddFLOAT32_C1IR(nullptr, 0, b, 0, kNone), StatusCode::NullPointer);
-  EXPECT_EQ(kAddFLOAT32_C1IR(a, 0, nullptr, 0, kNone), StatusCode::NullPointer);
-  EXPECT_EQ(kAddFLOAT32_C1IR(a, 0, b, 0, {1, 0}), StatusCode::NonPositiveSize);
-  EXPECT_EQ(kAddFLOAT32_C1IR(a, 0, b, 0, {0, 1}), StatusCode::NonPositiveSize);
-  EXPECT_EQ(kAddFLOAT32_C1IR(a, -4, b, 0, kOne), StatusCode::Success);
-  EXPECT_EQ(kDivCFLOAT32_C1IR(nan, nullptr, 0, kNone), StatusCode::NullPointer);
-  EXPECT_EQ(kDivCFLOAT32_C1IR(nan, a, 0, {1, 0}), StatusCode::NonPositiveSize);
-  EXPECT_EQ(kDivCFLOAT32_C1IR(nan, a, 0, kOne), StatusCode::NonPositiveStep);
-  EXPECT_EQ(kDivCFLOAT32_C1IR(nan, a, 4, kOne), StatusCode::DivisionByZero);
-  EXPECT_EQ(kDivCFLOAT32_C1IR(-0.0F, a, 4, kOne), StatusCode::DivisionByZero);
-  EXPECT_EQ(kDivCFLOAT32_C1IR(1.0F, a, 4, kOne), StatusCode::Success);
-}
-
-TEST(StatisticsStatusTest, ChecksInOrder) {
-  BW8 a[8] = {};
-  FLOAT32 f[2] = {};
-  FLOAT64 mean = 0.0;
-  EXPECT_EQ(kMeanBW8_C1R(a, 0, kNone, nullptr), StatusCode::NullPointer);
-  EXPECT_EQ(kMeanBW8_C1R(nullptr, 0, kNone, &mean), StatusCode::NullPointer);
-  EXPECT_EQ(kMeanBW8_C1R(a, 0, kNone, &mean), StatusCode::NonPositiveStep);
-  EXPECT_EQ(kMeanBW8_C1R(a, 1, {1, 0}, &mean), StatusCode::NonPositiveSize);
-  EXPECT_EQ(kMeanBW8_C1R(a, 1, {0, 1}, &mean), StatusCode::NonPositiveSize);
-  EXPECT_EQ(kMeanFLOAT32_C1R(f, 0, kNone, nullptr, 0), StatusCode::NullPointer);
-  EXPECT_EQ(kMeanFLOAT32_C1R(nullptr, 0, kNone, &mean, 0), StatusCode::NullPointer);
-  EXPECT_EQ(kMeanFLOAT32_C1R(f, 0, kNone, &mean, 0), StatusCode::NonPositiveStep);
-  EXPECT_EQ(kMeanFLOAT32_C1R(f, 4, kNone, &mean, 0), StatusCode::NonPositiveSize);
-  BW8 maximum;
-  std::int32_t x;
-  std::int32_t y;
-  EXPECT_EQ(kMaxIndx_BW8(nullptr, 0, kNone, &maximum, &x, &y), StatusCode::NullPointer);
-  EXPECT_EQ(kMaxIndx_BW8(a, 0, kNone, nullptr, &x, &y), StatusCode::NullPointer);
-  EXPECT_EQ(kMaxIndx_BW8(a, 0, kNone, &maximum, nullptr, &y), StatusCode::NullPointer);
-  EXPECT_EQ(kMaxIndx_BW8(a, 0, kNone, &maximum, &x, nullptr), StatusCode::NullPointer);
-  EXPECT_EQ(kMaxIndx_BW8(a, 0, {1, 0}, &maximum, &x, &y), StatusCode::NonPositiveSize);
-  EXPECT_EQ(kMaxIndx_BW8(a, 0, {0, 1}, &maximum, &x, &y), StatusCode::NonPositiveSize);
-  EXPECT_EQ(kMaxIndx_BW8(a, 0, kOne, &maximum, &x, &y), StatusCode::NonPositiveStep);
-}
-
-TEST(GreyStatusTest, ChecksInOrder) {
-  BW8 a[3] = {};
-  BW8 b[1] = {};
-  EXPECT_EQ(kRGBToGray_BW8_C3C1R(nullptr, 0, b, 0, kNone), StatusCode::NullPointer);
-  EXPECT_EQ(kRGBToGray_BW8_C3C1R(a, 0, nullptr, 0, kNone), StatusCode::NullPointer);
-  EXPECT_EQ(kRGBToGray_BW8_C3C1R(a, 0, b, 0, {1, 0}), StatusCode::NonPositiveSize);
-  EXPECT_EQ(kRGBToGray_BW8_C3C1R(a, 0, b, 0, {0, 1}), StatusCode::NonPositiveSize);
-  EXPECT_EQ(kRGBToGray_BW8_C3C1R(a, -3, b, 0, kOne), StatusCode::Success);
+// The exports pass one image as both; here source and destination are two.
+TEST(ShiftTest, ServesASeparateDestination) {
+  const BW16 word = 0x8000;
+  const BW32 pixel = 0x80000005;
+  for (const std::uint32_t count : {0U, 4U, 99U}) {
+    BW16 shiftedWord = 1;
+    BW32 right = 1;
+    BW32 left = 1;
+    kRShiftCBW16(count, &word, 2, &shiftedWord, 2, {1, 1});
+    kRShiftCBW32(count, &pixel, 4, &right, 4, {1, 1});
+    kLShiftCBW32(count, &pixel, 4, &left, 4, {1, 1});
+    EXPECT_EQ(shiftedWord, count == 0 ? 0x8000 : count == 4 ? 0x0800 : 0);
+    EXPECT_EQ(right, count == 0 ? pixel : count == 4 ? 0xF8000000 : 0xFFFFFFFF);
+    EXPECT_EQ(left, count == 0 ? pixel : count == 4 ? 0x50U : 0U);
+  }
 }
 
 // Weights of every kind: the usual ones, sums up to 1, sums beyond it, negative ones, and ones that cannot be scaled.
@@ -143,10 +191,15 @@ TEST(GreyWeightsTest, AreTakenAsMultiplesOf4096ths) {
     std::uint32_t scaled[3];
   };
   const Case cases[] = {
-      {{0.299F, 0.587F, 0.114F}, {1225, 2404, 467}},     {{1.0F, 0.0F, 0.0F}, {4096, 0, 0}},
-      {{0.25F, 0.5F, 0.25F}, {1024, 2048, 1024}},        {{0.5F / 4096, 0.49F / 4096, 1.5F / 4096}, {1, 0, 2}},
-      {{0.5F, 0.5F, 0.5F}, {2048, 2048, 2048}},          {{-1.0F, 1.0F, 2.5F}, {0U - 4095U, 4096, 10240}},
-      {{nan, huge, -huge}, {0, 0x7FFFFFFF, 0x80000000}},
+      {{0.299F, 0.587F, 0.114F}, {1225, 2404, 467}},
+      {{1.0F, 0.0F, 0.0F}, {4096, 0, 0}},
+      {{0.25F, 0.5F, 0.25F}, {1024, 2048, 1024}},
+      {{0.5F / 4096, 0.49F / 4096, 1.5F / 4096}, {1, 0, 2}},
+      {{15.0F / 4096, 31.0F / 4096, 1039.0F / 4096}, {15, 31, 1039}},
+      {{0.5F, 0.5F, 0.5F}, {2048, 2048, 2048}},
+      {{-1.0F, 1.0F, 2.5F}, {0U - 4095U, 4096, 10240}},
+      {{nan, 0.5F, -huge}, {0, 2048, 0}},
+      {{huge, -5e5F, 5e5F}, {0, 0U - 2048000000U, 2048000000}},
   };
   std::mt19937 random(1);
   constexpr int kCount = 67;

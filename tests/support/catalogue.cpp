@@ -7,6 +7,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <string_view>
 #include <type_traits>
 
 #include "norvala.h"
@@ -45,6 +46,9 @@ void Outcome::AddBytes(const void* bytes, std::size_t count) {
 }
 
 namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 constexpr int kHuge[] = {INT_MAX, INT_MIN, INT_MAX - 1, INT_MIN + 1, 1 << 30, -1};
 
@@ -93,22 +97,9 @@ template <class T>
 T ContentValue(std::mt19937& random) {
   if constexpr (std::is_floating_point_v<T>) {
     const auto word = static_cast<std::uint32_t>(random());
-    switch (word % 64) {
-      case 0:
-        return std::numeric_limits<T>::quiet_NaN();
-      case 1:
-        return std::numeric_limits<T>::infinity();
-      case 2:
-        return -std::numeric_limits<T>::infinity();
-      case 3:
-        return static_cast<T>(-0.0);
-      case 4:
-        return static_cast<T>(3.4028235e38);
-      case 5:
-        return static_cast<T>(1e-40);
-      default:
-        return static_cast<T>(static_cast<std::int32_t>(word >> 8) % 131072 - 32768) * static_cast<T>(0.25);
-    }
+    static constexpr double kSpecial[] = {kNaN, kInfinity, -kInfinity, -0.0, 3.4028235e38, 1e-40};
+    if (word % 64 < std::size(kSpecial)) return static_cast<T>(kSpecial[word % 64]);
+    return static_cast<T>(static_cast<std::int32_t>(word >> 8) % 131072 - 32768) * static_cast<T>(0.25);
   } else {
     return static_cast<T>(random());
   }
@@ -123,6 +114,14 @@ struct Reach {
 template <class T>
 class Pixels {
  public:
+  // With a random step for the region and what may be used around it. Negative reaches are added to one another first,
+  // so that no size overflows.
+  Pixels(Choices& choices, int width, int height, StepRule rule, Reach reach = {})
+      : Pixels(choices, width, height,
+               Step(choices, RowBytes(width + (reach.left + reach.right), kElement),
+                    height + (reach.above + reach.below), rule, kElement),
+               reach) {}
+
   Pixels(Choices& choices, int width, int height, int step, Reach reach = {})
       : width_(std::max(width, 1)), height_(std::max(height, 1)), step_(step), reach_(reach) {
     const bool usable = width >= 1 && height >= 1;
@@ -149,10 +148,10 @@ class Pixels {
     }
     for (std::size_t i = bytes_ / kElement * kElement; i < bytes_; ++i) begin_[i] = static_cast<std::uint8_t>(i);
     null_ = choices.OneIn(64);
+    before_ = Hash();
   }
 
   T* data() const { return null_ ? nullptr : reinterpret_cast<T*>(origin_); }
-  T* never_null() const { return reinterpret_cast<T*>(origin_); }
   int step() const { return step_; }
 
   // A pointer that has this memory's first pixel at column x, row y.
@@ -166,6 +165,7 @@ class Pixels {
 
   // All bytes; float pixels of the region with every NaN made the same one.
   void AddTo(Outcome& outcome) {
+    if (Hash() != before_) outcome.Wrote();
     if constexpr (std::is_floating_point_v<T>) {
       for (int y = 0; y < (rows_ ? height_ : 1); ++y) {
         for (int x = 0; x < width_; ++x) {
@@ -185,6 +185,8 @@ class Pixels {
  private:
   static constexpr int kElement = sizeof(T);
 
+  std::size_t Hash() const { return std::hash<std::string_view>()({reinterpret_cast<const char*>(begin_), bytes_}); }
+
   int width_, height_, step_, rowStep_;
   Reach reach_;
   bool rows_, null_;
@@ -192,6 +194,7 @@ class Pixels {
   std::size_t bytes_;
   std::uint8_t* begin_;
   std::uint8_t* origin_;
+  std::size_t before_;
 };
 
 // ---- Frame ----
@@ -228,8 +231,8 @@ template <class S, class D, class F>
 void TwoImages(Choices& c, Outcome& o, StepRule rule, F call) {
   const int width = Size(c);
   const int height = Size(c);
-  Pixels<S> src(c, width, height, Step(c, RowBytes(width, sizeof(S)), height, rule, sizeof(S)));
-  Pixels<D> dst(c, width, height, Step(c, RowBytes(width, sizeof(D)), height, rule, sizeof(D)));
+  Pixels<S> src(c, width, height, rule);
+  Pixels<D> dst(c, width, height, rule);
   o.Result(call(src.data(), src.step(), dst.data(), dst.step(), width, height));
   dst.AddTo(o);
 }
@@ -238,7 +241,7 @@ template <class T, class F>
 void OneImage(Choices& c, Outcome& o, F call) {
   const int width = Size(c);
   const int height = Size(c);
-  Pixels<T> image(c, width, height, Step(c, RowBytes(width, sizeof(T)), height, StepRule::Positive, sizeof(T)));
+  Pixels<T> image(c, width, height, StepRule::Positive);
   o.Result(call(image.data(), image.step(), width, height));
   image.AddTo(o);
 }
@@ -274,9 +277,7 @@ void Border(Choices& c, Outcome& o) {
   };
   const int outerWidth = sum(left, inner.width, right);
   const int outerHeight = sum(top, inner.height, bottom);
-  const Reach reach = fits ? Reach{left, right, top, bottom} : Reach{};
-  const int payload = (fits ? outerWidth : 1) * static_cast<int>(sizeof(T));
-  Pixels<T> image(c, inner.width, inner.height, Step(c, payload, outerHeight, StepRule::Positive, sizeof(T)), reach);
+  Pixels<T> image(c, inner.width, inner.height, StepRule::Positive, fits ? Reach{left, right, top, bottom} : Reach{});
   const bool negative = c.OneIn(32);
   o.Result(call(image.data(), image.step(), inner.width, inner.height, outerWidth, outerHeight, negative ? -1 : top,
                 negative ? Huge(c) | INT_MIN : left));
@@ -287,10 +288,9 @@ template <auto call>
 void TwoSources(Choices& c, Outcome& o) {
   const int width = Size(c);
   const int height = Size(c);
-  const auto step = [&] { return Step(c, RowBytes(width, 4), height, StepRule::Positive, 4); };
-  Pixels<BW32> first(c, width, height, step());
-  Pixels<BW32> second(c, width, height, step());
-  Pixels<BW32> dst(c, width, height, step());
+  Pixels<BW32> first(c, width, height, StepRule::Positive);
+  Pixels<BW32> second(c, width, height, StepRule::Positive);
+  Pixels<BW32> dst(c, width, height, StepRule::Positive);
   o.Result(call(first.data(), first.step(), second.data(), second.step(), dst.data(), dst.step(), width, height));
   dst.AddTo(o);
 }
@@ -312,24 +312,20 @@ void Divide(Choices& c, Outcome& o) {
   OneImage<FLOAT32>(c, o, [&](auto... arguments) { return Norvala_DivCFLOAT32_C1IR(divisor, arguments...); });
 }
 
-void AddMean(Outcome& o, double mean) {
-  if (std::isnan(mean)) mean = std::numeric_limits<double>::quiet_NaN();
-  o.AddBytes(&mean, sizeof mean);
+void AddDouble(Outcome& o, double value) {
+  if (std::isnan(value)) value = kNaN;
+  o.AddBytes(&value, sizeof value);
 }
 
-void MeanBytes(Choices& c, Outcome& o) {
+template <auto call, class T>
+void Mean(Choices& c, Outcome& o) {
   double mean = 77;
   double* out = c.OneIn(32) ? nullptr : &mean;
-  OneImage<BW8>(c, o, [&](auto... arguments) { return Norvala_MeanBW8_C1R(arguments..., out); });
-  AddMean(o, mean);
-}
-
-void MeanFloats(Choices& c, Outcome& o) {
-  double mean = 77;
-  double* out = c.OneIn(32) ? nullptr : &mean;
-  const int hint = c.Int(-2, 2);
-  OneImage<FLOAT32>(c, o, [&](auto... arguments) { return Norvala_MeanFLOAT32_C1R(arguments..., out, hint); });
-  AddMean(o, mean);
+  OneImage<T>(c, o, [&](auto... arguments) {
+    if constexpr (std::is_same_v<T, FLOAT32>) return call(arguments..., out, c.Int(-2, 2));
+    if constexpr (std::is_same_v<T, BW8>) return call(arguments..., out);
+  });
+  AddDouble(o, mean);
 }
 
 void Maximum(Choices& c, Outcome& o) {
@@ -347,8 +343,8 @@ void Grey(Choices& c, Outcome& o) {
   const int width = Size(c);
   const int height = Size(c);
   const int pixelWidth = width < 1 ? width : 3 * width;
-  Pixels<BW8> src(c, pixelWidth, height, Step(c, pixelWidth, height, StepRule::Unchecked, 3));
-  Pixels<BW8> dst(c, width, height, Step(c, width, height, StepRule::Unchecked, 1));
+  Pixels<BW8> src(c, pixelWidth, height, StepRule::Unchecked);
+  Pixels<BW8> dst(c, width, height, StepRule::Unchecked);
   o.Result(Norvala_RGBToGray_BW8_C3C1R(src.data(), src.step(), dst.data(), dst.step(), width, height));
   dst.AddTo(o);
 }
@@ -385,11 +381,8 @@ void Separable(Choices& c, Outcome& o, F call) {
   const int anchor = c.OneIn(8) ? c.Int(-5, taps + 5) : c.Int(0, std::max(taps - 1, 0));
   const int before = taps - 1 - anchor;
   const Reach reach = isRow ? Reach{before, anchor, 0, 0, sizeof(T)} : Reach{0, 0, before, anchor, sizeof(T)};
-  const int rows = isRow ? height : height + std::max(taps, 1) - 1;
-  const int payload = (std::max(width, 1) + (isRow ? std::max(taps, 1) - 1 : 0)) * static_cast<int>(sizeof(T));
-  Pixels<T> src(c, width, height, Step(c, payload, rows, StepRule::Row, sizeof(T)), taps < 1 ? Reach{} : reach);
-  Pixels<T> dst(c, width, height, Step(c, RowBytes(width, sizeof(T)), height, StepRule::Row, sizeof(T)),
-                {0, 0, 0, 0, sizeof(T)});
+  Pixels<T> src(c, width, height, StepRule::Row, taps < 1 ? Reach{} : reach);
+  Pixels<T> dst(c, width, height, StepRule::Row, {0, 0, 0, 0, sizeof(T)});
   const std::vector<Tap> kernel = Taps<Tap>(c, taps);
   o.Result(call(src.data(), src.step(), dst.data(), dst.step(), width, height, c.OneIn(64) ? nullptr : kernel.data(),
                 taps, anchor));
@@ -432,49 +425,57 @@ class WorkBuffer {
   std::unique_ptr<std::uint8_t[]> bytes_;
 };
 
+// The 16-bit rows between the two pipeline filters, now and then without one of them.
+class PipelineRows {
+ public:
+  PipelineRows(Choices& c, int rows, int width) : width_(static_cast<std::size_t>(std::max(width, 1))) {
+    std::mt19937 random(c.ContentSeed());
+    for (int y = 0; y < rows; ++y) {
+      memory_.emplace_back(new std::int16_t[width_]);
+      std::generate_n(memory_.back().get(), width_, [&] { return static_cast<std::int16_t>(random()); });
+      pointers_.push_back(c.OneIn(200) ? nullptr : memory_.back().get());
+    }
+  }
+  std::int16_t** data() { return pointers_.data(); }
+  void AddTo(Outcome& o) const {
+    for (const auto& row : memory_) o.AddBytes(row.get(), width_ * sizeof(std::int16_t));
+  }
+
+ private:
+  std::size_t width_;
+  std::vector<std::unique_ptr<std::int16_t[]>> memory_;
+  std::vector<std::int16_t*> pointers_;
+};
+
+int PipelineTaps(Choices& c) { return c.OneIn(32) ? 0 : c.OneIn(4) ? c.Int(1, 60) : c.Int(1, 7); }
+
 void PipelineRow(Choices& c, Outcome& o) {
   const int width = Size(c);
   const int height = Size(c, 12);
-  const int taps = c.OneIn(32) ? 0 : c.OneIn(4) ? c.Int(1, 60) : c.Int(1, 7);
-  Pixels<BW8> src(c, width, height, Step(c, width, height, StepRule::Row, 1));
-  const int rows = std::max(height, 1);
-  const auto length = static_cast<std::size_t>(std::max(width, 1));
-  std::vector<std::unique_ptr<std::int16_t[]>> memory;
-  std::vector<std::int16_t*> pointers;
-  for (int y = 0; y < rows; ++y) {
-    memory.emplace_back(new std::int16_t[length]());
-    pointers.push_back(c.OneIn(200) ? nullptr : memory.back().get());
-  }
+  const int taps = PipelineTaps(c);
+  Pixels<BW8> src(c, width, height, StepRule::Row);
+  PipelineRows rows(c, std::max(height, 1), width);
   const std::vector<std::int16_t> kernel = Taps<std::int16_t>(c, taps);
   const WorkBuffer buffer(c, 4 * std::max(taps, 0) + 64);
   const int anchor = c.OneIn(16) ? c.Int(-1, taps + 1) : c.Int(0, std::max(taps - 1, 0));
   const int border = c.OneIn(16) ? Huge(c) : c.Int(0, 4);
   const auto value = static_cast<BW8>(c.Int(0, 255));
   const int divisor = c.OneIn(8) ? static_cast<int>(c.Word()) : c.Int(-3, 40);
-  o.Result(Norvala_FilterRowBorderPipelineBW8(src.data(), src.step(), pointers.data(), width, height, kernel.data(),
-                                              taps, anchor, border, value, divisor, buffer.data()));
-  for (const auto& row : memory) o.AddBytes(row.get(), length * 2);
+  o.Result(Norvala_FilterRowBorderPipelineBW8(src.data(), src.step(), rows.data(), width, height, kernel.data(), taps,
+                                              anchor, border, value, divisor, buffer.data()));
+  rows.AddTo(o);
 }
 
 void PipelineColumn(Choices& c, Outcome& o) {
   const int width = Size(c);
   const int height = Size(c, 12);
-  const int taps = c.OneIn(32) ? 0 : c.OneIn(4) ? c.Int(1, 60) : c.Int(1, 7);
-  const int rows = std::max(height, 1) + std::max(taps, 1) - 1;
-  const auto length = static_cast<std::size_t>(std::max(width, 1));
-  std::mt19937 random(c.ContentSeed());
-  std::vector<std::unique_ptr<std::int16_t[]>> memory;
-  std::vector<std::int16_t*> pointers;
-  for (int y = 0; y < rows; ++y) {
-    memory.emplace_back(new std::int16_t[length]);
-    for (std::size_t x = 0; x < length; ++x) memory.back()[x] = static_cast<std::int16_t>(random());
-    pointers.push_back(c.OneIn(250) ? nullptr : memory.back().get());
-  }
-  Pixels<BW8> dst(c, width, height, Step(c, width, height, StepRule::Row, 1));
+  const int taps = PipelineTaps(c);
+  PipelineRows rows(c, std::max(height, 1) + std::max(taps, 1) - 1, width);
+  Pixels<BW8> dst(c, width, height, StepRule::Row);
   const std::vector<std::int16_t> kernel = Taps<std::int16_t>(c, taps);
   const WorkBuffer buffer(c, 4 * std::max(taps, 0) + 64);
   const int divisor = c.OneIn(8) ? static_cast<int>(c.Word()) : c.Int(-3, 1000);
-  o.Result(Norvala_FilterColumnPipelineBW8(pointers.data(), dst.data(), dst.step(), width, height, kernel.data(), taps,
+  o.Result(Norvala_FilterColumnPipelineBW8(rows.data(), dst.data(), dst.step(), width, height, kernel.data(), taps,
                                            divisor, buffer.data()));
   dst.AddTo(o);
 }
@@ -484,9 +485,8 @@ void Gauss(Choices& c, Outcome& o) {
   const int margin = mask == 55 ? 2 : 1;
   const int width = Size(c);
   const int height = Size(c, 20);
-  Pixels<BW8> src(c, width, height, Step(c, width, height + 2, StepRule::Positive, 1),
-                  {margin, margin, margin, margin});
-  Pixels<BW8> dst(c, width, height, Step(c, width, height, StepRule::Positive, 1));
+  Pixels<BW8> src(c, width, height, StepRule::Positive, {margin, margin, margin, margin});
+  Pixels<BW8> dst(c, width, height, StepRule::Positive);
   o.Result(Norvala_FilterGauss(src.data(), src.step(), dst.data(), dst.step(), width, height, mask));
   dst.AddTo(o);
 }
@@ -504,9 +504,8 @@ void PyramidStep(Choices& c, Outcome& o) {
   const int width = Size(c);
   const int height = Size(c);
   const auto half = [](int n) { return n < 1 ? 1 : (n + 1) / 2; };
-  constexpr int kElement = sizeof(T);
-  Pixels<T> src(c, width, height, Step(c, RowBytes(width, kElement), height, StepRule::Row, kElement));
-  Pixels<T> dst(c, half(width), half(height), Step(c, half(width) * kElement, half(height), StepRule::Row, kElement));
+  Pixels<T> src(c, width, height, StepRule::Row);
+  Pixels<T> dst(c, half(width), half(height), StepRule::Row);
   const WorkBuffer buffer(c, (std::max(width, 1) * 4 + 15) / 16 * 16 * 6 + 32);
   o.Result(call(src.data(), src.step(), dst.data(), dst.step(), width, height, buffer.data()));
   dst.AddTo(o);
@@ -541,8 +540,8 @@ void PyramidLayer(Choices& c, Outcome& o) {
   const auto destination = [&](int n) { return n < 1 || c.OneIn(16) ? c.Int(0, 20) : LayerSize(n, rate); };
   const int dstWidth = destination(srcWidth);
   const int dstHeight = destination(srcHeight);
-  Pixels<BW8> src(c, srcWidth, srcHeight, Step(c, srcWidth, srcHeight, StepRule::Row, 1));
-  Pixels<BW8> dst(c, dstWidth, dstHeight, Step(c, dstWidth, dstHeight, StepRule::Row, 1));
+  Pixels<BW8> src(c, srcWidth, srcHeight, StepRule::Row);
+  Pixels<BW8> dst(c, dstWidth, dstHeight, StepRule::Row);
   o.Result(Norvala_PyramidLayerDownBW8(src.data(), src.step(), srcWidth, srcHeight, dst.data(), dst.step(), dstWidth,
                                        dstHeight, state));
   dst.AddTo(o);
@@ -553,9 +552,8 @@ void SampleDown(Choices& c, Outcome& o) {
   const int dstWidth = Size(c);
   const int dstHeight = Size(c);
   const auto twice = [](int n) { return n < 1 ? 1 : 2 * n; };
-  Pixels<BW8> src(c, twice(dstWidth), twice(dstHeight),
-                  Step(c, twice(dstWidth), twice(dstHeight), StepRule::Positive, 1));
-  Pixels<BW8> dst(c, dstWidth, dstHeight, Step(c, dstWidth, dstHeight, StepRule::Positive, 1));
+  Pixels<BW8> src(c, twice(dstWidth), twice(dstHeight), StepRule::Positive);
+  Pixels<BW8> dst(c, dstWidth, dstHeight, StepRule::Positive);
   const RegionSize source = {Size(c), Size(c)};
   o.Result(Norvala_SampleDownH2V2_JPEGBW8(src.data(), src.step(), source.width, source.height, dst.data(), dst.step(),
                                           dstWidth, dstHeight));
@@ -565,16 +563,7 @@ void SampleDown(Choices& c, Outcome& o) {
 // ---- Geometry ----
 
 double Extreme(Choices& c) {
-  static constexpr double kValues[] = {0.0,
-                                       -0.0,
-                                       1e300,
-                                       -1e300,
-                                       1e-300,
-                                       4e9,
-                                       -4e9,
-                                       std::numeric_limits<double>::infinity(),
-                                       -std::numeric_limits<double>::infinity(),
-                                       std::numeric_limits<double>::quiet_NaN()};
+  static constexpr double kValues[] = {0.0, -0.0, 1e300, -1e300, 1e-300, 4e9, -4e9, kInfinity, -kInfinity, kNaN};
   return kValues[c.Int(0, static_cast<int>(std::size(kValues)) - 1)];
 }
 
@@ -610,7 +599,7 @@ struct WarpImages {
         from(Region(c, width, height)),
         to(DestinationRegion(c)),
         src(c, width, height, std::max(Step(c, RowBytes(width, sizeof(T)), height, StepRule::Positive, sizeof(T)), -1)),
-        dst(c, to.width, to.height, Step(c, RowBytes(to.width, sizeof(T)), to.height, StepRule::Positive, sizeof(T))) {}
+        dst(c, to.width, to.height, StepRule::Positive) {}
 
   T* Destination() const { return dst.DataAt(to.x, to.y); }
 
@@ -660,7 +649,7 @@ void WarpQuad(Choices& c, Outcome& o) {
 }
 
 void AddDoubles(Outcome& o, std::span<const double> values) {
-  for (double value : values) AddMean(o, value);
+  for (double value : values) AddDouble(o, value);
 }
 
 void AffineBound(Choices& c, Outcome& o) {
@@ -736,7 +725,7 @@ void Dft(Choices& c, Outcome& o) {
   const bool special = c.OneIn(8);
   const int width = special ? kSpecial[c.Int(0, 9)] : Size(c, 30);
   const int height = special ? c.Int(1, 4) : Size(c, 30);
-  Pixels<FLOAT32> src(c, width, height, Step(c, RowBytes(width, 4), height, StepRule::Positive, 4));
+  Pixels<FLOAT32> src(c, width, height, StepRule::Positive);
   const int dstStep = c.OneIn(16) ? c.Int(-1, 0) : std::max(width, 1) * 8 + c.Int(0, 9);
   Pixels<FLOAT32> dst(c, width < 1 ? width : 2 * width, height, dstStep);
   // Plain values: with infinities or wide ranges nothing could be compared within a bound.
@@ -766,8 +755,8 @@ void Magnitude(Choices& c, Outcome& o) {
   const int width = Size(c);
   const int height = Size(c);
   const int pairs = width < 1 ? width : 2 * width;
-  Pixels<FLOAT32> src(c, pairs, height, Step(c, std::max(width, 1) * 8, height, StepRule::Positive, 8));
-  Pixels<FLOAT32> dst(c, width, height, Step(c, RowBytes(width, 4), height, StepRule::Positive, 4));
+  Pixels<FLOAT32> src(c, pairs, height, StepRule::Positive);
+  Pixels<FLOAT32> dst(c, width, height, StepRule::Positive);
   o.Result(Norvala_MagnitudeFLOAT32(reinterpret_cast<const ComplexFLOAT32Number*>(src.data()), src.step(), dst.data(),
                                     dst.step(), width, height));
   dst.AddTo(o);
@@ -776,8 +765,8 @@ void Magnitude(Choices& c, Outcome& o) {
 void Distance(Choices& c, Outcome& o) {
   const int width = Size(c);
   const int height = Size(c);
-  Pixels<BW8> src(c, width, height, Step(c, width, height, StepRule::Row, 1));
-  Pixels<FLOAT32> dst(c, width, height, Step(c, RowBytes(width, 4), height, StepRule::Row, 4));
+  Pixels<BW8> src(c, width, height, StepRule::Row);
+  Pixels<FLOAT32> dst(c, width, height, StepRule::Row);
   // A mask of mostly set pixels.
   if (src.data() != nullptr && width > 0 && height > 0 && src.step() >= width) {
     std::mt19937 random(c.ContentSeed());
@@ -840,8 +829,8 @@ constexpr Call kCatalogue[] = {
     {"Norvala_LShiftCBW32", Shift<Norvala_LShiftCBW32, BW32>},
     {"Norvala_AddFLOAT32_C1IR", Map<Norvala_AddFLOAT32_C1IR, FLOAT32, FLOAT32, kUnchecked>},
     {"Norvala_DivCFLOAT32_C1IR", Divide},
-    {"Norvala_MeanBW8_C1R", MeanBytes},
-    {"Norvala_MeanFLOAT32_C1R", MeanFloats},
+    {"Norvala_MeanBW8_C1R", Mean<Norvala_MeanBW8_C1R, BW8>},
+    {"Norvala_MeanFLOAT32_C1R", Mean<Norvala_MeanFLOAT32_C1R, FLOAT32>},
     {"Norvala_MaxIndx_BW8", Maximum},
     {"Norvala_RGBToGray_BW8_C3C1R", Grey},
     {"Norvala_FilterRowBW8", IntegerFilter<Norvala_FilterRowBW8, BW8, true>},

@@ -18,7 +18,6 @@ class Choices {
   std::uint32_t Word();
   int Int(int low, int high);  // both included
   bool OneIn(int n) { return Int(0, n - 1) == n - 1; }
-  double Fraction() { return Int(0, 1000000) * 1e-6; }  // 0 to 1
 
   // Seed for filling a buffer: contents need no choices of their own.
   std::uint32_t ContentSeed() { return Word(); }
@@ -39,14 +38,17 @@ class Outcome {
   void Result(std::int32_t result);  // of an image function: 0 or -1
   void Add(std::int64_t value);
   void AddBytes(const void* bytes, std::size_t count);
+  void Wrote() { wrote_ = true; }  // a byte of a destination image has changed
   void AddApproximate(double value) { approximate_.push_back(value); }
 
   bool failed() const { return failed_; }  // whether any result was not 0
+  bool wrote() const { return wrote_; }
   std::uint64_t hash() const { return hash_; }
   const std::vector<double>& approximate() const { return approximate_; }
 
  private:
   bool failed_ = false;
+  bool wrote_ = false;
   std::uint64_t hash_ = 14695981039346656037ULL;
   std::vector<double> approximate_;
 };

@@ -26,21 +26,11 @@ inline int RandomSize(Random& random) {
 
 // Values at which float code goes wrong, mixed with ordinary ones of several magnitudes.
 inline float RandomFloat(Random& random) {
-  static constexpr float kSpecial[] = {0.0F,
-                                       -0.0F,
-                                       0.5F,
-                                       -0.5F,
-                                       1.5F,
-                                       254.5F,
-                                       255.0F,
-                                       65534.5F,
-                                       65535.0F,
-                                       1e-40F,
-                                       3.4028235e38F,
-                                       -3.4028235e38F,
-                                       std::numeric_limits<float>::infinity(),
-                                       -std::numeric_limits<float>::infinity(),
-                                       std::numeric_limits<float>::quiet_NaN()};
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+  static constexpr float kSpecial[] = {0.0F,          -0.0F,          0.5F,      -0.5F,      1.5F,
+                                       254.5F,        255.0F,         65534.5F,  65535.0F,   1e-40F,
+                                       3.4028235e38F, -3.4028235e38F, kInfinity, -kInfinity, kNaN};
   const int kind = RandomInt(random, 0, 19);
   if (kind == 0) return kSpecial[RandomInt(random, 0, static_cast<int>(std::size(kSpecial)) - 1)];
   const float unit = std::uniform_real_distribution<float>(-1.0F, 1.0F)(random);
@@ -117,6 +107,14 @@ class Image {
   }
   void FillRandom(Random& random) {
     Fill([&] { return RandomValue<T>(random); });
+  }
+
+  // Makes every pixel of the region from its place, row by row from the top.
+  template <class Make>
+  void FillAt(Make make) {
+    for (int y = 0; y < height_; ++y) {
+      for (int x = 0; x < width_; ++x) Set(x, y, make(x, y));
+    }
   }
 
   // All bytes of the image, margins and padding included: equal bytes mean that nothing else was written.
