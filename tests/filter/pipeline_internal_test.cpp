@@ -7,14 +7,17 @@
 namespace norvala {
 namespace {
 
-TEST(PipelineBufferSizeStatusTest, ChecksInOrder) {
-  std::int32_t size = 0;
+TEST(PipelineBufferSizeTest, ChecksInOrder) {
   for (const auto& query : {kFilterRowBorderPipelineGetBufferSizeBW8, kFilterColumnPipelineGetBufferSizeBW8}) {
+    std::int32_t size = 7;
     EXPECT_EQ(query({0, 0}, 0, nullptr), StatusCode::NullPointer);
     EXPECT_EQ(query({0, 1}, 1, &size), StatusCode::NonPositiveSize);
     EXPECT_EQ(query({1, 0}, 1, &size), StatusCode::NonPositiveSize);
     EXPECT_EQ(query({1, 1}, 0, &size), StatusCode::NonPositiveSize);
-    EXPECT_EQ(query({1, 1}, INT32_MAX, &size), StatusCode::NonPositiveSize);
+    EXPECT_EQ(query({1, 1}, 536870896, &size), StatusCode::NonPositiveSize);  // does not fit
+    EXPECT_EQ(size, 7);
+    EXPECT_EQ(query({INT32_MAX, INT32_MAX}, 536870895, &size), StatusCode::Success);
+    EXPECT_EQ(size, 2147483644);
   }
 }
 
