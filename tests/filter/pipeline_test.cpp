@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <numeric>
 
+#include "filter/mirror.h"
 #include "norvala.h"
 #include "support/image.h"
 
@@ -13,25 +13,12 @@ namespace {
 using Row16 = Image<std::int16_t>;
 using Taps = std::vector<std::int16_t>;
 
-// The column of the row that border pixel x repeats, found by walking from the edge.
+// The column of the row that border pixel x repeats.
 int BorderColumn(int x, int width, int borderType) {
-  while (x < 0 || x >= width) {
-    const int edge = x < 0 ? 0 : width - 1;
-    switch (borderType) {
-      case 1:
-        x = edge;
-        break;
-      case 2:
-        x += x < 0 ? width : -width;
-        break;
-      case 3:
-        x = width == 1 ? 0 : 2 * edge - x;
-        break;
-      default:
-        x = 2 * edge - x + (x < 0 ? -1 : 1);
-    }
-  }
-  return x;
+  if (borderType == 3) return Mirror(x, width);
+  if (borderType == 2) return (x % width + width) % width;
+  while (borderType == 4 && (x < 0 || x >= width)) x = x < 0 ? -1 - x : 2 * width - 1 - x;
+  return std::clamp(x, 0, width - 1);
 }
 
 std::int16_t RowResult(const Image<BW8>& src, int x, int y, const Taps& taps, int anchor, int borderType, BW8 border,
@@ -167,74 +154,6 @@ TEST(ColumnPipelineTest, FiltersAsDefined) {
     ASSERT_EQ(dst.Bytes(), expected.Bytes()) << "width " << job.width << " taps " << job.count() << " divisor "
                                              << job.divisor << " values " << low << ".." << high;
   }
-}
-
-// Every sum of 16 bits over many divisors: the integer division must make what double precision makes.
-TEST(ColumnPipelineTest, DividesEverySixteenBitSum) {
-  std::vector<std::int16_t> values(32768);
-  std::iota(values.begin(), values.end(), std::int16_t{0});
-  std::vector<std::int16_t> plusOne(values.begin() + 1, values.end());
-  plusOne.push_back(32767);
-  const std::array<std::int16_t, 2> taps = {1, 1};
-  std::vector<BW8> dst(values.size());
-  std::array<BW8, 72> buffer;
-  std::vector<int> divisors = {1000, 4095, 4096, 4097, 9999, 32767, 32768, 32769, 65535, 65536, 65537};
-  for (int d = 1; d <= 600; ++d) divisors.push_back(d);
-  for (const int divisor : divisors) {
-    const double factor = 1.0 / divisor;
-    for (const auto& second : {values, plusOne}) {
-      const std::array<const std::int16_t*, 2> rows = {values.data(), second.data()};
-      ASSERT_EQ(Norvala_FilterColumnPipelineBW8(rows.data(), dst.data(), 32768, 32768, 1, taps.data(), 2, divisor,
-                                                buffer.data()),
-                0);
-      for (std::size_t i = 0; i < values.size(); ++i) {
-        const int sum = values[i] + second[i];
-        ASSERT_EQ(dst[i], static_cast<BW8>(std::min(sum * factor, 255.0))) << sum << " / " << divisor;
-      }
-    }
-  }
-}
-
-TEST(RowPipelineTest, DividesAsDoublePrecisionDoes) {
-  Image<BW8> src(256, 1);
-  std::iota(src.data(), src.data() + 256, BW8{0});
-  std::array<std::int16_t, 256> dst;
-  std::int16_t* const row = dst.data();
-  std::array<BW8, 68> buffer;
-  for (int divisor = 1; divisor <= 500; ++divisor) {
-    for (const int tap : {divisor, -divisor, 1, -1, 128, -128, 129, 257, -32768}) {
-      const Taps taps = {static_cast<std::int16_t>(tap)};
-      ASSERT_EQ(Norvala_FilterRowBorderPipelineBW8(src.data(), 256, &row, 256, 1, taps.data(), 1, 0, 0, 0, divisor,
-                                                   buffer.data()),
-                0);
-      for (int x = 0; x < 256; ++x) {
-        ASSERT_EQ(row[x], RowResult(src, x, 0, taps, 0, 0, 0, divisor)) << tap << " * " << x << " / " << divisor;
-      }
-    }
-  }
-}
-
-TEST(PipelineFailureTest, RowsBeforeANullEntryAreComplete) {
-  const Taps taps = {1, 1, 1};
-  Image<BW8> src(20, 3);
-  src.Fill([] { return BW8{7}; });
-  std::array<BW8, 76> buffer;
-  Row16 first(20, 1);
-  Row16 last(20, 1);
-  const auto before = last.Bytes();
-  const std::array<std::int16_t*, 3> dstRows = {first.data(), nullptr, last.data()};
-  EXPECT_EQ(Norvala_FilterRowBorderPipelineBW8(src.data(), 20, dstRows.data(), 20, 3, taps.data(), 3, 1, 1, 0, 2,
-                                               buffer.data()),
-            -1);
-  for (int x = 0; x < 20; ++x) EXPECT_EQ(first.Get(x, 0), 10);
-  EXPECT_EQ(last.Bytes(), before);
-
-  Image<BW8> dst(20, 2);
-  const auto untouched = dst.Bytes();
-  const std::array<const std::int16_t*, 4> srcRows = {first.data(), first.data(), first.data(), nullptr};
-  EXPECT_EQ(Norvala_FilterColumnPipelineBW8(srcRows.data(), dst.data(), 20, 20, 2, taps.data(), 3, 3, buffer.data()),
-            -1);
-  EXPECT_EQ(dst.Bytes(), untouched);
 }
 
 }  // namespace

@@ -158,30 +158,5 @@ TEST(PyramidLayerStateTest, HoldsTheNormalisedKernel) {
   EXPECT_EQ(stored({-3, 1, 4, 1, -3}, StatusCode::Success), (Kernel{-3, 1, 4, 0, 1, -3}));
 }
 
-// Blocks of all small shapes hold what a reduction writes: the sanitizers' heap tells.
-TEST(PyramidLayerStateTest, BlocksAreLargeEnough) {
-  const HeapWatch heap;
-  std::array<BW8, 40 * 40> pixels{};
-  std::array<BW8, 40 * 40> results{};
-  for (const std::int32_t size : {3, 5, 7, 15, 17, 31, 33}) {
-    Kernel kernel(static_cast<std::size_t>(size), 1);
-    for (int width = 1; width <= 40; ++width) {
-      for (int height = 1; height <= 40; height += height < 8 ? 1 : 8) {
-        // The second kernel sums to 0.
-        for (const std::int32_t centre : {1, 1 - size}) {
-          kernel[static_cast<std::size_t>(size / 2)] = static_cast<std::int16_t>(centre);
-          PyramidLayerState* state = nullptr;
-          ASSERT_EQ(Create(&state, {width, height}, 1.1F, kernel), StatusCode::Success);
-          EXPECT_EQ(kPyramidLayerDownBW8(pixels.data(), 40, {width, height}, results.data(), 40,
-                                         {ReducedSize(width, 1.1F), ReducedSize(height, 1.1F)}, state),
-                    StatusCode::Success);
-          kPyramidLayerDownFree(state);
-        }
-      }
-    }
-  }
-  EXPECT_EQ(heap.live(), 0);
-}
-
 }  // namespace
 }  // namespace norvala

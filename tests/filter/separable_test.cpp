@@ -95,16 +95,6 @@ FLOAT32 Naive(const Job<float>& job, const std::vector<FLOAT32>& pixels) {
   return static_cast<FLOAT32>(NaiveSum(job.kernel, pixels));
 }
 
-// The same bits, or not a number on both sides.
-template <class T>
-bool Same(T a, T b) {
-  if constexpr (std::is_same_v<T, float>) {
-    if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && std::isnan(b);
-    return std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b);
-  }
-  return a == b;
-}
-
 // Filters a region whose readable surroundings end where the kernel's reach ends, at a no-access page before or behind.
 template <class T, class Tap>
 void Check(Random& random, const Job<Tap>& job) {
@@ -119,7 +109,7 @@ void Check(Random& random, const Job<Tap>& job) {
   Image<T> reach(job.width + (row ? job.taps() - 1 : 0), job.height + (row ? 0 : job.taps() - 1), layout(), flush);
   reach.FillRandom(random);
   Image<T> dst(job.width, job.height, layout());
-  const Image<T> before(dst);
+  Image<T> expected(dst);
   const std::vector<unsigned char> source = reach.Bytes();
 
   const int outside = job.taps() - 1 - job.anchor;
@@ -136,13 +126,13 @@ void Check(Random& random, const Job<Tap>& job) {
         const int position = job.taps() - 1 - i;
         pixels[static_cast<std::size_t>(i)] = row ? reach.Get(x + position, y) : reach.Get(x, y + position);
       }
-      const T expected = Naive(job, pixels);
-      ASSERT_TRUE(Same(dst.Get(x, y), expected))
-          << "at " << x << ", " << y << ": " << +dst.Get(x, y) << " for " << +expected;
-      dst.Set(x, y, before.Get(x, y));
+      const T value = Naive(job, pixels);
+      // One NaN is as good as another.
+      const bool bothNan = value != value && dst.Get(x, y) != dst.Get(x, y);
+      expected.Set(x, y, bothNan ? dst.Get(x, y) : value);
     }
   }
-  ASSERT_EQ(dst.Bytes(), before.Bytes()) << "bytes outside the region";
+  ASSERT_EQ(dst.Bytes(), expected.Bytes());
   ASSERT_EQ(reach.Bytes(), source);
 }
 
@@ -162,22 +152,15 @@ Job<Tap> RandomJob(Random& random, MakeTap tap) {
 }
 
 std::int32_t RandomDivisor(Random& random) {
-  switch (RandomInt(random, 0, 7)) {
-    case 0:
-      return 1;
-    case 1:
-      return 1 << RandomInt(random, 1, 16);
-    case 2:
-      return 1 << RandomInt(random, 17, 30);
-    case 3:
-      return -RandomInt(random, 1, 3000);
-    case 4:
-      return RandomInt(random, 3, 100000);
-    case 5:
-      return RandomInt(random, 0, 1) != 0 ? INT32_MAX : -INT32_MAX;
-    default:
-      return RandomInt(random, 3, 300);
-  }
+  const std::int32_t divisors[] = {1,
+                                   1 << RandomInt(random, 1, 16),
+                                   1 << RandomInt(random, 17, 30),
+                                   RandomInt(random, 3, 300),
+                                   RandomInt(random, 3, 300),
+                                   RandomInt(random, 3, 100000),
+                                   -RandomInt(random, 1, 3000),
+                                   RandomInt(random, 0, 1) != 0 ? INT32_MAX : -INT32_MAX};
+  return divisors[RandomInt(random, 0, 7)];
 }
 
 // Taps of all magnitudes, so that sums of 16, 24 and 31 bits and those that wrap occur, each with all divisors; half
@@ -213,25 +196,6 @@ TEST(FilterBW8Test, DividesEverySumOfAPixelRight) {
   }
 }
 
-// One pixel and one tap.
-template <class T, class Tap>
-T FilterOne(T pixel, Tap tap, std::int32_t divisor = 1) {
-  T dst = 77;
-  EXPECT_EQ(Call(Job<Tap>{Along::Row, 1, 1, {tap}, 0, divisor}, &pixel, sizeof(T), &dst, sizeof(T)), 0);
-  return dst;
-}
-
-TEST(FilterBW8Test, RoundsHalfUpClampsAndWraps) {
-  const auto filter = [](BW8 pixel, std::int32_t tap, std::int32_t divisor) { return FilterOne(pixel, tap, divisor); };
-  EXPECT_EQ(filter(5, 1, 3), 2);
-  EXPECT_EQ(filter(5, -1, 3), 0);
-  EXPECT_EQ(filter(5, -1, -3), 2);
-  EXPECT_EQ(filter(6, 1, 4), 2);
-  EXPECT_EQ(filter(1, INT32_MIN, -1), 255);
-  EXPECT_EQ(filter(255, 16843010, 1 << 24), 0);  // 2^32 + 254 wraps to 254
-  EXPECT_EQ(filter(1, INT32_MAX, 1 << 30), 2);   // the rounding does not wrap
-}
-
 TEST(FilterBW16Test, EqualsTheNaiveOne) {
   Random random(2);
   for (int round = 0; round < 2000; ++round) {
@@ -261,19 +225,6 @@ TEST(Filter32fBW16Test, EqualsTheNaiveOne) {
   }
 }
 
-TEST(Filter32fBW16Test, RoundsHalfAwayFromZeroAndSaturates) {
-  const auto filter = [](int pixel, float tap) {
-    return static_cast<std::int16_t>(FilterOne(static_cast<BW16>(pixel), tap));
-  };
-  EXPECT_EQ(filter(-1, 0.5F), -1);
-  EXPECT_EQ(filter(1, 0.5F), 1);
-  EXPECT_EQ(filter(-1, 0.49F), 0);
-  EXPECT_EQ(filter(1, 32767.6F), 32767);
-  EXPECT_EQ(filter(-1, 32768.4F), -32768);
-  EXPECT_EQ(filter(20000, -2.0F), -32768);
-  EXPECT_EQ(filter(0, std::numeric_limits<float>::infinity()), 0);  // not a number
-}
-
 TEST(FilterFloatTest, EqualsTheNaiveOne) {
   Random random(4);
   for (int round = 0; round < 3000; ++round) {
@@ -290,8 +241,10 @@ TEST(FilterFloatTest, EqualsTheNaiveOne) {
 TEST(FilterBW8DeathTest, NeverReturnsForTheLowestDivisor) {
   EXPECT_EXIT(
       {
+        const BW8 src = 1;
+        BW8 dst;
         alarm(1);
-        FilterOne(BW8{1}, 1, INT32_MIN);
+        Call(Job<std::int32_t>{Along::Row, 1, 1, {1}, 0, INT32_MIN}, &src, 1, &dst, 1);
       },
       testing::KilledBySignal(SIGALRM), "");
 }
