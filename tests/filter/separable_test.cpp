@@ -107,7 +107,9 @@ void Check(Random& random, const Job<Tap>& job) {
   const auto layout = [&] { return Layout{0, kSize * RandomInt(random, 0, 5), RandomInt(random, 0, kSize - 1)}; };
   const auto flush = RandomInt(random, 0, 1) != 0 ? GuardedMemory::Flush::End : GuardedMemory::Flush::Start;
   Image<T> reach(job.width + (row ? job.taps() - 1 : 0), job.height + (row ? 0 : job.taps() - 1), layout(), flush);
-  reach.FillRandom(random);
+  const T level = RandomValue<T>(random);
+  const bool flat = RandomInt(random, 0, 3) == 0;
+  reach.Fill([&] { return flat ? level : RandomValue<T>(random); });
   Image<T> dst(job.width, job.height, layout());
   Image<T> expected(dst);
   const std::vector<unsigned char> source = reach.Bytes();
@@ -164,7 +166,8 @@ std::int32_t RandomDivisor(Random& random) {
 }
 
 // Taps of all magnitudes, so that sums of 16, 24 and 31 bits and those that wrap occur, each with all divisors; half
-// the time the divisor is the sum of the taps, as in kernels that people use.
+// the time the divisor is the sum of the taps, as in kernels that people use. Large taps that nearly cancel each other
+// leave small sums of large parts on flat images.
 TEST(FilterBW8Test, EqualsTheNaiveOne) {
   Random random(1);
   for (int round = 0; round < 4000; ++round) {
@@ -173,7 +176,12 @@ TEST(FilterBW8Test, EqualsTheNaiveOne) {
     const int least = RandomInt(random, 0, 1) == 0 ? 0 : -most;
     auto job = RandomJob<std::int32_t>(random, [&] { return RandomInt(random, least, most); });
     if (most == INT32_MAX && RandomInt(random, 0, 1) == 0) job.kernel[0] = INT32_MIN;
-    const std::int64_t sum = std::accumulate(job.kernel.begin(), job.kernel.end(), std::int64_t{0});
+    std::int64_t sum = std::accumulate(job.kernel.begin(), job.kernel.end(), std::int64_t{0});
+    if (RandomInt(random, 0, 3) == 0) {
+      const int rest = RandomInt(random, -300, 300);
+      job.kernel.back() = static_cast<std::int32_t>(job.kernel.back() - sum + rest);
+      sum = rest;
+    }
     const bool normalised = RandomInt(random, 0, 1) == 0 && sum != 0 && std::abs(sum) < INT32_MAX;
     job.divisor = normalised ? static_cast<std::int32_t>(sum) : RandomDivisor(random);
     ASSERT_NO_FATAL_FAILURE(Check<BW8>(random, job));
@@ -222,6 +230,17 @@ TEST(Filter32fBW16Test, EqualsTheNaiveOne) {
       return std::ldexp(mantissa, 5 - RandomInt(random, 0, exponents));
     };
     ASSERT_NO_FATAL_FAILURE(Check<BW16>(random, RandomJob<float>(random, full)));
+  }
+}
+
+// A sum so large that a product after it is lost; added in another order it would not be.
+TEST(Filter32fBW16Test, AddsInTheOrderOfThePixels) {
+  const BW16 src[] = {static_cast<BW16>(-32767), 1, 32767};
+  for (const Along along : {Along::Row, Along::Column}) {
+    const Job<float> job{along, 1, 1, {0x1p40F, 1.25F, 0x1p40F}, 1};
+    BW16 dst = 77;
+    ASSERT_EQ(Call(job, src + 1, along == Along::Row ? 6 : 2, &dst, 2), 0);
+    EXPECT_EQ(dst, 0);
   }
 }
 
