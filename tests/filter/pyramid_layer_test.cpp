@@ -143,6 +143,8 @@ Kernel RandomKernel(Random& random, int size) {
 
 float RandomRate(Random& random) {
   static constexpr float kSpecial[] = {1.0000001F, 1.5F, 2.0F, 1.4142135F, 3.0F, 9.999999F, 10.0F,
+                                       // 13 pixels make 10 only because 10 times this rounds up to 13 in float.
+                                       1.3F,
                                        // Floats on both sides of the bounds of decimation.
                                        1.99998F, 1.9999801F, 2.00002F, 2.0000198F};
   if (RandomInt(random, 0, 1) != 0) return kSpecial[RandomInt(random, 0, static_cast<int>(std::size(kSpecial)) - 1)];
