@@ -575,8 +575,8 @@ NORVALA_API int32_t NORVALA_CALL Norvala_PyrDownGauss5x5FLOAT32(const FLOAT32* s
 
 /** @name Pyramid layers
  *  Reduces 8-bit images by any rate above 1 and up to 10: smoothing with a symmetric kernel, then linear interpolation
- *  (at rate 2, every second pixel of every second row). A state holds the kernel and all work memory; it is created
- *  once and serves any number of reductions, one at a time.
+ *  (at rates from 1.99998 to 2.00002, every second pixel of every second row). A state holds the kernel and all work
+ *  memory; it is created once and serves any number of reductions, one at a time.
  *
  *  A direction of n pixels reduces to d pixels, where d is the one number for which
  *  upper(d - 1) < n <= upper(d), with upper(0) = 0 and upper(d) the larger of d + 1 and d * rate, the product rounded

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "filter/mirror.h"
+#include "filter/naive_mirror.h"
 #include "norvala.h"
 #include "support/image.h"
 

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "filter/mirror.h"
+#include "filter/naive_mirror.h"
 #include "norvala.h"
 #include "support/image.h"
 
