@@ -338,7 +338,7 @@ NORVALA_API int32_t NORVALA_CALL Norvala_RGBToGray_BW8_C3C1R(const BW8* src, int
  *  (row filters) or tap i * source(x, y + a - i) (column filters) over i = 0 .. K - 1: a true convolution, which
  *  meets the kernel mirrored. The pixels beyond the region that the kernel reaches must exist in memory: K - 1 - a
  *  before and a after each row, or as many rows above and below the region. An anchor outside 0 .. K - 1 moves the
- * whole reach before or after the output pixel. Any number of taps serves.
+ *  whole reach before or after the output pixel. Any number of taps serves.
  *  @{ */
 /** Filters 8-bit pixels along rows with an integer kernel. The sum, which wraps in 32 bits, is divided by the divisor,
  *  rounded and clamped to 0..255: exact and half up for powers of two; for other divisors, negative ones included, as
@@ -536,15 +536,15 @@ NORVALA_API int32_t NORVALA_CALL Norvala_FilterGauss(const BW8* src, int32_t src
  *  Halves a one-channel image in both directions after smoothing it with the outer product of [1 4 6 4 1] / 16 with
  *  itself (P. Burt, E. Adelson, "The Laplacian Pyramid as a Compact Image Code", 1983). The result has
  *  (width + 1) / 2 x (height + 1) / 2 pixels, divisions rounded down; its pixel (j, k) is centred on source pixel
- *  (2j, 2k). Beyond the edges the image is mirrored about its edge pixels, which are not repeated (... 2 1 | 0 1 2
- * ...): only the region itself is read.
+ *  (2j, 2k). Beyond the edges the image is mirrored about its edge pixels, which are not repeated (..2 1 | 0 1 2..):
+ *  only the region itself is read.
  *  @{ */
 /** Tells the size of the work buffer that the reductions below need; it serves both pixel types.
  *  @param width      source width in pixels, at least 1
  *  @param channels   1 (3 is accepted and reports what three interleaved channels would need)
  *  @param bufferSize receives the size in bytes; left alone on failure
  *  @return 0, or -1 when the pointer is null, the width is below 1, the channels are neither 1 nor 3, or the size does
- *  not fit 32 signed bits */
+ *          not fit 32 signed bits */
 NORVALA_API int32_t NORVALA_CALL Norvala_PyrDownGetBufSizeGauss5x5BW8(int32_t width, int32_t channels,
                                                                       int32_t* bufferSize);
 /** Reduces an 8-bit image by half. Sums are exact; the result is rounded to nearest, halves up.
@@ -577,8 +577,8 @@ NORVALA_API int32_t NORVALA_CALL Norvala_PyrDownGauss5x5FLOAT32(const FLOAT32* s
 
 /** @name Pyramid layers
  *  Reduces 8-bit images by any rate above 1 and up to 10: smoothing with a symmetric kernel, then linear interpolation
- *  (at rate 2, every second pixel of every second row). A state holds the kernel and all work memory; it is created
- *  once and serves any number of reductions, one at a time.
+ *  (at rates from 1.99998 to 2.00002, every second pixel of every second row). A state holds the kernel and all work
+ *  memory; it is created once and serves any number of reductions, one at a time.
  *
  *  A direction of n pixels reduces to d pixels, where d is the one number for which
  *  upper(d - 1) < n <= upper(d), with upper(0) = 0 and upper(d) the larger of d + 1 and d * rate, the product rounded

@@ -132,6 +132,7 @@ StatusCode FilterRowBorderPipelineBW8(const BW8* src, std::int32_t srcStep, std:
   }
   if (divisor == 0) return StatusCode::BadArgument;
 
+  const Unaligned<std::int16_t* const>* const rows = dstRows;
   const RowKernel rowKernel(kernel, kernelSize, divisor);
   const Border border = {static_cast<BorderType>(borderType), borderValue};
   const std::int64_t width = size.width;
@@ -144,7 +145,7 @@ StatusCode FilterRowBorderPipelineBW8(const BW8* src, std::int32_t srcStep, std:
   const std::int32_t right = std::max(kernelSize - 1 - anchor, kVector);
   for (std::int32_t y = 0; y < size.height; ++y) {
     const Unaligned<BW8>* const row = Row(src, srcStep, y);
-    Unaligned<std::int16_t>* const dst = dstRows[y];
+    Unaligned<std::int16_t>* const dst = rows[y];
     if (dst == nullptr) return StatusCode::NullPointer;
     if (whole) {
       ExtendRow(row, size.width, border, -anchor, width + reach - anchor, buffer);

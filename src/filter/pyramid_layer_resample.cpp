@@ -114,8 +114,8 @@ struct NarrowBlend {
   }
 };
 
-// The rate at which pixels are dropped without interpolation.
-bool Decimates(FLOAT32 rate) { return rate >= 1.99998F && rate <= 2.00002F; }
+// The rates at which pixels are dropped without interpolation. The floats nearest to the bounds lie just outside them.
+bool Decimates(double rate) { return rate >= 1.99998 && rate <= 2.00002; }
 
 template <class Filter>
 void Decimate(FilteredRows<Filter>& rows, RegionSize srcSize, BW8* dst, std::int32_t dstStep, RegionSize dstSize) {

@@ -152,6 +152,8 @@ bool FilterNarrow(const SeparableCallBW8& call, std::int64_t positive, std::int6
       !MultiplierU16::Find(division.divisor, static_cast<std::int32_t>(highest), &divide)) {
     return false;
   }
+  // No lane can be shifted by all of its 16 bits.
+  if (division.divisor > UINT16_MAX) return false;
   // Clamping takes the quotients as signed.
   if (division.divisor == 1 && highest > INT16_MAX) return false;
   NarrowRule rule;

@@ -9,26 +9,21 @@
 namespace norvala {
 namespace {
 
-using norvala_test::HeapWatch;
-
 TEST(DivisorScaleTest, DerivesTheModeFromTheDivisor) {
-  const auto expect = [](std::int32_t divisor, std::int32_t mode, std::int32_t shift, std::int32_t addend,
-                         float factor) {
+  const auto expect = [](std::int32_t divisor, DivisorScale expected) {
     const DivisorScale scale = DeriveDivisorScale(divisor);
-    EXPECT_EQ(scale.mode, mode) << divisor;
-    EXPECT_EQ(scale.shift, shift) << divisor;
-    EXPECT_EQ(scale.factor, factor) << divisor;
-    if (mode == DivisorScale::Shift) {
-      EXPECT_EQ(scale.addend, addend) << divisor;
-    }
+    EXPECT_EQ(scale.mode, expected.mode) << divisor;
+    EXPECT_EQ(scale.shift, expected.shift) << divisor;
+    EXPECT_EQ(scale.addend, expected.addend) << divisor;
+    EXPECT_EQ(scale.factor, expected.factor) << divisor;
   };
-  expect(1, 0, 0, 0, 1.0F);
-  for (int shift = 1; shift <= 30; ++shift) expect(1 << shift, 1, shift, 1 << (shift - 1), 1.0F);
-  expect(3, 2, 0, 0, 1.0F / 3.0F);
-  expect(-1, 2, 0, 0, -1.0F);
-  expect(-4, 2, 0, 0, -0.25F);
-  expect(INT32_MAX, 2, 0, 0, 4.656612873e-10F);
-  expect(-INT32_MAX, 2, 0, 0, -4.656612873e-10F);
+  expect(1, {DivisorScale::None, 0, 0, 1.0F});
+  for (int shift = 1; shift <= 30; ++shift) {
+    expect(1 << shift, {DivisorScale::Shift, shift, 1 << (shift - 1), 1.0F});
+  }
+  expect(3, {DivisorScale::Reciprocal, 0, 0, 1.0F / 3.0F});
+  expect(-4, {DivisorScale::Reciprocal, 0, 0, -0.25F});
+  expect(INT32_MAX, {DivisorScale::Reciprocal, 0, 0, 4.656612873e-10F});
 }
 
 // The integer rules against the stated one, at every threshold between two bytes and on both sides of it.
@@ -59,23 +54,54 @@ TEST(RoundedDivisionTest, EqualsTheScaleAtEveryThreshold) {
   }
 }
 
-TEST(SeparableStatusTest, ChecksInOrder) {
-  std::array<BW8, 64> a{};
-  const std::array<std::int32_t, 3> taps{1, 2, 1};
-  const auto row = [&](const BW8* src, int srcStep, int dstStep, RegionSize size, int count, int divisor) {
-    return kFilterRowBW8(src, srcStep, a.data() + 32, dstStep, size, taps.data(), count, 1, divisor);
+// Every call fails all later checks as well; nothing is written and nothing allocated.
+template <class Pixel, class Tap, class Table>
+void ExpectChecksInOrder(const Table& filter, bool alongRow) {
+  constexpr int kPixel = sizeof(Pixel);
+  constexpr bool kDivides = std::is_same_v<Tap, std::int32_t>;
+  const int srcStep = (8 + (alongRow ? 2 : 0)) * kPixel;
+  const int dstStep = 8 * kPixel;
+  std::array<Pixel, 64> image{};
+  image.fill(7);
+  const std::array<Pixel, 64> before = image;
+  const Pixel* const src = image.data() + 16;
+  Pixel* const dst = image.data() + 40;
+  const std::array<Tap, 3> taps{1, 2, 1};
+  const auto call = [&](const Pixel* from, int fromStep, Pixel* to, int toStep, RegionSize size, const Tap* kernel,
+                        int count, std::int32_t divisor) {
+    if constexpr (kDivides) return filter(from, fromStep, to, toStep, size, kernel, count, 1, divisor);
+    if constexpr (!kDivides) return filter(from, fromStep, to, toStep, size, kernel, count, 1);
   };
-  const BW8* src = a.data() + 1;
-  EXPECT_EQ(row(nullptr, 0, 0, {0, 0}, 0, 0), StatusCode::NullPointer);
-  EXPECT_EQ(kFilterRowBW8(src, 0, nullptr, 0, {0, 0}, taps.data(), 0, 1, 0), StatusCode::NullPointer);
-  EXPECT_EQ(kFilterRowBW8(src, 0, a.data(), 0, {0, 0}, nullptr, 0, 1, 0), StatusCode::NullPointer);
-  EXPECT_EQ(row(src, 0, 0, {0, 1}, 3, 0), StatusCode::NonPositiveSize);
-  EXPECT_EQ(row(src, 0, 0, {1, 0}, 3, 0), StatusCode::NonPositiveSize);
-  EXPECT_EQ(row(src, 0, 0, {1, 1}, 0, 0), StatusCode::NonPositiveSize);
-  EXPECT_EQ(row(src, 0, 0, {1, 1}, 3, 0), StatusCode::ZeroDivisor);
-  EXPECT_EQ(row(src, 9, 8, {8, 1}, 3, 4), StatusCode::NonPositiveStep);
-  EXPECT_EQ(row(src, 10, 7, {8, 1}, 3, 4), StatusCode::NonPositiveStep);
-  EXPECT_EQ(row(src, 10, 8, {8, 1}, 3, 4), StatusCode::Success);
+  const norvala_test::HeapWatch heap;
+  EXPECT_EQ(call(nullptr, 0, dst, 0, {0, 0}, taps.data(), 0, 0), StatusCode::NullPointer);
+  EXPECT_EQ(call(src, 0, nullptr, 0, {0, 0}, taps.data(), 0, 0), StatusCode::NullPointer);
+  EXPECT_EQ(call(src, 0, dst, 0, {0, 0}, nullptr, 0, 0), StatusCode::NullPointer);
+  EXPECT_EQ(call(src, 0, dst, 0, {0, 1}, taps.data(), 3, 0), StatusCode::NonPositiveSize);
+  EXPECT_EQ(call(src, 0, dst, 0, {1, 0}, taps.data(), 3, 0), StatusCode::NonPositiveSize);
+  EXPECT_EQ(call(src, 0, dst, 0, {1, 1}, taps.data(), 0, 0), StatusCode::NonPositiveSize);
+  if (kDivides) {
+    EXPECT_EQ(call(src, 0, dst, 0, {8, 1}, taps.data(), 3, 0), StatusCode::ZeroDivisor);
+  }
+  // The divisor whose rule is never found comes after the steps.
+  EXPECT_EQ(call(src, srcStep - 1, dst, dstStep, {8, 1}, taps.data(), 3, INT32_MIN), StatusCode::NonPositiveStep);
+  EXPECT_EQ(call(src, srcStep, dst, dstStep - 1, {8, 1}, taps.data(), 3, INT32_MIN), StatusCode::NonPositiveStep);
+  EXPECT_EQ(call(src, INT32_MIN, dst, dstStep, {8, 1}, taps.data(), 3, INT32_MIN), StatusCode::NonPositiveStep);
+  EXPECT_EQ(call(src, INT32_MAX - 3, dst, dstStep, {INT32_MAX, 1}, taps.data(), 3, 4), StatusCode::NonPositiveStep);
+  if (alongRow) {
+    EXPECT_EQ(call(src, INT32_MAX, dst, dstStep, {8, 1}, taps.data(), INT32_MAX, 4), StatusCode::NonPositiveStep);
+  }
+  EXPECT_EQ(image, before);
+  EXPECT_EQ(call(src, srcStep, dst, dstStep, {8, 1}, taps.data(), 3, 4), StatusCode::Success);
+  EXPECT_EQ(heap.allocations(), 0);
+}
+
+TEST(SeparableStatusTest, ChecksInOrder) {
+  ExpectChecksInOrder<BW8, std::int32_t>(kFilterRowBW8, true);
+  ExpectChecksInOrder<BW8, std::int32_t>(kFilterColumnBW8, false);
+  ExpectChecksInOrder<BW16, FLOAT32>(kFilterRow32fBW16, true);
+  ExpectChecksInOrder<BW16, FLOAT32>(kFilterColumn32fBW16, false);
+  ExpectChecksInOrder<FLOAT32, FLOAT32>(kFilterRowFLOAT32, true);
+  ExpectChecksInOrder<FLOAT32, FLOAT32>(kFilterColumnFLOAT32, false);
 }
 
 // The kernel, its size, the divisor and the memory come before all else.
@@ -83,41 +109,23 @@ TEST(SeparableStatusTest, IntegerTapsOf16BitFiltersComeFirst) {
   const std::array<std::int32_t, 3> taps{1, 2, 1};
   std::array<BW16, 64> a{};
   for (const auto* filter : {&kFilterRowBW16, &kFilterColumnBW16}) {
-    const auto call = [&](const BW16* src, int step, RegionSize size, const std::int32_t* kernel, int count,
-                          int divisor) {
-      return (*filter)(src, step, a.data() + 40, 16, size, kernel, count, 1, divisor);
+    const auto call = [&](const BW16* src, int step, const std::int32_t* kernel, int count, int divisor) {
+      return (*filter)(src, step, a.data() + 40, 16, {8, 1}, kernel, count, 1, divisor);
     };
-    HeapWatch heap;
-    EXPECT_EQ(call(nullptr, 0, {0, 0}, nullptr, 0, 0), StatusCode::NullPointer);
-    EXPECT_EQ(call(nullptr, 0, {0, 0}, taps.data(), 0, 0), StatusCode::NonPositiveSize);
-    EXPECT_EQ(call(nullptr, 0, {0, 0}, taps.data(), 3, 0), StatusCode::ZeroDivisor);
+    norvala_test::HeapWatch heap;
+    EXPECT_EQ(call(nullptr, 0, nullptr, 0, 0), StatusCode::NullPointer);
+    EXPECT_EQ(call(nullptr, 0, taps.data(), 0, 0), StatusCode::NonPositiveSize);
+    EXPECT_EQ(call(nullptr, 0, taps.data(), 3, 0), StatusCode::ZeroDivisor);
     EXPECT_EQ(heap.allocations(), 0);
     heap.FailAt(0);
-    EXPECT_EQ(call(nullptr, 0, {0, 0}, taps.data(), 3, 4), StatusCode::WorkBufferUnavailable);
+    EXPECT_EQ(call(nullptr, 0, taps.data(), 3, 4), StatusCode::WorkBufferUnavailable);
     heap.FailAt(-1);
-    EXPECT_EQ(call(nullptr, 0, {0, 0}, taps.data(), 3, 4), StatusCode::NullPointer);
-    EXPECT_EQ(call(a.data() + 16, 0, {0, 1}, taps.data(), 3, 4), StatusCode::NonPositiveSize);
-    EXPECT_EQ(call(a.data() + 16, 15, {8, 1}, taps.data(), 3, 4), StatusCode::NonPositiveStep);
-    EXPECT_EQ(call(a.data() + 16, 20, {8, 1}, taps.data(), 3, 4), StatusCode::Success);
-    EXPECT_EQ(heap.allocations(), 4);
+    EXPECT_EQ(call(nullptr, 0, taps.data(), 3, 4), StatusCode::NullPointer);
+    EXPECT_EQ(call(a.data() + 16, 15, taps.data(), 3, 4), StatusCode::NonPositiveStep);
+    EXPECT_EQ(call(a.data() + 16, 20, taps.data(), 3, 4), StatusCode::Success);
+    EXPECT_EQ(heap.allocations(), 3);
     EXPECT_EQ(heap.live(), 0);
   }
-}
-
-TEST(SeparableMemoryTest, OnlyIntegerTapsOf16BitFiltersAllocate) {
-  std::array<BW8, 64> bytes{};
-  std::array<BW16, 64> shorts{};
-  std::array<FLOAT32, 64> floats{};
-  const std::array<std::int32_t, 3> taps{1, 2, 100000};
-  const std::array<float, 3> weights{1, 2, 3};
-  const HeapWatch heap;
-  EXPECT_EQ(kFilterRowBW8(bytes.data() + 1, 20, bytes.data() + 32, 20, {8, 1}, taps.data(), 3, 1, 7),
-            StatusCode::Success);
-  EXPECT_EQ(kFilterColumn32fBW16(shorts.data() + 8, 16, shorts.data() + 32, 16, {8, 1}, weights.data(), 3, 1),
-            StatusCode::Success);
-  EXPECT_EQ(kFilterColumnFLOAT32(floats.data() + 8, 32, floats.data() + 32, 32, {8, 1}, weights.data(), 3, 1),
-            StatusCode::Success);
-  EXPECT_EQ(heap.allocations(), 0);
 }
 
 }  // namespace
