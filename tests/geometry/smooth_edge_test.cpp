@@ -10,7 +10,7 @@ namespace {
 
 // How much of the square around a pixel's centre a quadrilateral covers.
 double Coverage(const Quad& q, int x, int y) {
-  constexpr int kSamples = 32;
+  constexpr int kSamples = 16;
   int inside = 0;
   for (int j = 0; j < kSamples; ++j) {
     for (int i = 0; i < kSamples; ++i) {
@@ -29,7 +29,7 @@ void ShowsTheCoverage(int32_t (*call)(const T*, int32_t, int32_t, int32_t, const
   src.Fill([] { return T{255}; });
   const Rect from = WholeOf(src);
   const Rect to = {20, 15, 70, 80};
-  for (int round = 0; round < 40; ++round) {
+  for (int round = 0; round < 20; ++round) {
     Image<T> dst(100, 100, RandomLayout(random));
     dst.Fill([] { return T{0}; });
     const double angle = RandomDouble(random, 0, 2 * std::numbers::pi);
