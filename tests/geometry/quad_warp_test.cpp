@@ -128,7 +128,9 @@ TEST(QuadWarpTest, FollowsTheProjection) {
   Random random(4);
   for (int round = 0; round < 1200; ++round) {
     Images images(random, round);
-    auto& [src, dst, to] = images;
+    const auto& to = images.to;
+    auto& src = images.src;
+    auto& dst = images.dst;
     const double slopeX = RandomDouble(random, -100, 100) / src.width();
     const double slopeY = RandomDouble(random, -100, 100) / src.height();
     for (int y = 0; y < src.height(); ++y) {
