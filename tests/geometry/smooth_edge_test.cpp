@@ -94,6 +94,15 @@ TEST(SmoothEdgeTest, BlendsNeighboursByCoverage) {
       {12, 28, 200}, {12, 29, 200},  // the destination's own side
   };
   for (const auto& p : pixels) EXPECT_EQ(dst.Get(p.x, p.y), p.value) << p.x << ", " << p.y;
+
+  // Where the outer neighbour would lie outside the region, the crossed pixel stays as it is.
+  const Quad atSide = {0.25, 6.75, 20, 6.75, 20, 29, 0.25, 29};
+  dst.Fill([] { return BW8{40}; });
+  ASSERT_EQ(Norvala_WarpAffineQuad(src.data(), 40, 40, src.step(), &from, source.data(), dst.data(), dst.step(), &to,
+                                   atSide.data(), kNearest | kSmoothEdge),
+            0);
+  EXPECT_EQ(dst.Get(0, 15), 40);
+  EXPECT_EQ(dst.Get(1, 15), 200);
 }
 
 }  // namespace
