@@ -90,23 +90,68 @@ void AddAffine(const std::string& name, Warp warp) {
   }
 }
 
+// The parallelogram that the rotation takes the image's corners to.
+std::array<double, 8> RotatedCorners(Size s) {
+  const std::array<double, 6> c = Rotation(s);
+  std::array<double, 8> quad = Corners(s);
+  for (std::size_t i = 0; i < 8; i += 2) {
+    const double x = quad[i];
+    const double y = quad[i + 1];
+    quad[i] = c[0] * x + c[1] * y + c[2];
+    quad[i + 1] = c[3] * x + c[4] * y + c[5];
+  }
+  return quad;
+}
+
+using QuadWarp = decltype(Norvala_WarpAffineQuad);
+
+// From the whole image to a quadrilateral.
+Row AddQuad(const std::string& name, QuadWarp* warp, std::array<double, 8> (*target)(Size), const Kernel& kernel) {
+  return Row(name + "/" + kernel.name, [warp, target, kernel](Size s) -> Work {
+    return [src = Image<BW8>(s), dst = Image<BW8>(s), s, from = Corners(s), to = target(s), warp, kernel]() mutable {
+      const Rect whole = Whole(s);
+      warp(src.data(), s.width, s.height, src.step(), &whole, from.data(), dst.data(), dst.step(), &whole, to.data(),
+           kernel.interpolation);
+    };
+  });
+}
+
+// Bounds and rotations depend on no size.
+template <class Plan>
+void AddPlan(const char* name, Plan plan) {
+  Row(name,
+      [plan](Size s) -> Work {
+        return [region = Whole(s), c = Rotation(s), result = std::array<double, 8>(), plan]() mutable {
+          plan(region, c, result.data());
+        };
+      },
+      {{1920, 1080}});
+}
+
 }  // namespace
 
 void AddWarpRows() {
   AddAffine<BW8>("WarpAffine_BW8", Norvala_WarpAffine_BW8);
   AddAffine<FLOAT32>("WarpAffine_FLOAT32", Norvala_WarpAffine_FLOAT32);
   for (const Kernel& kernel : kKernels) {
-    Row row(std::string("WarpPerspectiveQuad/") + kernel.name, [kernel](Size s) -> Work {
-      return [src = Image<BW8>(s), dst = Image<BW8>(s), s, from = Corners(s), to = Trapezium(s), kernel]() mutable {
-        const Rect whole = Whole(s);
-        Norvala_WarpPerspectiveQuad(src.data(), s.width, s.height, src.step(), &whole, from.data(), dst.data(),
-                                    dst.step(), &whole, to.data(), kernel.interpolation);
-      };
-    });
+    Row affine = AddQuad("WarpAffineQuad", Norvala_WarpAffineQuad, RotatedCorners, kernel);
 #ifdef NORVALA_BENCH_OPENCV
-    row.Peer("opencv", [kernel](Size s) { return PeerPerspective(s, kernel.peer); });
+    affine.Peer("opencv", [kernel](Size s) { return PeerAffine<BW8>(s, kernel.peer); });
+#endif
+    Row perspective = AddQuad("WarpPerspectiveQuad", Norvala_WarpPerspectiveQuad, Trapezium, kernel);
+#ifdef NORVALA_BENCH_OPENCV
+    perspective.Peer("opencv", [kernel](Size s) { return PeerPerspective(s, kernel.peer); });
 #endif
   }
+  AddPlan("GetAffineBound",
+          [](const Rect& r, const auto& c, double* result) { Norvala_GetAffineBound(&r, result, c.data()); });
+  AddPlan("GetRotateShift", [](const Rect&, const auto& c, double* result) {
+    Norvala_GetRotateShift(c[2], c[5], 10, result, result + 1);
+  });
+  AddPlan("GetRotateQuad",
+          [](const Rect& r, const auto& c, double* result) { Norvala_GetRotateQuad(&r, result, 10, c[2], c[5]); });
+  AddPlan("GetRotateBound",
+          [](const Rect& r, const auto& c, double* result) { Norvala_GetRotateBound(&r, result, 10, c[2], c[5]); });
 }
 
 }  // namespace norvala_bench

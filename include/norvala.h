@@ -677,7 +677,7 @@ NORVALA_API int32_t NORVALA_CALL Norvala_SampleDownH2V2_JPEGBW8(const BW8* src, 
  *  @param srcHeight     height of the source image in pixels, at least 1
  *  @param srcStep       source row step in bytes, at least 1
  *  @param srcRegion     the source region; x and y at least 0, sizes at least 1; it may reach beyond the image, whose
- * part of it must be at least 2 by 2 pixels. Must not be null.
+ *                       part of it must be at least 2 by 2 pixels. Must not be null.
  *  @param dst           first pixel of the destination image
  *  @param dstStep       destination row step in bytes, at least 1
  *  @param dstRegion     the destination region, all of it writable; x and y at least 0, sizes at least 1. Must not be
@@ -705,9 +705,10 @@ NORVALA_API int32_t NORVALA_CALL Norvala_WarpAffine_FLOAT32(const FLOAT32* src, 
 /** @name Quadrilateral warps
  *  Bring the content of a quadrilateral of the source image onto a quadrilateral of the destination image. A
  *  quadrilateral is eight doubles, the points x0, y0, x1, y1, x2, y2, x3, y3 in the order in which its sides join them;
- *  vertex k of the one goes to vertex k of the other. Both must be convex, without three vertices on a line. A
- * rectangle of pixels is the quadrilateral of its corner pixels' centres: (left, top), (right, top), (right, bottom),
- * (left, bottom). Images, regions and interpolations are those of the affine warp. Vertices may lie outside the images.
+ *  vertex k of the one goes to vertex k of the other. Both must be finite and convex, without three vertices on a line.
+ *  The rectangle of pixels (left, top) to (right, bottom) is the quadrilateral of its corner pixels' centres: (left,
+ *  top), (right, top), (right, bottom), (left, bottom). Vertices may lie outside the images; source positions outside
+ *  the source image are limited to it. Images, regions and interpolations are those of the affine warp.
  *  @{ */
 /** Warps by the affine map that takes the first three vertices of the source quadrilateral to those of the
  *  destination's. Where the source quadrilateral lies in the source region, all pixels of the destination quadrilateral
@@ -727,8 +728,9 @@ NORVALA_API int32_t NORVALA_CALL Norvala_WarpAffine_FLOAT32(const FLOAT32* src, 
  *  @param interpolation 1, 2 or 4, with or without bit 31
  *  @return 0; or -1 with the warp done when the fourth vertices do not fit the map, to about 12 digits; or -1 with
  *          nothing written when a pointer is null, a size, step or region is out of its range, the interpolation is
- *          unknown, a quadrilateral is degenerate, not convex or not finite, the source region misses the image, no
- * pixel is to be written, or work memory is lacking */
+ *          unknown, a quadrilateral is degenerate, not convex or not a number, the source region misses the image, no
+ *          pixel is to be written, or work memory is lacking. The call needs 8 bytes of it for each row that it
+ *          writes. */
 NORVALA_API int32_t NORVALA_CALL Norvala_WarpAffineQuad(const BW8* src, int32_t srcWidth, int32_t srcHeight,
                                                         int32_t srcStep, const Rect* srcRegion, const double* srcQuad,
                                                         BW8* dst, int32_t dstStep, const Rect* dstRegion,
@@ -746,6 +748,48 @@ NORVALA_API int32_t NORVALA_CALL Norvala_WarpPerspectiveQuad(const BW8* src, int
 /** @} */
 
 /* ---- Bounds and rotation ---- */
+
+/** @name Bounds and rotation
+ *  Where an affine warp will put a region, without doing it. Points are pixel centres, so a region of width w spans
+ *  w - 1 in x. A bound is four doubles: least x, least y, greatest x, greatest y.
+ *
+ *  Angles are in degrees, counter-clockwise on the screen where rows grow downwards. A rotation by a with a shift is
+ *  the affine map with the coefficients cos a, sin a, xShift, -sin a, cos a, yShift; at 90, 180 and 270 degrees (and
+ *  whole turns more or less) its elements are exactly 0, 1 and -1. Angles of 2^31 turns or more, infinite ones and NaN
+ *  give meaningless numbers.
+ *  @{ */
+/** The bound of a region after an affine map.
+ *  @param region       the region; x and y at least 0, sizes at least 1. Must not be null.
+ *  @param bound        receives four doubles. Must not be null.
+ *  @param coefficients six doubles, as for Norvala_WarpAffine_BW8. Must not be null.
+ *  @return 0; -1 with the bound written when the mapped region is degenerate (a region one pixel wide or high, singular
+ *          coefficients) or not finite; -1 with nothing written when the region is out of its range */
+NORVALA_API int32_t NORVALA_CALL Norvala_GetAffineBound(const Rect* region, double* bound, const double* coefficients);
+/** The shift that makes a rotation keep a point in its place.
+ *  @param xCentre column of the point
+ *  @param yCentre row of the point
+ *  @param angle   degrees
+ *  @param xShift  receives the shift in x
+ *  @param yShift  receives the shift in y
+ *  @return 0, or -1 with nothing written when a pointer is null */
+NORVALA_API int32_t NORVALA_CALL Norvala_GetRotateShift(double xCentre, double yCentre, double angle, double* xShift,
+                                                        double* yShift);
+/** The quadrilateral of a region's corner pixels after a rotation and a shift.
+ *  @param region the region; x and y at least 0, sizes at least 1. Must not be null.
+ *  @param quad   receives eight doubles, the images of the top-left, top-right, bottom-right and bottom-left corner.
+ *                Must not be null.
+ *  @param angle  degrees
+ *  @param xShift shift in x
+ *  @param yShift shift in y
+ *  @return 0, or -1 with nothing written when the region is out of its range */
+NORVALA_API int32_t NORVALA_CALL Norvala_GetRotateQuad(const Rect* region, double* quad, double angle, double xShift,
+                                                       double yShift);
+/** The bound of Norvala_GetRotateQuad's quadrilateral; `bound` receives four doubles, otherwise as there. */
+NORVALA_API int32_t NORVALA_CALL Norvala_GetRotateBound(const Rect* region, double* bound, double angle, double xShift,
+                                                        double yShift);
+/** @} */
+
+/* ---- Resize ---- */
 
 /** @name Resize
  *  @{ */
@@ -781,54 +825,13 @@ NORVALA_API int32_t NORVALA_CALL Norvala_WarpPerspectiveQuad(const BW8* src, int
  *  @param yFactor       destination height over source height, above 0
  *  @param interpolation 1, 2, 4, 8 or 16
  *  @return 0, or -1 with nothing written when `src` or `dst` is null, a size or the origin of the region is out of its
- *  range, a factor is not above 0, the interpolation is none of the above or is 8 with a factor above 1, less than
- *  half a pixel would be left in a direction, or work memory cannot be had */
+ *          range, a factor is not above 0, the interpolation is none of the above or is 8 with a factor above 1, less
+ *          than half a pixel would be left in a direction, or work memory cannot be had */
 NORVALA_API int32_t NORVALA_CALL Norvala_Resize(const FLOAT32* src, int32_t srcWidth, int32_t srcHeight,
                                                 int32_t srcStep, const Rect* srcRegion, FLOAT32* dst, int32_t dstStep,
                                                 int32_t dstWidth, int32_t dstHeight, FLOAT64 xFactor, FLOAT64 yFactor,
                                                 int32_t interpolation);
 /** @} */
-/** @name Bounds and rotation
- *  Where an affine warp will put a region, without doing it. Points are pixel centres, so a region of width w spans
- *  w - 1 in x. A bound is four doubles: least x, least y, greatest x, greatest y.
- *
- *  Angles are in degrees, counter-clockwise on the screen where rows grow downwards. A rotation by a with a shift is
- * the affine map with the coefficients cos a, sin a, xShift, -sin a, cos a, yShift; at 90, 180 and 270 degrees (and
- * whole turns more or less) its elements are exactly 0, 1 and -1. Angles of 2^31 turns or more, infinite ones and NaN
- * give meaningless numbers.
- *  @{ */
-/** The bound of a region after an affine map.
- *  @param region       the region; x and y at least 0, sizes at least 1. Must not be null.
- *  @param bound        receives four doubles. Must not be null.
- *  @param coefficients six doubles, as for Norvala_WarpAffine_BW8. Must not be null.
- *  @return 0; -1 with the bound written when the mapped region is degenerate (a region one pixel wide or high, singular
- *          coefficients) or not finite; -1 with nothing written when the region is out of its range */
-NORVALA_API int32_t NORVALA_CALL Norvala_GetAffineBound(const Rect* region, double* bound, const double* coefficients);
-/** The shift that makes a rotation keep a point in its place.
- *  @param xCentre column of the point
- *  @param yCentre row of the point
- *  @param angle   degrees
- *  @param xShift  receives the shift in x
- *  @param yShift  receives the shift in y
- *  @return 0, or -1 with nothing written when a pointer is null */
-NORVALA_API int32_t NORVALA_CALL Norvala_GetRotateShift(double xCentre, double yCentre, double angle, double* xShift,
-                                                        double* yShift);
-/** The quadrilateral of a region's corner pixels after a rotation and a shift.
- *  @param region the region; x and y at least 0, sizes at least 1. Must not be null.
- *  @param quad   receives eight doubles, the images of the top-left, top-right, bottom-right and bottom-left corner.
- *                Must not be null.
- *  @param angle  degrees
- *  @param xShift shift in x
- *  @param yShift shift in y
- *  @return 0, or -1 with nothing written when the region is out of its range */
-NORVALA_API int32_t NORVALA_CALL Norvala_GetRotateQuad(const Rect* region, double* quad, double angle, double xShift,
-                                                       double yShift);
-/** The bound of Norvala_GetRotateQuad's quadrilateral; `bound` receives four doubles, otherwise as there. */
-NORVALA_API int32_t NORVALA_CALL Norvala_GetRotateBound(const Rect* region, double* bound, double angle, double xShift,
-                                                        double yShift);
-/** @} */
-
-/* ---- Resize ---- */
 
 /* ---- Discrete Fourier transform ---- */
 

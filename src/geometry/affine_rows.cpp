@@ -29,8 +29,7 @@ void WarpRowsAffine(const SourceImage& source, const AffineCoefficients& inverse
       next[r] = pixelStep * static_cast<double>(span.first) + base;
       base += rowStep;
       left[r] = std::int64_t{span.last} - span.first + 1;
-      out[r] = reinterpret_cast<char*>(Row(static_cast<BW8*>(dst), dstStep, std::ptrdiff_t{spans.firstRow()} + y + r)) +
-               span.first * PixelBytes(depth);
+      out[r] = PixelAddress(dst, dstStep, depth, span.first, std::ptrdiff_t{spans.firstRow()} + y + r);
       longest = std::max(longest, left[r]);
     }
     for (; longest > 0; longest -= kListLength) {

@@ -1,5 +1,4 @@
-#include <cstring>
-
+#include "frame/lanes.h"
 #include "geometry/geometry.h"
 #include "geometry/quadrilateral.h"
 #include "geometry/rotation.h"
@@ -8,14 +7,14 @@ namespace norvala {
 
 StatusCode GetAffineBound(Rect region, double* bound, const double* coefficients) {
   Quadrilateral quad;
-  const StatusCode status = MapRegionToQuadrilateral(region, quad, LoadLanes<AffineCoefficients>(coefficients));
+  const StatusCode status = MapRegionToQuadrilateral(region, quad, coefficients);
   if (status != StatusCode::Success && status != StatusCode::BadCoefficients) return status;
   StoreLanes(bound, BoundOf(quad));
   return status;
 }
 
 StatusCode GetRotateQuad(Rect region, double* quad, double angle, double xShift, double yShift) {
-  if (IsEmpty(region)) return StatusCode::NonPositiveSize;
+  if (IsOutOfRange(region)) return StatusCode::NonPositiveSize;
   StoreLanes(quad, MapRectangleCorners(RotationCoefficients(angle, xShift, yShift), Corners(region)));
   return StatusCode::Success;
 }

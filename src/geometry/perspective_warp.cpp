@@ -77,7 +77,6 @@ void WarpRowsPerspective(const SourceImage& source, const Projection& inverse, c
   constexpr std::int32_t kListLength = 256;
   Sampler* const sample = SelectSampler(depth, kernel);
   const auto& d = inverse.m;
-  const std::ptrdiff_t pixelBytes = PixelBytes(depth);
   const double firstRow = spans.firstRow();
   const Position pixelStep = {d[0][0], d[1][0]};
   const Position rowStep = {d[0][1], d[1][1]};
@@ -86,7 +85,6 @@ void WarpRowsPerspective(const SourceImage& source, const Projection& inverse, c
 
   for (std::int32_t y = 0; y < spans.rows(); ++y) {
     const RowSpan span = spans[y];
-    char* row = reinterpret_cast<char*>(Row(static_cast<BW8*>(dst), dstStep, std::ptrdiff_t{spans.firstRow()} + y));
     for (std::int64_t first = span.first; first <= span.last; first += kListLength) {
       Position positions[kListLength];
       const auto count = static_cast<std::int32_t>(std::min<std::int64_t>(span.last - first + 1, kListLength));
@@ -94,11 +92,12 @@ void WarpRowsPerspective(const SourceImage& source, const Projection& inverse, c
       for (std::int32_t k = 0; k < count; ++k, ++x) {
         positions[k] = (pixelStep * x + base) / (d[2][0] * x + baseScale);
       }
-      char* out = row + static_cast<std::ptrdiff_t>(first) * pixelBytes;
+      char* out =
+          PixelAddress(dst, dstStep, depth, static_cast<std::ptrdiff_t>(first), std::ptrdiff_t{spans.firstRow()} + y);
       if (limit == nullptr) {
         sample(source, positions, count, Course::Free, out);
       } else {
-        SampleInside(sample, source, *limit, positions, count, out, pixelBytes);
+        SampleInside(sample, source, *limit, positions, count, out, PixelBytes(depth));
       }
     }
     base += rowStep;

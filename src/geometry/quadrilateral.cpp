@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "frame/lanes.h"
+
 namespace norvala {
 
 Quadrilateral MapRectangleCorners(const AffineCoefficients& c, const Box& box) {
@@ -23,9 +25,9 @@ int ClassifyQuadrilateral(const Quadrilateral& quad) {
   return positive == 0 ? 0 : -4;
 }
 
-StatusCode MapRegionToQuadrilateral(Rect region, Quadrilateral& quad, const AffineCoefficients& c) {
-  if (IsEmpty(region)) return StatusCode::NonPositiveSize;
-  quad = MapRectangleCorners(c, Corners(region));
+StatusCode MapRegionToQuadrilateral(Rect region, Quadrilateral& quad, const double* coefficients) {
+  if (IsOutOfRange(region)) return StatusCode::NonPositiveSize;
+  quad = MapRectangleCorners(LoadLanes<AffineCoefficients>(coefficients), Corners(region));
   return ClassifyQuadrilateral(quad) < 0 ? StatusCode::BadCoefficients : StatusCode::Success;
 }
 

@@ -37,7 +37,7 @@ inline bool Contains(const Box& box, const Point& p) {
   return p.x >= box.left && p.x <= box.right && p.y >= box.top && p.y <= box.bottom;
 }
 
-inline bool IsEmpty(Rect r) { return r.x < 0 || r.y < 0 || r.width < 1 || r.height < 1; }
+inline bool IsOutOfRange(Rect r) { return r.x < 0 || r.y < 0 || r.width < 1 || r.height < 1; }
 
 // The centres of a rectangle's corner pixels.
 inline Box Corners(Rect r) {
@@ -51,9 +51,9 @@ Quadrilateral MapRectangleCorners(const AffineCoefficients& c, const Box& box);
 // corner is straight or not a number.
 int ClassifyQuadrilateral(const Quadrilateral& quad);
 
-// NonPositiveSize when the region is empty or begins before the image, otherwise maps the centres of its corner pixels
+// NonPositiveSize when the region is out of range, otherwise maps the centres of its corner pixels by six coefficients
 // and reports BadCoefficients when their image is degenerate or not convex.
-StatusCode MapRegionToQuadrilateral(Rect region, Quadrilateral& quad, const AffineCoefficients& c);
+StatusCode MapRegionToQuadrilateral(Rect region, Quadrilateral& quad, const double* coefficients);
 
 Box BoundOf(const Quadrilateral& quad);
 

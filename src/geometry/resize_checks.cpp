@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "geometry/geometry.h"
+#include "geometry/quadrilateral.h"
 #include "geometry/resize.h"
 
 namespace norvala {
@@ -26,9 +27,7 @@ StatusCode PlanAxis(std::int32_t length, double factor, std::int32_t dstLength, 
 StatusCode CheckResize(const FLOAT32* src, RegionSize srcSize, Rect srcRegion, const FLOAT32* dst, RegionSize dstSize,
                        double xFactor, double yFactor) {
   if (src == nullptr || dst == nullptr) return StatusCode::NullPointer;
-  if (IsEmpty(srcSize) || srcRegion.x < 0 || srcRegion.y < 0 || srcRegion.width < 1 || srcRegion.height < 1) {
-    return StatusCode::NonPositiveSize;
-  }
+  if (IsEmpty(srcSize) || IsOutOfRange(srcRegion)) return StatusCode::NonPositiveSize;
   if (srcSize.width <= srcRegion.x || srcSize.height <= srcRegion.y) return StatusCode::NoSourceOverlap;
   if (IsEmpty(dstSize)) return StatusCode::NonPositiveSize;
   if (!(xFactor > 0.0) || !(yFactor > 0.0)) return StatusCode::BadResizeFactor;

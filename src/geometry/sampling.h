@@ -15,6 +15,11 @@ enum class PixelDepthCode : std::int32_t { Unsigned8 = 0, Float32 = 8 };
 
 inline std::ptrdiff_t PixelBytes(PixelDepthCode depth) { return depth == PixelDepthCode::Unsigned8 ? 1 : 4; }
 
+// Where a destination pixel lies; addresses wrap in its row as they do from row to row.
+inline char* PixelAddress(void* image, std::ptrdiff_t step, PixelDepthCode depth, std::ptrdiff_t x, std::ptrdiff_t y) {
+  return Row(Row(static_cast<char*>(image), step, y), PixelBytes(depth), x);
+}
+
 struct SourceImage {
   const void* pixels;
   std::ptrdiff_t step;

@@ -58,7 +58,9 @@ class EdgeBlender {
 
   template <bool flat>
   Unaligned<T>* At(std::int32_t along, std::int32_t across) const {
-    return flat ? Row(dst_, step_, across) + along : Row(dst_, step_, along) + across;
+    const std::int32_t x = flat ? along : across;
+    const std::int32_t y = flat ? across : along;
+    return Row(Row(dst_, step_, y), sizeof(T), x);
   }
 
   static void Blend(Unaligned<T>* pixel, T inner, T outer, double inside) {

@@ -11,7 +11,7 @@ constexpr std::int32_t kKernelBits = INT32_MAX;
 
 StatusCode WarpRequest::Check() const {
   if (src == nullptr || dst == nullptr) return StatusCode::NullPointer;
-  if (IsEmpty(srcSize) || IsEmpty(srcRegion) || IsEmpty(dstRegion)) return StatusCode::NonPositiveSize;
+  if (IsEmpty(srcSize) || IsOutOfRange(srcRegion) || IsOutOfRange(dstRegion)) return StatusCode::NonPositiveSize;
   if (srcStep < 1 || dstStep < 1) return StatusCode::NonPositiveStep;
   switch (static_cast<Interpolation>(interpolation & kKernelBits)) {
     case Interpolation::Nearest:
