@@ -19,9 +19,12 @@ struct F64Pair {
 inline F64x4 Join(F64x2 low, F64x2 high) { return __builtin_shufflevector(low, high, 0, 1, 2, 3); }
 inline I32x4 Truncate(F64x2 low, F64x2 high) { return ConvertLanes<I32x4>(Join(low, high)); }
 inline F32x4 ToFloat(F64x2 low, F64x2 high) { return ConvertLanes<F32x4>(Join(low, high)); }
+// The high lanes go down within the register: converted in place they would pass through memory where registers are
+// few.
 inline F64Pair ToDouble(F32x4 v) {
-  const auto d = ConvertLanes<F64x4>(v);
-  return {__builtin_shufflevector(d, d, 0, 1), __builtin_shufflevector(d, d, 2, 3)};
+  const auto low = ConvertLanes<F64x4>(v);
+  const auto high = ConvertLanes<F64x4>(__builtin_shufflevector(v, v, 2, 3, 2, 3));
+  return {__builtin_shufflevector(low, low, 0, 1), __builtin_shufflevector(high, high, 0, 1)};
 }
 
 // Unsigned integers below the exponent of 2^52 are the doubles 2^52 + v: cheaper than a conversion, and exact.
@@ -58,7 +61,7 @@ inline void Prefetch(const char* from, std::ptrdiff_t offset) {
 // The vectorised loops take runs of positions inside the kernel's interior, in groups of four. They go through a run in
 // several short passes: one long chain of operations for each pixel would leave the processor waiting.
 constexpr std::int32_t kGroup = 4;
-constexpr std::int32_t kRun = 32;
+constexpr std::int32_t kRun = 64;
 
 // Where the source pixels of a run lie. The vector arithmetic is that of doubles: integer multiplication and 64-bit
 // integers are slow or missing in the baseline, and no image has 2^52 bytes.
