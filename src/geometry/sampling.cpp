@@ -39,6 +39,7 @@ inline F64Pair ToDouble(U32x4 v) {
   const F64Pair biased = ToBiasedDouble(v);
   return {biased.low - kBias, biased.high - kBias};
 }
+inline F64x2 RoundToFloat(F64x2 v) { return ToDouble(ToFloat(v, F64x2{})).low; }
 inline F64x2 Even(F64x2 a, F64x2 b) { return __builtin_shufflevector(a, b, 0, 2); }
 inline F64x2 Odd(F64x2 a, F64x2 b) { return __builtin_shufflevector(a, b, 1, 3); }
 
@@ -223,9 +224,8 @@ void Cubic<FLOAT32>::SampleRun(const SourceImage& source, const Position* p, std
     F64x2 y[4];
   } weights[kRun / 2];
   for (std::int32_t k = 0; k < count / 2; ++k) {
-    const F64Pair t = ToDouble(ToFloat(places.fx[k], places.fy[k]));
-    CubicWeights(t.low, weights[k].x);
-    CubicWeights(t.high, weights[k].y);
+    CubicWeights(RoundToFloat(places.fx[k]), weights[k].x);
+    CubicWeights(RoundToFloat(places.fy[k]), weights[k].y);
   }
   const std::ptrdiff_t first = -source.step - static_cast<std::ptrdiff_t>(sizeof(FLOAT32));
   F64x2 sums[kRun / 2];
