@@ -19,9 +19,12 @@ struct F64Pair {
 inline F64x4 Join(F64x2 low, F64x2 high) { return __builtin_shufflevector(low, high, 0, 1, 2, 3); }
 inline I32x4 Truncate(F64x2 low, F64x2 high) { return ConvertLanes<I32x4>(Join(low, high)); }
 inline F32x4 ToFloat(F64x2 low, F64x2 high) { return ConvertLanes<F32x4>(Join(low, high)); }
+// The high lanes go down within the register: converted in place they would pass through memory where registers are
+// few.
 inline F64Pair ToDouble(F32x4 v) {
-  const auto d = ConvertLanes<F64x4>(v);
-  return {__builtin_shufflevector(d, d, 0, 1), __builtin_shufflevector(d, d, 2, 3)};
+  const auto low = ConvertLanes<F64x4>(v);
+  const auto high = ConvertLanes<F64x4>(__builtin_shufflevector(v, v, 2, 3, 2, 3));
+  return {__builtin_shufflevector(low, low, 0, 1), __builtin_shufflevector(high, high, 0, 1)};
 }
 
 // Unsigned integers below the exponent of 2^52 are the doubles 2^52 + v: cheaper than a conversion, and exact.
@@ -36,6 +39,7 @@ inline F64Pair ToDouble(U32x4 v) {
   const F64Pair biased = ToBiasedDouble(v);
   return {biased.low - kBias, biased.high - kBias};
 }
+inline F64x2 RoundToFloat(F64x2 v) { return ToDouble(ToFloat(v, F64x2{})).low; }
 inline F64x2 Even(F64x2 a, F64x2 b) { return __builtin_shufflevector(a, b, 0, 2); }
 inline F64x2 Odd(F64x2 a, F64x2 b) { return __builtin_shufflevector(a, b, 1, 3); }
 
@@ -49,10 +53,16 @@ inline T LoadAt(const char* address) {
   return value;
 }
 
+// Asks for the line of an address, which may lie outside the image.
+inline void Prefetch(const char* from, std::ptrdiff_t offset) {
+  __builtin_prefetch(
+      reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(from) + static_cast<std::uintptr_t>(offset)));
+}
+
 // The vectorised loops take runs of positions inside the kernel's interior, in groups of four. They go through a run in
 // several short passes: one long chain of operations for each pixel would leave the processor waiting.
 constexpr std::int32_t kGroup = 4;
-constexpr std::int32_t kRun = 32;
+constexpr std::int32_t kRun = 64;
 
 // Where the source pixels of a run lie. The vector arithmetic is that of doubles: integer multiplication and 64-bit
 // integers are slow or missing in the baseline, and no image has 2^52 bytes.
@@ -214,15 +224,15 @@ void Cubic<FLOAT32>::SampleRun(const SourceImage& source, const Position* p, std
     F64x2 y[4];
   } weights[kRun / 2];
   for (std::int32_t k = 0; k < count / 2; ++k) {
-    const F64Pair t = ToDouble(ToFloat(places.fx[k], places.fy[k]));
-    CubicWeights(t.low, weights[k].x);
-    CubicWeights(t.high, weights[k].y);
+    CubicWeights(RoundToFloat(places.fx[k]), weights[k].x);
+    CubicWeights(RoundToFloat(places.fy[k]), weights[k].y);
   }
   const std::ptrdiff_t first = -source.step - static_cast<std::ptrdiff_t>(sizeof(FLOAT32));
   F64x2 sums[kRun / 2];
   for (std::int32_t k = 0; k < count / 2; ++k) {
     const char* a = places.of[2 * k] + first;
     const char* b = places.of[2 * k + 1] + first;
+    Prefetch(a, source.ahead);
     const auto weighRow = [&, w = weights[k].x](std::ptrdiff_t offset) {
       const auto left = LoadAt<F32x4>(a + offset);
       const auto right = LoadAt<F32x4>(b + offset);

@@ -24,6 +24,7 @@ struct SourceImage {
   const void* pixels;
   std::ptrdiff_t step;
   RegionSize size;
+  std::ptrdiff_t ahead = 0;  // from a pixel that is wanted to one that will be wanted soon, in bytes; a hint
 };
 
 // A source position, x in lane 0 and y in lane 1.
