@@ -15,14 +15,14 @@ template <bool exact>
 struct ShortCodec {
   using Pixel = BW16;
   using Sum = double;
-  using Pixels = I16x8;
 
   double start = 0.0;
   static constexpr bool isExact = exact;
   F64x2 lowest = F64x2{} + Opaque(-32768.0);
   F64x2 highest = F64x2{} + Opaque(32767.0);
 
-  void Widen(I16x8 pixels, F64x2 (&values)[4]) const {
+  void Widen(const void* from, F64x2 (&values)[4]) const {
+    const auto pixels = LoadLanes<I16x8>(from);
     const auto low = BitCastLanes<I32x4>(__builtin_shufflevector(pixels, pixels, 0, 0, 1, 1, 2, 2, 3, 3)) >> 16;
     const auto high = BitCastLanes<I32x4>(__builtin_shufflevector(pixels, pixels, 4, 4, 5, 5, 6, 6, 7, 7)) >> 16;
     ConvertToDoubles(low, values[0], values[1]);
@@ -31,7 +31,7 @@ struct ShortCodec {
 
   // Rounds half away from zero and saturates. The bounds are whole numbers, so that they may as well come first. A sum
   // that is not a number becomes 0.
-  I16x8 Narrow(const F64x2 (&sums)[4]) const {
+  void Narrow(const F64x2 (&sums)[4], void* pixels) const {
     F64x2 rounded[4];
     for (int k = 0; k < 4; ++k) {
       const F64x2 value = MaxLanes(MinLanes(sums[k], highest), lowest);
@@ -42,7 +42,7 @@ struct ShortCodec {
     }
     const auto low = ConvertFromDoubles<I32x4>(rounded[0], rounded[1]);
     const auto high = ConvertFromDoubles<I32x4>(rounded[2], rounded[3]);
-    return __builtin_shufflevector(BitCastLanes<I16x8>(low), BitCastLanes<I16x8>(high), 0, 2, 4, 6, 8, 10, 12, 14);
+    StoreLanes(pixels, EvenLanes(BitCastLanes<U16x8>(low), BitCastLanes<U16x8>(high)));
   }
 };
 

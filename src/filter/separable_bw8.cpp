@@ -42,7 +42,6 @@ template <bool clamps>
 struct FloatSums {
   using Pixel = BW8;
   using Sum = float;
-  using Pixels = U8x16;
   static constexpr bool isExact = true;
 
   float start;
@@ -57,18 +56,18 @@ struct FloatSums {
       : start(static_cast<float>(division.addend) + (RoundedDivision::IsPowerOfTwo(division.divisor) ? 0.0F : 0.5F)),
         factor(F32x4{} + 1.0F / static_cast<float>(division.divisor)) {}
 
-  void Widen(U8x16 pixels, F32x4 (&values)[4]) const {
+  void Widen(const void* pixels, F32x4 (&values)[4]) const {
     I32x4 lanes[4];
-    UnpackBytes(pixels, lanes);
+    UnpackBytes(LoadLanes<U8x16>(pixels), lanes);
     for (int k = 0; k < 4; ++k) values[k] = ConvertLanes<F32x4>(lanes[k]);
   }
-  U8x16 Narrow(const F32x4 (&sums)[4]) const {
+  void Narrow(const F32x4 (&sums)[4], void* pixels) const {
     I32x4 bytes[4];
     for (int k = 0; k < 4; ++k) {
       const F32x4 value = sums[k] * factor;
       bytes[k] = ConvertLanes<I32x4>(clamps ? MinLanes(MaxLanes(value, lowest), highest) : value);
     }
-    return PackBytes(bytes[0], bytes[1], bytes[2], bytes[3]);
+    StoreLanes(pixels, PackBytes(bytes[0], bytes[1], bytes[2], bytes[3]));
   }
 };
 
@@ -77,9 +76,6 @@ struct FloatSums {
 struct DoubleSums {
   using Pixel = BW8;
   using Sum = double;
-  struct Pixels {
-    BW8 bytes[8];
-  };
   static constexpr bool isExact = true;
 
   double start = 0.0;
@@ -91,23 +87,21 @@ struct DoubleSums {
 
   static bool Hold(std::int64_t magnitude) { return magnitude * 255 <= INT32_MAX; }
 
-  void Widen(Pixels pixels, F64x2 (&values)[4]) const {
+  void Widen(const void* pixels, F64x2 (&values)[4]) const {
     U8x16 bytes{};
-    std::memcpy(&bytes, &pixels, sizeof pixels);
+    std::memcpy(&bytes, pixels, 8);
     I32x4 lanes[4];
     UnpackBytes(bytes, lanes);
     ConvertToDoubles(lanes[0], values[0], values[1]);
     ConvertToDoubles(lanes[1], values[2], values[3]);
   }
-  Pixels Narrow(const F64x2 (&sums)[4]) const {
+  void Narrow(const F64x2 (&sums)[4], void* pixels) const {
     F64x2 values[4];
     for (int k = 0; k < 4; ++k) values[k] = MinLanes(MaxLanes(sums[k] * factor, lowest), highest) + 0.5;
     const auto low = ConvertFromDoubles<I32x4>(values[0], values[1]);
     const auto high = ConvertFromDoubles<I32x4>(values[2], values[3]);
     const U8x16 bytes = PackBytes(low, high, low, high);
-    Pixels pixels;
-    std::memcpy(&pixels, &bytes, sizeof pixels);
-    return pixels;
+    std::memcpy(pixels, &bytes, 8);
   }
 };
 
@@ -115,21 +109,20 @@ struct DoubleSums {
 struct WrappingSums {
   using Pixel = BW8;
   using Sum = std::uint32_t;
-  using Pixels = U8x16;
   static constexpr bool isExact = true;
 
   std::uint32_t start = 0;
   DivisorScale scale;
 
-  void Widen(U8x16 pixels, U32x4 (&values)[4]) const {
+  void Widen(const void* pixels, U32x4 (&values)[4]) const {
     I32x4 lanes[4];
-    UnpackBytes(pixels, lanes);
+    UnpackBytes(LoadLanes<U8x16>(pixels), lanes);
     for (int k = 0; k < 4; ++k) values[k] = BitCastLanes<U32x4>(lanes[k]);
   }
-  U8x16 Narrow(const U32x4 (&sums)[4]) const {
-    U8x16 pixels{};
-    for (int i = 0; i < 16; ++i) pixels[i] = ScaleSum(static_cast<std::int32_t>(sums[i / 4][i % 4]), scale);
-    return pixels;
+  void Narrow(const U32x4 (&sums)[4], void* pixels) const {
+    U8x16 bytes{};
+    for (int i = 0; i < 16; ++i) bytes[i] = ScaleSum(static_cast<std::int32_t>(sums[i / 4][i % 4]), scale);
+    StoreLanes(pixels, bytes);
   }
 };
 
