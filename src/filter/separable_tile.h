@@ -8,7 +8,8 @@
 namespace norvala {
 
 // The separable convolution by tiles: source pixels are converted to the type of the sums once and meet all taps from
-// there. A filter along columns slides its tile down the image. Lies on the stack, some 35 KiB.
+// there. A filter along columns slides its tile down the image and moves the rows that two tiles share. Lies on the
+// stack, some 35 KiB.
 //
 // The codec fixes the types and the conversions:
 //   Pixel, Sum                              a pixel and a sum
@@ -56,11 +57,18 @@ class SeparableTile {
             const Part part = {taps, alongRow ? 1 : kColumns, tap == 0, call.kernelSize - tap == taps, isSymmetric};
             for (int row = 0; row < rows; ++row) {
               for (; loaded <= (alongRow ? 0 : row + reach); ++loaded) {
-                Load(window.Source(x, y, std::ptrdiff_t{tap} + loaded), window.rowStep, columns, alongRow ? reach : 0,
-                     source_ + loaded * kColumns);
+                const Pixel* pixels = window.Source(x, y, std::ptrdiff_t{tap} + loaded);
+                if (!alongRow) Prefetch(pixels, window.rowStep, columns);
+                Load(pixels, columns, alongRow ? reach : 0, source_ + loaded * kColumns);
               }
-              Convolve(source_ + row * kColumns, part, sums_ + row * kColumns,
-                       window.Destination(x, std::ptrdiff_t{y} + row), columns);
+              Pixel* pixels = window.Destination(x, std::ptrdiff_t{y} + row);
+              if (alongRow) {
+                Convolve<Direction::AlongRow>(source_, part, sums_, pixels, columns);
+              } else {
+                Prefetch(pixels, window.dstStep, columns);
+                Convolve<Direction::AlongColumn>(source_ + row * kColumns, part, sums_ + row * kColumns, pixels,
+                                                 columns);
+              }
             }
           }
         }
@@ -75,29 +83,37 @@ class SeparableTile {
   static constexpr int kBlocksAtOnce = sizeof(void*) == 8 ? 2 : 1;  // as the registers allow
 
   static constexpr int kTaps = 32;  // taken at once
-  // A tile holds rows of kColumns pixels for taps along columns, one longer row for taps along rows.
+  // A tile holds rows of kColumns pixels for taps along columns, one longer row for taps along rows. Tiles slide down
+  // bands: no more rows than the processor keeps the page addresses of.
   static constexpr int kRows = 48;
-  static constexpr int kColumns = 64;
+  static constexpr int kColumns = 512 / static_cast<int>(sizeof(Sum));
+  static constexpr int kBand = 128;
   static constexpr int kLongRow = (kRows - kTaps) * kColumns;
 
   // The taps taken at once: sums of all but the first ones continue, sums of all but the last ones are kept.
   struct Part {
     int taps;
-    int tapStep;
+    int tapStep;  // not a constant along rows, lest the compiler carry pixels from tap to tap in too few registers
     bool isFirst;
     bool isLast;
     bool isSymmetric;  // opposite taps are equal and all are here, in exact sums
   };
 
+  // Asks for the row that comes some rows later: the processor foresees a row by itself, but not a strip of many.
+  static void Prefetch(const Pixel* pixels, std::ptrdiff_t step, int count) {
+    constexpr int kRowsAhead = 8;
+    constexpr int kCacheLine = 64;
+    const Pixel* later = Row(pixels, step, kRowsAhead);
+    const int lines = (count * static_cast<int>(sizeof(Pixel)) + kCacheLine - 1) / kCacheLine;
+    for (int line = 0; line < lines; ++line) __builtin_prefetch(Row(later, kCacheLine, line));
+  }
+
   // Converts `count` pixels and `reach` more, and zeros after them up to whole blocks.
-  void Load(const Pixel* pixels, std::ptrdiff_t rowStep, int count, int reach, Sum* source) const {
+  void Load(const Pixel* pixels, int count, int reach, Sum* source) const {
     const int end = (count + kBlock - 1) / kBlock * kBlock + reach;
     count += reach;
     int i = 0;
-    for (; i + kBlock <= count; i += kBlock) {
-      __builtin_prefetch(Row(pixels + i, rowStep, kRowsAhead));
-      LoadBlock(pixels + i, source + i);
-    }
+    for (; i + kBlock <= count; i += kBlock) LoadBlock(pixels + i, source + i);
     for (; i < end; i += kBlock) {
       Pixel block[kBlock] = {};
       if (i < count) std::memcpy(block, pixels + i, static_cast<std::size_t>(count - i) * sizeof(Pixel));
@@ -109,66 +125,77 @@ class SeparableTile {
     codec_.Widen(pixels, vectors);
     for (int k = 0; k < kVectors; ++k) StoreLanes(source + k * kLanes, vectors[k]);
   }
-  static constexpr int kRowsAhead = 4;
-  static constexpr int kBand = 128;
 
-  void Convolve(const Sum* source, Part part, Sum* sums, Pixel* pixels, int count) const {
+  // Makes a row of pixels, or of sums to be continued. Not inlined, since the loops below need all registers.
+  template <Direction direction>
+  [[gnu::noinline]] void Convolve(const Sum* source, const Part& part, Sum* sums, Pixel* pixels, int count) const {
     int i = 0;
     if constexpr (kBlocksAtOnce > 1) {
       for (; i + kBlocksAtOnce * kBlock <= count; i += kBlocksAtOnce * kBlock) {
-        ConvolveBlocks<kBlocksAtOnce>(source + i, part, sums + i, pixels + i);
+        ConvolveBlocks<direction, kBlocksAtOnce>(source + i, part, sums + i, pixels + i);
       }
     }
-    for (; i + kBlock <= count; i += kBlock) ConvolveBlocks<1>(source + i, part, sums + i, pixels + i);
+    for (; i + kBlock <= count; i += kBlock) ConvolveBlocks<direction, 1>(source + i, part, sums + i, pixels + i);
     if (i < count) {
       Pixel block[kBlock];
-      ConvolveBlocks<1>(source + i, part, sums + i, block);
+      ConvolveBlocks<direction, 1>(source + i, part, sums + i, block);
       if (part.isLast) std::memcpy(pixels + i, block, static_cast<std::size_t>(count - i) * sizeof(Pixel));
     }
   }
 
-  // Volatile, so that a tap is read once and stays in a register instead of being read again for every product.
-  Vector Tap(int j) const { return *static_cast<const volatile Vector*>(&taps_[j]); }
-
-  template <int blocks>
-  void ConvolveBlocks(const Sum* source, Part part, Sum* sums, void* pixels) const {
-    Vector sum[blocks][kVectors];
-    for (int b = 0; b < blocks; ++b) {
-      for (int k = 0; k < kVectors; ++k) {
-        sum[b][k] = part.isFirst ? Vector{} + codec_.start : LoadLanes<Vector>(sums + b * kBlock + k * kLanes);
-      }
+  template <Direction direction, int blocks>
+  void ConvolveBlocks(const Sum* source, const Part& part, Sum* sums, void* pixels) const {
+    constexpr int kSums = blocks * kVectors;
+    const int tapStep = direction == Direction::AlongColumn ? kColumns : part.tapStep;
+    Vector sum[kSums];
+    for (int k = 0; k < kSums; ++k) {
+      sum[k] = part.isFirst ? Vector{} + codec_.start : LoadLanes<Vector>(sums + k * kLanes);
     }
-    int j = 0;
-    int end = part.taps;
+    const Vector* tap = taps_;
     if (codec_.isExact && part.isSymmetric) {
-      const Sum* opposite = source + (end - 1) * part.tapStep;
-
-      for (; j + 1 < end; ++j, --end, source += part.tapStep, opposite -= part.tapStep) {
-        const Vector tap = Tap(j);
-        for (int b = 0; b < blocks; ++b) {
-          for (int k = 0; k < kVectors; ++k) {
-            const int at = b * kBlock + k * kLanes;
-            sum[b][k] += (LoadLanes<Vector>(source + at) + LoadLanes<Vector>(opposite + at)) * tap;
-          }
-        }
+      const Sum* opposite = source + (part.taps - 1) * tapStep;
+      for (; source < opposite; ++tap, source += tapStep, opposite -= tapStep) {
+        AddProducts([=](int k) { return At<direction>(source, k) + At<direction>(opposite, k); }, tap, sum);
       }
-    }
-
-    for (; j < end; ++j, source += part.tapStep) {
-      const Vector tap = Tap(j);
-      for (int b = 0; b < blocks; ++b) {
-        for (int k = 0; k < kVectors; ++k) {
-          sum[b][k] += LoadLanes<Vector>(source + b * kBlock + k * kLanes) * tap;
-        }
+      if (source == opposite) AddProducts([=](int k) { return At<direction>(source, k); }, tap, sum);
+    } else {
+      const auto add = [&sum](const Sum* row, const Vector* weight) {
+        AddProducts([=](int k) { return At<direction>(row, k); }, weight, sum);
+      };
+      const Vector* const end = tap + part.taps;
+      if (part.taps % 2 != 0) {
+        add(source, tap);
+        ++tap;
+        source += tapStep;
+      }
+      for (; tap != end; tap += 2, source += 2 * tapStep) {
+        add(source, tap);
+        add(source + tapStep, tap + 1);
       }
     }
     for (int b = 0; b < blocks; ++b) {
+      Vector block[kVectors];
+      for (int k = 0; k < kVectors; ++k) block[k] = sum[b * kVectors + k];
       if (part.isLast) {
-        codec_.Narrow(sum[b], static_cast<Pixel*>(pixels) + b * kBlock);
+        codec_.Narrow(block, static_cast<Pixel*>(pixels) + b * kBlock);
       } else {
-        for (int k = 0; k < kVectors; ++k) StoreLanes(sums + b * kBlock + k * kLanes, sum[b][k]);
+        for (int k = 0; k < kVectors; ++k) StoreLanes(sums + b * kBlock + k * kLanes, block[k]);
       }
     }
+  }
+
+  // Vector `k` of a row. Those of whole rows are aligned, those at an offset of some taps are not.
+  template <Direction direction>
+  static Vector At(const Sum* row, int k) {
+    const Sum* at = row + k * kLanes;
+    return LoadLanes<Vector>(direction == Direction::AlongColumn ? __builtin_assume_aligned(at, sizeof(Vector)) : at);
+  }
+
+  template <int sums, class Values>
+  static void AddProducts(Values values, const Vector* tap, Vector (&sum)[sums]) {
+    // Volatile, so that the tap is read once and stays in a register instead of being read again for every product.
+    const Vector weight = *static_cast<const volatile Vector*>(tap);
+    for (int k = 0; k < sums; ++k) sum[k] += values(k) * weight;
   }
 
   const Codec codec_;
