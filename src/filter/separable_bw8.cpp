@@ -43,6 +43,7 @@ struct FloatSums {
   using Pixel = BW8;
   using Sum = float;
   static constexpr bool isExact = true;
+  static constexpr int tapScale = 1;
 
   float start;
   F32x4 factor;
@@ -77,6 +78,7 @@ struct DoubleSums {
   using Pixel = BW8;
   using Sum = double;
   static constexpr bool isExact = true;
+  static constexpr int tapScale = 1;
 
   double start = 0.0;
   F64x2 factor;
@@ -110,6 +112,7 @@ struct WrappingSums {
   using Pixel = BW8;
   using Sum = std::uint32_t;
   static constexpr bool isExact = true;
+  static constexpr int tapScale = 1;
 
   std::uint32_t start = 0;
   DivisorScale scale;

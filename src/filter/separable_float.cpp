@@ -9,6 +9,7 @@ struct FloatCodec {
   using Pixel = FLOAT32;
   using Sum = double;
   static constexpr bool isExact = false;
+  static constexpr int tapScale = 1;
 
   double start = 0.0;
 

@@ -15,6 +15,7 @@ namespace norvala {
 //   Pixel, Sum                              a pixel and a sum
 //   void Widen(const void* pixels, Vector (&)[kVectors]) const      as many pixels as fill the vectors to sums
 //   void Narrow(const Vector (&)[kVectors], void* pixels) const     sums to pixels
+//   tapScale                                what the taps are multiplied with
 //   Sum start                               where every sum starts
 //   bool isExact                            whether sums are the same in whatever order products are added
 template <class Codec>
@@ -47,7 +48,8 @@ class SeparableTile {
             const int reach = taps - 1;
             int loaded = 0;
             if (!isWhole || y == top) {
-              for (int j = 0; j < taps; ++j) taps_[j] = Vector{} + static_cast<Sum>(call.MirroredTap(tap + j));
+              for (int j = 0; j < taps; ++j)
+                taps_[j] = Vector{} + static_cast<Sum>(call.MirroredTap(tap + j)) * Codec::tapScale;
             } else if (!alongRow) {
               loaded = reach;
               for (int i = 0; i < reach * kColumns; i += kLanes) {

@@ -153,6 +153,10 @@ Job<Tap> RandomJob(Random& random) {
   job.along = RandomInt(random, 0, 1) != 0 ? Along::Row : Along::Column;
   job.width = RandomInt(random, 0, 30) == 0 ? RandomInt(random, 100, 1200) : RandomInt(random, 1, 70);
   job.height = RandomInt(random, 1, job.width > 70 ? 4 : 20);
+  if (RandomInt(random, 0, 30) == 0) {  // so tall that column filters move on to further rows of their own
+    job.width = RandomInt(random, 1, 10);
+    job.height = RandomInt(random, 100, 300);
+  }
   const int taps = RandomInt(random, 0, 9) == 0 ? RandomInt(random, 17, 70) : RandomInt(random, 1, 16);
   job.kernel.resize(static_cast<std::size_t>(taps));
   job.anchor = RandomInt(random, 0, 4) == 0 ? RandomInt(random, -40, 100) : RandomInt(random, 0, taps - 1);
@@ -315,6 +319,12 @@ TEST(Filter32fBW16Test, RoundsHalfAwayFromZeroAndSaturates) {
   EXPECT_EQ(FilterOne(1, 32767.6F), 32767);
   EXPECT_EQ(FilterOne(-1, 32768.4F), -32768);
   EXPECT_EQ(FilterOne(20000, -2.0F), -32768);
+  // On both sides of what needs no saturation.
+  EXPECT_EQ(FilterOne(-32768, 1.0F), -32768);
+  EXPECT_EQ(FilterOne(-32768, 1.00001F), -32768);
+  EXPECT_EQ(FilterOne(32767, 1.00001F), 32767);
+  EXPECT_EQ(FilterOne(32767, 1.00002F), 32767);
+  EXPECT_EQ(FilterOne(-32768, -1.0F), 32767);
   EXPECT_EQ(FilterOne(0, std::numeric_limits<float>::infinity()), 0);  // not a number
   EXPECT_EQ(FilterOne(-3, std::numeric_limits<float>::infinity()), -32768);
 }
