@@ -155,11 +155,15 @@ class SeparableTile {
     }
     const Vector* tap = taps_;
     if (codec_.isExact && part.isSymmetric) {
+      const int middle = part.taps / 2;
+      if (part.taps % 2 != 0) {
+        const Sum* row = source + middle * tapStep;
+        AddProducts([=](int k) { return At<direction>(row, k); }, tap + middle, sum);
+      }
       const Sum* opposite = source + (part.taps - 1) * tapStep;
       for (; source < opposite; ++tap, source += tapStep, opposite -= tapStep) {
         AddProducts([=](int k) { return At<direction>(source, k) + At<direction>(opposite, k); }, tap, sum);
       }
-      if (source == opposite) AddProducts([=](int k) { return At<direction>(source, k); }, tap, sum);
     } else {
       const auto add = [&sum](const Sum* row, const Vector* weight) {
         AddProducts([=](int k) { return At<direction>(row, k); }, weight, sum);
