@@ -35,10 +35,11 @@ class SeparableTile {
     const int mostTaps = std::min(call.kernelSize, kTaps);
     const int tileRows = alongRow ? 1 : kRows - mostTaps + 1;
     const int tileColumns = alongRow ? kLongRow : kColumns;
+    const int band = alongRow ? 1 : kBand;
     const bool isWhole = call.kernelSize == mostTaps;
     const bool isSymmetric = codec_.isExact && isWhole && call.IsSymmetric();
     for (int top = 0, bottom = 0; top < call.size.height; top = bottom) {
-      bottom = top + std::min(kBand, call.size.height - top);
+      bottom = top + std::min(band, call.size.height - top);
       for (int x = 0, columns = 0; x < call.size.width; x += columns) {
         columns = std::min(tileColumns, call.size.width - x);
         for (int y = top, rows = 0; y < bottom; y += rows) {
@@ -115,7 +116,10 @@ class SeparableTile {
     const int end = (count + kBlock - 1) / kBlock * kBlock + reach;
     count += reach;
     int i = 0;
-    for (; i + kBlock <= count; i += kBlock) LoadBlock(pixels + i, source + i);
+    for (; i + kBlock <= count; i += kBlock) {
+      __builtin_prefetch(Row(pixels, static_cast<std::ptrdiff_t>(sizeof(Pixel)), i + kColumns));
+      LoadBlock(pixels + i, source + i);
+    }
     for (; i < end; i += kBlock) {
       Pixel block[kBlock] = {};
       if (i < count) std::memcpy(block, pixels + i, static_cast<std::size_t>(count - i) * sizeof(Pixel));
