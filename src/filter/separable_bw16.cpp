@@ -10,19 +10,21 @@
 namespace norvala {
 namespace {
 
-// Exact sums are those whose products may be added in any order; they are always numbers.
-template <bool exact>
+// Exact sums are those whose products may be added in any order; they are always numbers. Sums of kernels that stay in
+// the range of the pixels need no clamping.
+template <bool exact, bool clamps>
 struct ShortCodec {
   using Pixel = BW16;
   using Sum = double;
-  using Pixels = I16x8;
+  static constexpr bool isExact = exact;
+  static constexpr double tapScale = 2.0;  // sums are twice what they are, for the rounding below
 
   double start = 0.0;
-  static constexpr bool isExact = exact;
-  F64x2 lowest = F64x2{} + Opaque(-32768.0);
-  F64x2 highest = F64x2{} + Opaque(32767.0);
+  F64x2 lowest = F64x2{} + Opaque(-65536.0);
+  F64x2 highest = F64x2{} + Opaque(65534.0);
 
-  void Widen(I16x8 pixels, F64x2 (&values)[4]) const {
+  void Widen(const void* from, F64x2 (&values)[4]) const {
+    const auto pixels = LoadLanes<I16x8>(from);
     const auto low = BitCastLanes<I32x4>(__builtin_shufflevector(pixels, pixels, 0, 0, 1, 1, 2, 2, 3, 3)) >> 16;
     const auto high = BitCastLanes<I32x4>(__builtin_shufflevector(pixels, pixels, 4, 4, 5, 5, 6, 6, 7, 7)) >> 16;
     ConvertToDoubles(low, values[0], values[1]);
@@ -31,19 +33,20 @@ struct ShortCodec {
 
   // Rounds half away from zero and saturates. The bounds are whole numbers, so that they may as well come first. A sum
   // that is not a number becomes 0.
-  I16x8 Narrow(const F64x2 (&sums)[4]) const {
-    F64x2 rounded[4];
+  void Narrow(const F64x2 (&sums)[4], void* pixels) const {
+    F64x2 values[4];
     for (int k = 0; k < 4; ++k) {
-      const F64x2 value = MaxLanes(MinLanes(sums[k], highest), lowest);
-      const auto sign = BitCastLanes<I64x2>(value) & INT64_MIN;
-      const F64x2 half = BitCastLanes<F64x2>(sign | BitCastLanes<I64x2>(F64x2{0.5, 0.5}));
-      rounded[k] = value + half;
-      if (!exact) rounded[k] = BitCastLanes<F64x2>(BitCastLanes<I64x2>(rounded[k]) & (sums[k] == sums[k]));
+      values[k] = clamps ? MaxLanes(MinLanes(sums[k], highest), lowest) : sums[k];
+      if (!exact) values[k] = BitCastLanes<F64x2>(BitCastLanes<I64x2>(values[k]) & (sums[k] == sums[k]));
     }
-    const auto low = ConvertFromDoubles<I32x4>(rounded[0], rounded[1]);
-    const auto high = ConvertFromDoubles<I32x4>(rounded[2], rounded[3]);
-    return __builtin_shufflevector(BitCastLanes<I16x8>(low), BitCastLanes<I16x8>(high), 0, 2, 4, 6, 8, 10, 12, 14);
+    const auto low = HalveRounded(ConvertFromDoubles<I32x4>(values[0], values[1]));
+    const auto high = HalveRounded(ConvertFromDoubles<I32x4>(values[2], values[3]));
+    StoreLanes(pixels, EvenLanes(BitCastLanes<U16x8>(low), BitCastLanes<U16x8>(high)));
   }
+
+  // Of twice a value, its fraction cut off, the value rounded half away from zero: a half is what is left of a fraction
+  // of a half or more, and the shift takes negative halves down.
+  static I32x4 HalveRounded(I32x4 twice) { return (twice - (twice > -1)) >> 1; }
 };
 
 // Whether doubles hold every sum of products exactly: with taps of 24 bits and pixels of 16, the exponents of the taps
@@ -64,13 +67,26 @@ bool SumsAreExact(const SeparableCall<BW16, FLOAT32>& call) {
   return highest - lowest + 39 + bits <= 53;
 }
 
+// Whether no pixels make a sum that rounds to more than a pixel, as of kernels that add up to one.
+bool SumsStayInRange(const SeparableCall<BW16, FLOAT32>& call) {
+  double positive = 0.0;
+  double negative = 0.0;
+  for (std::int32_t j = 0; j < call.kernelSize; ++j) {
+    const double tap = static_cast<double>(call.MirroredTap(j));
+    (tap > 0.0 ? positive : negative) += tap;
+  }
+  return positive * 32767.0 - negative * 32768.0 < 32767.4 && positive * 32768.0 - negative * 32767.0 < 32768.4;
+}
+
 StatusCode FilterFloatKernel(const SeparableCall<BW16, FLOAT32>& call) {
   if (const StatusCode status = call.CheckPointersAndSizes(); status != StatusCode::Success) return status;
   if (const StatusCode status = call.CheckSteps(); status != StatusCode::Success) return status;
-  if (SumsAreExact(call)) {
-    SeparableTile<ShortCodec<true>>({}).Filter(call);
+  if (!SumsAreExact(call)) {
+    SeparableTile<ShortCodec<false, true>>({}).Filter(call);
+  } else if (SumsStayInRange(call)) {
+    SeparableTile<ShortCodec<true, false>>({}).Filter(call);
   } else {
-    SeparableTile<ShortCodec<false>>({}).Filter(call);
+    SeparableTile<ShortCodec<true, true>>({}).Filter(call);
   }
   return StatusCode::Success;
 }

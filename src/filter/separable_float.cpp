@@ -1,5 +1,6 @@
 #include "filter/filter.h"
 #include "filter/separable_tile.h"
+#include "pixel/map_rows.h"
 
 namespace norvala {
 namespace {
@@ -7,24 +8,18 @@ namespace {
 struct FloatCodec {
   using Pixel = FLOAT32;
   using Sum = double;
-  struct Pixels {
-    F32x4 half[2];
-  };
   static constexpr bool isExact = false;
+  static constexpr int tapScale = 1;
 
   double start = 0.0;
 
-  void Widen(const Pixels& pixels, F64x2 (&values)[4]) const {
-    for (int i = 0; i < 2; ++i) {
-      ConvertToDoubles(pixels.half[i], values[2 * i], values[2 * i + 1]);
-    }
+  void Widen(const void* pixels, F64x2 (&values)[4]) const {
+    ConvertToDoubles(LoadLanes<F32x4>(BytesAt(pixels, 0)), values[0], values[1]);
+    ConvertToDoubles(LoadLanes<F32x4>(BytesAt(pixels, 16)), values[2], values[3]);
   }
-  Pixels Narrow(const F64x2 (&sums)[4]) const {
-    Pixels pixels;
-    for (int i = 0; i < 2; ++i) {
-      pixels.half[i] = ConvertFromDoubles<F32x4>(sums[2 * i], sums[2 * i + 1]);
-    }
-    return pixels;
+  void Narrow(const F64x2 (&sums)[4], void* pixels) const {
+    StoreLanes(BytesAt(pixels, 0), ConvertFromDoubles<F32x4>(sums[0], sums[1]));
+    StoreLanes(BytesAt(pixels, 16), ConvertFromDoubles<F32x4>(sums[2], sums[3]));
   }
 };
 

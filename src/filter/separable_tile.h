@@ -8,20 +8,20 @@
 namespace norvala {
 
 // The separable convolution by tiles: source pixels are converted to the type of the sums once and meet all taps from
-// there. Lies on the stack, some 40 KiB.
+// there. A filter along columns slides its tile down the image and moves the rows that two tiles share. Lies on the
+// stack, some 35 KiB.
 //
 // The codec fixes the types and the conversions:
 //   Pixel, Sum                              a pixel and a sum
-//   Pixels                                  as many pixels as kVectors vectors of sums hold
-//   void Widen(Pixels, Vector (&)[kVectors]) const     pixels to sums
-//   Pixels Narrow(const Vector (&)[kVectors]) const    sums to pixels
+//   void Widen(const void* pixels, Vector (&)[kVectors]) const      as many pixels as fill the vectors to sums
+//   void Narrow(const Vector (&)[kVectors], void* pixels) const     sums to pixels
+//   tapScale                                what the taps are multiplied with
 //   Sum start                               where every sum starts
 //   bool isExact                            whether sums are the same in whatever order products are added
 template <class Codec>
 class SeparableTile {
  public:
   using Pixel = typename Codec::Pixel;
-  using Pixels = typename Codec::Pixels;
   using Sum = typename Codec::Sum;
   using Vector = Lanes<Sum, 16 / sizeof(Sum)>;
 
@@ -32,26 +32,47 @@ class SeparableTile {
   void Filter(const SeparableCall<Pixel, Tap>& call) {
     const SeparableWindow<Pixel> window(call);
     const bool alongRow = call.direction == Direction::AlongRow;
-    const int tileRows = alongRow ? 1 : kRows;
+    const int mostTaps = std::min(call.kernelSize, kTaps);
+    const int tileRows = alongRow ? 1 : kRows - mostTaps + 1;
     const int tileColumns = alongRow ? kLongRow : kColumns;
-    for (int y = 0, rows = 0; y < call.size.height; y += rows) {
-      rows = std::min(tileRows, call.size.height - y);
+    const int band = alongRow ? 1 : kBand;
+    const bool isWhole = call.kernelSize == mostTaps;
+    const bool isSymmetric = codec_.isExact && isWhole && call.IsSymmetric();
+    for (int top = 0, bottom = 0; top < call.size.height; top = bottom) {
+      bottom = top + std::min(band, call.size.height - top);
       for (int x = 0, columns = 0; x < call.size.width; x += columns) {
         columns = std::min(tileColumns, call.size.width - x);
-        for (int tap = 0, taps = 0; tap < call.kernelSize; tap += taps) {
-          taps = std::min(kTaps, call.kernelSize - tap);
-          for (int j = 0; j < taps; ++j) taps_[j] = Vector{} + static_cast<Sum>(call.MirroredTap(tap + j));
-          const int reach = taps - 1;
-          const int sourceRows = alongRow ? 1 : rows + reach;
-          for (int row = 0; row < sourceRows; ++row) {
-            const Pixel* pixels = window.Source(x, y, std::ptrdiff_t{tap} + row);
-            Load(pixels, alongRow ? columns + reach : columns, source_ + row * kColumns, alongRow ? reach : 0);
-          }
-          const Part part = {taps, alongRow ? 1 : kColumns, tap == 0, call.kernelSize - tap == taps,
-                             codec_.isExact && call.kernelSize == taps && call.IsSymmetric()};
-          for (int row = 0; row < rows; ++row) {
-            Pixel* pixels = window.Destination(x, std::ptrdiff_t{y} + row);
-            Convolve(source_ + row * kColumns, part, sums_ + row * kColumns, pixels, columns);
+        for (int y = top, rows = 0; y < bottom; y += rows) {
+          rows = std::min(tileRows, bottom - y);
+          for (int tap = 0, taps = 0; tap < call.kernelSize; tap += taps) {
+            taps = std::min(mostTaps, call.kernelSize - tap);
+            const int reach = taps - 1;
+            int loaded = 0;
+            if (!isWhole || y == top) {
+              for (int j = 0; j < taps; ++j)
+                taps_[j] = Vector{} + static_cast<Sum>(call.MirroredTap(tap + j)) * Codec::tapScale;
+            } else if (!alongRow) {
+              loaded = reach;
+              for (int i = 0; i < reach * kColumns; i += kLanes) {
+                StoreLanes(source_ + i, LoadLanes<Vector>(source_ + tileRows * kColumns + i));
+              }
+            }
+            const Part part = {taps, alongRow ? 1 : kColumns, tap == 0, call.kernelSize - tap == taps, isSymmetric};
+            for (int row = 0; row < rows; ++row) {
+              for (; loaded <= (alongRow ? 0 : row + reach); ++loaded) {
+                const Pixel* pixels = window.Source(x, y, std::ptrdiff_t{tap} + loaded);
+                if (!alongRow) Prefetch(pixels, window.rowStep, columns);
+                Load(pixels, columns, alongRow ? reach : 0, source_ + loaded * kColumns);
+              }
+              Pixel* pixels = window.Destination(x, std::ptrdiff_t{y} + row);
+              if (alongRow) {
+                Convolve<Direction::AlongRow>(source_, part, sums_, pixels, columns);
+              } else {
+                Prefetch(pixels, window.dstStep, columns);
+                Convolve<Direction::AlongColumn>(source_ + row * kColumns, part, sums_ + row * kColumns, pixels,
+                                                 columns);
+              }
+            }
           }
         }
       }
@@ -64,135 +85,133 @@ class SeparableTile {
   static constexpr int kBlock = kVectors * kLanes;
   static constexpr int kBlocksAtOnce = sizeof(void*) == 8 ? 2 : 1;  // as the registers allow
 
-  static constexpr int kTaps = 16;  // taken at once
-  // A tile holds kRows rows of kColumns sums for taps along columns, one longer row for taps along rows.
-  static constexpr int kRows = 32;
-  static constexpr int kColumns = 64;
-  static constexpr int kLongRow = kRows * kColumns;
+  static constexpr int kTaps = 32;  // taken at once
+  // A tile holds rows of kColumns pixels for taps along columns, one longer row for taps along rows. Tiles slide down
+  // bands: no more rows than the processor keeps the page addresses of.
+  static constexpr int kRows = 48;
+  static constexpr int kColumns = 512 / static_cast<int>(sizeof(Sum));
+  static constexpr int kBand = 128;
+  static constexpr int kLongRow = (kRows - kTaps) * kColumns;
 
   // The taps taken at once: sums of all but the first ones continue, sums of all but the last ones are kept.
   struct Part {
     int taps;
-    int tapStep;
+    int tapStep;  // not a constant along rows, lest the compiler carry pixels from tap to tap in too few registers
     bool isFirst;
     bool isLast;
     bool isSymmetric;  // opposite taps are equal and all are here, in exact sums
   };
 
-  // Converts `count` pixels, and zeros after them up to whole blocks and `reach` more.
-  void Load(const Pixel* pixels, int count, Sum* source, int reach) const {
-    const int end = (count - reach + kBlock - 1) / kBlock * kBlock + reach;
-    for (int i = 0; i < end; i += kBlock) {
-      // The next tile: too many rows at once for the processor to foresee by itself.
-      __builtin_prefetch(
-          reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(pixels + i) + kColumns * sizeof(Pixel)));
-      Pixels block{};
-      const int valid = std::max(0, std::min(kBlock, count - i));
-      if (valid == kBlock) {
-        std::memcpy(&block, pixels + i, sizeof block);
-      } else {
-        std::memcpy(&block, pixels + i, static_cast<std::size_t>(valid) * sizeof(Pixel));
-      }
-      Vector vectors[kVectors];
-      codec_.Widen(block, vectors);
-      for (int k = 0; k < kVectors; ++k) StoreLanes(source + i + k * kLanes, vectors[k]);
-    }
+  // Asks for the row that comes some rows later: the processor foresees a row by itself, but not a strip of many.
+  static void Prefetch(const Pixel* pixels, std::ptrdiff_t step, int count) {
+    constexpr int kRowsAhead = 8;
+    constexpr int kCacheLine = 64;
+    const Pixel* later = Row(pixels, step, kRowsAhead);
+    const int lines = (count * static_cast<int>(sizeof(Pixel)) + kCacheLine - 1) / kCacheLine;
+    for (int line = 0; line < lines; ++line) __builtin_prefetch(Row(later, kCacheLine, line));
   }
 
-  void Convolve(const Sum* source, Part part, Sum* sums, Pixel* pixels, int count) const {
+  // Converts `count` pixels and `reach` more, and zeros after them up to whole blocks.
+  void Load(const Pixel* pixels, int count, int reach, Sum* source) const {
+    const int end = (count + kBlock - 1) / kBlock * kBlock + reach;
+    count += reach;
     int i = 0;
-    if constexpr (kBlocksAtOnce == 1) {
-      // Chains of additions: four at a time are too few to hide the latency of many taps. Six fill the registers; the
-      // sums then go through memory.
-      if (part.taps >= 7 && !part.isSymmetric) {
-        const int end = (count + kBlock - 1) / kBlock * kBlock;
-        for (; i + 6 * kLanes <= end; i += 6 * kLanes) AddProducts<6>(source + i, part, sums + i);
-        for (; i < end; i += 2 * kLanes) AddProducts<2>(source + i, part, sums + i);
-        for (i = 0; part.isLast && i < count; i += kBlock) {
-          Vector sum[kVectors];
-          for (int k = 0; k < kVectors; ++k) sum[k] = LoadLanes<Vector>(sums + i + k * kLanes);
-          Store(sum, pixels + i, count - i);
-        }
-        return;
-      }
+    for (; i + kBlock <= count; i += kBlock) {
+      __builtin_prefetch(Row(pixels, static_cast<std::ptrdiff_t>(sizeof(Pixel)), i + kColumns));
+      LoadBlock(pixels + i, source + i);
     }
+    for (; i < end; i += kBlock) {
+      Pixel block[kBlock] = {};
+      if (i < count) std::memcpy(block, pixels + i, static_cast<std::size_t>(count - i) * sizeof(Pixel));
+      LoadBlock(block, source + i);
+    }
+  }
+  void LoadBlock(const void* pixels, Sum* source) const {
+    Vector vectors[kVectors];
+    codec_.Widen(pixels, vectors);
+    for (int k = 0; k < kVectors; ++k) StoreLanes(source + k * kLanes, vectors[k]);
+  }
+
+  // Makes a row of pixels, or of sums to be continued. Not inlined, since the loops below need all registers.
+  template <Direction direction>
+  [[gnu::noinline]] void Convolve(const Sum* source, const Part& part, Sum* sums, Pixel* pixels, int count) const {
+    int i = 0;
     if constexpr (kBlocksAtOnce > 1) {
-      for (; i + (kBlocksAtOnce - 1) * kBlock < count; i += kBlocksAtOnce * kBlock) {
-        ConvolveBlocks<kBlocksAtOnce>(source + i, part, sums + i, pixels + i, count - i);
+      for (; i + kBlocksAtOnce * kBlock <= count; i += kBlocksAtOnce * kBlock) {
+        ConvolveBlocks<direction, kBlocksAtOnce>(source + i, part, sums + i, pixels + i);
       }
     }
-    for (; i < count; i += kBlock) ConvolveBlocks<1>(source + i, part, sums + i, pixels + i, count - i);
-  }
-
-  // Volatile, so that a tap is read once and stays in a register instead of being read again for every product.
-  Vector Tap(int j) const { return *static_cast<const volatile Vector*>(&taps_[j]); }
-
-  template <int blocks>
-  void ConvolveBlocks(const Sum* source, Part part, Sum* sums, Pixel* pixels, int count) const {
-    Vector sum[blocks][kVectors];
-    for (int b = 0; b < blocks; ++b) {
-      for (int k = 0; k < kVectors; ++k) {
-        sum[b][k] = part.isFirst ? Vector{} + codec_.start : LoadLanes<Vector>(sums + b * kBlock + k * kLanes);
-      }
-    }
-    int j = 0;
-    int end = part.taps;
-    if (codec_.isExact && part.isSymmetric) {
-      const Sum* opposite = source + (end - 1) * part.tapStep;
-      for (; j + 1 < end; ++j, --end, source += part.tapStep, opposite -= part.tapStep) {
-        const Vector tap = Tap(j);
-        for (int b = 0; b < blocks; ++b) {
-          for (int k = 0; k < kVectors; ++k) {
-            const int at = b * kBlock + k * kLanes;
-            sum[b][k] += (LoadLanes<Vector>(source + at) + LoadLanes<Vector>(opposite + at)) * tap;
-          }
-        }
-      }
-    }
-    for (; j < end; ++j, source += part.tapStep) {
-      const Vector tap = Tap(j);
-      for (int b = 0; b < blocks; ++b) {
-        for (int k = 0; k < kVectors; ++k) {
-          sum[b][k] += LoadLanes<Vector>(source + b * kBlock + k * kLanes) * tap;
-        }
-      }
-    }
-    for (int b = 0; b < blocks; ++b, count -= kBlock) {
-      if (!part.isLast) {
-        for (int k = 0; k < kVectors; ++k) StoreLanes(sums + b * kBlock + k * kLanes, sum[b][k]);
-        continue;
-      }
-      Store(sum[b], pixels + b * kBlock, count);
+    for (; i + kBlock <= count; i += kBlock) ConvolveBlocks<direction, 1>(source + i, part, sums + i, pixels + i);
+    if (i < count) {
+      Pixel block[kBlock];
+      ConvolveBlocks<direction, 1>(source + i, part, sums + i, block);
+      if (part.isLast) std::memcpy(pixels + i, block, static_cast<std::size_t>(count - i) * sizeof(Pixel));
     }
   }
 
-  template <int vectors>
-  void AddProducts(const Sum* source, Part part, Sum* sums) const {
-    Vector sum[vectors];
-    for (int k = 0; k < vectors; ++k) {
+  template <Direction direction, int blocks>
+  void ConvolveBlocks(const Sum* source, const Part& part, Sum* sums, void* pixels) const {
+    constexpr int kSums = blocks * kVectors;
+    const int tapStep = direction == Direction::AlongColumn ? kColumns : part.tapStep;
+    Vector sum[kSums];
+    for (int k = 0; k < kSums; ++k) {
       sum[k] = part.isFirst ? Vector{} + codec_.start : LoadLanes<Vector>(sums + k * kLanes);
     }
-    for (int j = 0; j < part.taps; ++j, source += part.tapStep) {
-      const Vector tap = Tap(j);
-      for (int k = 0; k < vectors; ++k) sum[k] += LoadLanes<Vector>(source + k * kLanes) * tap;
+    const Vector* tap = taps_;
+    if (codec_.isExact && part.isSymmetric) {
+      const int middle = part.taps / 2;
+      if (part.taps % 2 != 0) {
+        const Sum* row = source + middle * tapStep;
+        AddProducts([=](int k) { return At<direction>(row, k); }, tap + middle, sum);
+      }
+      const Sum* opposite = source + (part.taps - 1) * tapStep;
+      for (; source < opposite; ++tap, source += tapStep, opposite -= tapStep) {
+        AddProducts([=](int k) { return At<direction>(source, k) + At<direction>(opposite, k); }, tap, sum);
+      }
+    } else {
+      const auto add = [&sum](const Sum* row, const Vector* weight) {
+        AddProducts([=](int k) { return At<direction>(row, k); }, weight, sum);
+      };
+      const Vector* const end = tap + part.taps;
+      if (part.taps % 2 != 0) {
+        add(source, tap);
+        ++tap;
+        source += tapStep;
+      }
+      for (; tap != end; tap += 2, source += 2 * tapStep) {
+        add(source, tap);
+        add(source + tapStep, tap + 1);
+      }
     }
-    for (int k = 0; k < vectors; ++k) StoreLanes(sums + k * kLanes, sum[k]);
+    for (int b = 0; b < blocks; ++b) {
+      Vector block[kVectors];
+      for (int k = 0; k < kVectors; ++k) block[k] = sum[b * kVectors + k];
+      if (part.isLast) {
+        codec_.Narrow(block, static_cast<Pixel*>(pixels) + b * kBlock);
+      } else {
+        for (int k = 0; k < kVectors; ++k) StoreLanes(sums + b * kBlock + k * kLanes, block[k]);
+      }
+    }
   }
 
-  // Stores a block of which `count` pixels lie in the region.
-  void Store(const Vector (&sum)[kVectors], Pixel* pixels, int count) const {
-    const Pixels block = codec_.Narrow(sum);
-    if (count >= kBlock) {
-      std::memcpy(pixels, &block, sizeof block);
-    } else {
-      std::memcpy(pixels, &block, static_cast<std::size_t>(count) * sizeof(Pixel));
-    }
+  // Vector `k` of a row. Those of whole rows are aligned, those at an offset of some taps are not.
+  template <Direction direction>
+  static Vector At(const Sum* row, int k) {
+    const Sum* at = row + k * kLanes;
+    return LoadLanes<Vector>(direction == Direction::AlongColumn ? __builtin_assume_aligned(at, sizeof(Vector)) : at);
+  }
+
+  template <int sums, class Values>
+  static void AddProducts(Values values, const Vector* tap, Vector (&sum)[sums]) {
+    // Volatile, so that the tap is read once and stays in a register instead of being read again for every product.
+    const Vector weight = *static_cast<const volatile Vector*>(tap);
+    for (int k = 0; k < sums; ++k) sum[k] += values(k) * weight;
   }
 
   const Codec codec_;
   Vector taps_[kTaps];
-  alignas(16) Sum source_[(kRows + kTaps) * kColumns];
-  alignas(16) Sum sums_[kRows * kColumns];
+  alignas(16) Sum source_[kRows * kColumns];
+  alignas(16) Sum sums_[(kRows - kTaps + 1) * kColumns];
 };
 
 }  // namespace norvala
