@@ -17,11 +17,11 @@ struct ShortCodec {
   using Pixel = BW16;
   using Sum = double;
   static constexpr bool isExact = exact;
-  static constexpr double tapScale = 2.0;  // sums are twice what they are, for the rounding below
+  static constexpr double tapScale = exact ? 2.0 : 1.0;  // exact sums are twice what they are, see HalveRounded
 
   double start = 0.0;
-  F64x2 lowest = F64x2{} + Opaque(-65536.0);
-  F64x2 highest = F64x2{} + Opaque(65534.0);
+  F64x2 lowest = F64x2{} + Opaque(-32768.0 * tapScale);
+  F64x2 highest = F64x2{} + Opaque(32767.0 * tapScale);
 
   void Widen(const void* from, F64x2 (&values)[4]) const {
     const auto pixels = LoadLanes<I16x8>(from);
@@ -37,15 +37,29 @@ struct ShortCodec {
     F64x2 values[4];
     for (int k = 0; k < 4; ++k) {
       values[k] = clamps ? MaxLanes(MinLanes(sums[k], highest), lowest) : sums[k];
-      if (!exact) values[k] = BitCastLanes<F64x2>(BitCastLanes<I64x2>(values[k]) & (sums[k] == sums[k]));
+      if constexpr (!exact)
+        values[k] = BitCastLanes<F64x2>(BitCastLanes<I64x2>(AddHalf(values[k])) & IsNumber(sums[k]));
     }
-    const auto low = HalveRounded(ConvertFromDoubles<I32x4>(values[0], values[1]));
-    const auto high = HalveRounded(ConvertFromDoubles<I32x4>(values[2], values[3]));
+    auto low = ConvertFromDoubles<I32x4>(values[0], values[1]);
+    auto high = ConvertFromDoubles<I32x4>(values[2], values[3]);
+    if constexpr (exact) {
+      low = HalveRounded(low);
+      high = HalveRounded(high);
+    }
     StoreLanes(pixels, EvenLanes(BitCastLanes<U16x8>(low), BitCastLanes<U16x8>(high)));
   }
 
+  static I64x2 IsNumber(F64x2 values) { return values == values; }
+
+  // A half more on the side of the sign, for cutting off. The sum of 0.5 and the number before it is 1.
+  static F64x2 AddHalf(F64x2 values) {
+    const I64x2 sign = BitCastLanes<I64x2>(values) & INT64_MIN;
+    return values + BitCastLanes<F64x2>(sign | BitCastLanes<I64x2>(F64x2{0.5, 0.5}));
+  }
+
   // Of twice a value, its fraction cut off, the value rounded half away from zero: a half is what is left of a fraction
-  // of a half or more, and the shift takes negative halves down.
+  // of a half or more, and the shift takes negative halves down. Differs from adding a half only at the number before
+  // 0.5, which has more bits than exact sums of such a size can have.
   static I32x4 HalveRounded(I32x4 twice) { return (twice - (twice > -1)) >> 1; }
 };
 

@@ -260,6 +260,17 @@ TEST(Filter32fBW16Test, SaturatesOnlySumsOutOfRange) {
   }
 }
 
+// The number before 0.5 and a half make 1 in double precision.
+TEST(Filter32fBW16Test, RoundsByAddingAHalf) {
+  const BW16 src[] = {1, 1};
+  for (const float half : {0.5F, -0.5F}) {
+    const Job<float> job{Along::Row, 1, 1, {half, -half * 0x1p-53F}, 0};
+    BW16 dst = 77;
+    ASSERT_EQ(Call(job, src + 1, 4, &dst, 2), 0);
+    EXPECT_EQ(static_cast<std::int16_t>(dst), half > 0.0F ? 1 : -1);
+  }
+}
+
 // A sum so large that a product after it is lost; added in another order it would not be.
 TEST(Filter32fBW16Test, AddsInTheOrderOfThePixels) {
   const BW16 src[] = {static_cast<BW16>(-32767), 1, 32767};
