@@ -1,6 +1,5 @@
 #include "filter/filter.h"
 #include "filter/separable_tile.h"
-#include "pixel/map_rows.h"
 
 namespace norvala {
 namespace {
@@ -14,12 +13,14 @@ struct FloatCodec {
   double start = 0.0;
 
   void Widen(const void* pixels, F64x2 (&values)[4]) const {
-    ConvertToDoubles(LoadLanes<F32x4>(BytesAt(pixels, 0)), values[0], values[1]);
-    ConvertToDoubles(LoadLanes<F32x4>(BytesAt(pixels, 16)), values[2], values[3]);
+    const Unaligned<FLOAT32>* const from = static_cast<const Unaligned<FLOAT32>*>(pixels);
+    ConvertToDoubles(LoadLanes<F32x4>(from), values[0], values[1]);
+    ConvertToDoubles(LoadLanes<F32x4>(from + 4), values[2], values[3]);
   }
   void Narrow(const F64x2 (&sums)[4], void* pixels) const {
-    StoreLanes(BytesAt(pixels, 0), ConvertFromDoubles<F32x4>(sums[0], sums[1]));
-    StoreLanes(BytesAt(pixels, 16), ConvertFromDoubles<F32x4>(sums[2], sums[3]));
+    Unaligned<FLOAT32>* const to = static_cast<Unaligned<FLOAT32>*>(pixels);
+    StoreLanes(to, ConvertFromDoubles<F32x4>(sums[0], sums[1]));
+    StoreLanes(to + 4, ConvertFromDoubles<F32x4>(sums[2], sums[3]));
   }
 };
 

@@ -81,6 +81,7 @@ inline T Opaque(T value) {
   volatile T hidden = value;
   return hidden;
 }
+
 // The lanes at even places of `a`, then those of `b`: on a little-endian processor the low halves of lanes twice as
 // wide.
 inline U8x16 EvenLanes(U8x16 a, U8x16 b) {
