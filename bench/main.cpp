@@ -1,14 +1,27 @@
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
 #ifdef __GLIBC__
 #include <malloc.h>
 
 #include <climits>
 #endif
+#include <cstdio>
 
 #include "bench.h"
 
 namespace norvala_bench {
+
+namespace {
+
+// Repetitions in random order are reported at the end alone.
+void ShowProgress(const std::string& name) {
+  static const bool isWatched = isatty(STDERR_FILENO) != 0;
+  static int run = 0;
+  if (isWatched) std::fprintf(stderr, "\r%6d  %-70.70s", ++run, name.c_str());
+}
+
+}  // namespace
 
 Row::Row(std::string name, Prepare ours, std::vector<Size> sizes) : name_(std::move(name)), sizes_(std::move(sizes)) {
   Register("norvala", ours);
@@ -22,7 +35,8 @@ Row& Row::Peer(const std::string& peer, const Prepare& prepare) {
 void Row::Register(const std::string& who, const Prepare& prepare) const {
   for (const Size size : sizes_) {
     const std::string name = name_ + "/" + std::to_string(size.width) + "x" + std::to_string(size.height) + "/" + who;
-    benchmark::RegisterBenchmark(name.c_str(), [prepare, size](benchmark::State& state) {
+    benchmark::RegisterBenchmark(name.c_str(), [prepare, size, name](benchmark::State& state) {
+      ShowProgress(name);
       const Work work = prepare(size);
       work();  // first touch
       for (auto _ : state) work();
@@ -56,5 +70,6 @@ int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
   benchmark::RunSpecifiedBenchmarks();
+  if (isatty(STDERR_FILENO) != 0) std::fputc('\n', stderr);
   return 0;
 }
