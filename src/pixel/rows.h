@@ -29,6 +29,7 @@ inline void CopyBlock(const std::uint8_t* src, std::uint8_t* dst, std::size_t by
     const auto last = LoadLanes<U8x16>(src + bytes - 16);
     std::size_t at = 0;
     for (; bytes - at >= 64; at += 64) {
+      PrefetchDestination(dst, at);
       const auto a = LoadLanes<U8x16>(src + at);
       const auto b = LoadLanes<U8x16>(src + at + 16);
       const auto c = LoadLanes<U8x16>(src + at + 32);
@@ -83,6 +84,7 @@ inline void FillRow(T value, void* row, std::size_t count) {
   }
   std::size_t at = 0;
   for (; bytes - at >= 64; at += 64) {
+    PrefetchDestination(dst, at);
     StoreLanes(dst + at, values);
     StoreLanes(dst + at + 16, values);
     StoreLanes(dst + at + 32, values);
