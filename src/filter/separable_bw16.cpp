@@ -18,6 +18,7 @@ struct ShortCodec {
   using Sum = double;
   static constexpr bool isExact = exact;
   static constexpr double tapScale = exact ? 2.0 : 1.0;  // exact sums are twice what they are, see HalveRounded
+  static constexpr int vectors = 4;
 
   double start = 0.0;
   F64x2 lowest = F64x2{} + Opaque(-32768.0 * tapScale);

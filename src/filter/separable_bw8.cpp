@@ -45,6 +45,7 @@ struct FloatSums {
   using Sum = float;
   static constexpr bool isExact = true;
   static constexpr int tapScale = 1;
+  static constexpr int vectors = 4;
 
   float start;
   F32x4 factor;
@@ -89,6 +90,7 @@ struct DoubleSums {
   using Sum = double;
   static constexpr bool isExact = true;
   static constexpr int tapScale = 1;
+  static constexpr int vectors = 4;
 
   double start = 0.0;
   F64x2 factor;
@@ -123,6 +125,7 @@ struct WrappingSums {
   using Sum = std::uint32_t;
   static constexpr bool isExact = true;
   static constexpr int tapScale = 1;
+  static constexpr int vectors = 4;
 
   std::uint32_t start = 0;
   DivisorScale scale;

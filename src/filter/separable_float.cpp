@@ -9,18 +9,18 @@ struct FloatCodec {
   using Sum = double;
   static constexpr bool isExact = false;
   static constexpr int tapScale = 1;
+  // The six sums of a block, a tap and a product are as many as the registers of a 32-bit build.
+  static constexpr int vectors = sizeof(void*) == 8 ? 4 : 6;
 
   double start = 0.0;
 
-  void Widen(const void* pixels, F64x2 (&values)[4]) const {
+  void Widen(const void* pixels, F64x2 (&values)[vectors]) const {
     const Unaligned<FLOAT32>* const from = static_cast<const Unaligned<FLOAT32>*>(pixels);
-    ConvertToDoubles(LoadLanes<F32x4>(from), values[0], values[1]);
-    ConvertToDoubles(LoadLanes<F32x4>(from + 4), values[2], values[3]);
+    for (int k = 0; k < vectors; k += 2) ConvertToDoubles(LoadLanes<F32x4>(from + 2 * k), values[k], values[k + 1]);
   }
-  void Narrow(const F64x2 (&sums)[4], void* pixels) const {
+  void Narrow(const F64x2 (&sums)[vectors], void* pixels) const {
     Unaligned<FLOAT32>* const to = static_cast<Unaligned<FLOAT32>*>(pixels);
-    StoreLanes(to, ConvertFromDoubles<F32x4>(sums[0], sums[1]));
-    StoreLanes(to + 4, ConvertFromDoubles<F32x4>(sums[2], sums[3]));
+    for (int k = 0; k < vectors; k += 2) StoreLanes(to + 2 * k, ConvertFromDoubles<F32x4>(sums[k], sums[k + 1]));
   }
 };
 

@@ -44,22 +44,23 @@ inline void SumGroups(const NarrowRule& rule, const unsigned char* src, std::ptr
     odd[g] = U16x8{};
   }
   const int taps = fixedTaps > 0 ? fixedTaps : rule.taps;
-  const int products = symmetric ? (taps + 1) / 2 : taps;
-#pragma GCC unroll 16
-  for (int j = 0; j < products; ++j) {
+  const int pairs = symmetric ? taps / 2 : 0;
+  for (int j = 0; j < pairs; ++j) {
     const unsigned char* pixels = Row(src, tapStep, j);
     const unsigned char* opposite = Row(src, tapStep, taps - 1 - j);
     for (int g = 0; g < groups; ++g) {
-      const U16x8 pairs = LoadPairs(pixels + g * kGroup, count);
-      U16x8 bothPixels = pairs;
-      U16x8 oddPixels = pairs >> 8;
-      if (symmetric && j < taps / 2) {
-        const U16x8 oppositePairs = LoadPairs(opposite + g * kGroup, count);
-        bothPixels += oppositePairs;
-        oddPixels += oppositePairs >> 8;
-      }
-      both[g] += bothPixels * rule.tap[j];
-      odd[g] += oddPixels * rule.tap[j];
+      const U16x8 a = LoadPairs(pixels + g * kGroup, count);
+      const U16x8 b = LoadPairs(opposite + g * kGroup, count);
+      both[g] += (a + b) * rule.tap[j];
+      odd[g] += ((a >> 8) + (b >> 8)) * rule.tap[j];
+    }
+  }
+  for (int j = pairs; j < taps - pairs; ++j) {
+    const unsigned char* pixels = Row(src, tapStep, j);
+    for (int g = 0; g < groups; ++g) {
+      const U16x8 a = LoadPairs(pixels + g * kGroup, count);
+      both[g] += a * rule.tap[j];
+      odd[g] += (a >> 8) * rule.tap[j];
     }
   }
   for (int g = 0; g < groups; ++g) {
@@ -117,6 +118,7 @@ void FilterRows(const NarrowRule& rule, const SeparableCallBW8& call) {
   }
 }
 
+// Loops over few taps are unrolled; more of them would not find their registers.
 template <bool symmetric>
 void FilterRows(const NarrowRule& rule, const SeparableCallBW8& call) {
   switch (rule.taps) {
@@ -124,16 +126,6 @@ void FilterRows(const NarrowRule& rule, const SeparableCallBW8& call) {
       return FilterRows<3, symmetric>(rule, call);
     case 5:
       return FilterRows<5, symmetric>(rule, call);
-    case 7:
-      return FilterRows<7, symmetric>(rule, call);
-    case 9:
-      return FilterRows<9, symmetric>(rule, call);
-    case 11:
-      return FilterRows<11, symmetric>(rule, call);
-    case 13:
-      return FilterRows<13, symmetric>(rule, call);
-    case 15:
-      return FilterRows<15, symmetric>(rule, call);
     default:
       return FilterRows<0, symmetric>(rule, call);
   }

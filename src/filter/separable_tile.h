@@ -9,12 +9,13 @@ namespace norvala {
 
 // The separable convolution by tiles: source pixels are converted to the type of the sums once and meet all taps from
 // there. A filter along columns slides its tile down the image and moves the rows that two tiles share. Lies on the
-// stack, some 35 KiB.
+// stack, less than 40 KiB.
 //
 // The codec fixes the types and the conversions:
 //   Pixel, Sum                              a pixel and a sum
-//   void Widen(const void* pixels, Vector (&)[kVectors]) const      as many pixels as fill the vectors to sums
-//   void Narrow(const Vector (&)[kVectors], void* pixels) const     sums to pixels
+//   vectors                                 how many vectors of sums make up a block
+//   void Widen(const void* pixels, Vector (&)[vectors]) const      a block of pixels to sums
+//   void Narrow(const Vector (&)[vectors], void* pixels) const     a block of sums to pixels
 //   tapScale                                what the taps are multiplied with
 //   Sum start                               where every sum starts
 //   bool isExact                            whether sums are the same in whatever order products are added
@@ -81,7 +82,7 @@ class SeparableTile {
 
  private:
   static constexpr int kLanes = 16 / static_cast<int>(sizeof(Sum));
-  static constexpr int kVectors = 4;
+  static constexpr int kVectors = Codec::vectors;
   static constexpr int kBlock = kVectors * kLanes;
   static constexpr int kBlocksAtOnce = sizeof(void*) == 8 ? 2 : 1;  // as the registers allow
 
@@ -89,7 +90,7 @@ class SeparableTile {
   // A tile holds rows of kColumns pixels for taps along columns, one longer row for taps along rows. Tiles slide down
   // bands: no more rows than the processor keeps the page addresses of.
   static constexpr int kRows = 48;
-  static constexpr int kColumns = 512 / static_cast<int>(sizeof(Sum));
+  static constexpr int kColumns = (512 / static_cast<int>(sizeof(Sum)) + kBlock - 1) / kBlock * kBlock;
   static constexpr int kBand = 128;
   static constexpr int kLongRow = (kRows - kTaps) * kColumns;
 
@@ -169,18 +170,8 @@ class SeparableTile {
         AddProducts([=](int k) { return At<direction>(source, k) + At<direction>(opposite, k); }, tap, sum);
       }
     } else {
-      const auto add = [&sum](const Sum* row, const Vector* weight) {
-        AddProducts([=](int k) { return At<direction>(row, k); }, weight, sum);
-      };
-      const Vector* const end = tap + part.taps;
-      if (part.taps % 2 != 0) {
-        add(source, tap);
-        ++tap;
-        source += tapStep;
-      }
-      for (; tap != end; tap += 2, source += 2 * tapStep) {
-        add(source, tap);
-        add(source + tapStep, tap + 1);
+      for (const Vector* const end = tap + part.taps; tap != end; ++tap, source += tapStep) {
+        AddProducts([=](int k) { return At<direction>(source, k); }, tap, sum);
       }
     }
     for (int b = 0; b < blocks; ++b) {

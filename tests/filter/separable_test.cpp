@@ -141,7 +141,7 @@ template <class Tap, class MakeTap>
 Job<Tap> RandomJob(Random& random, MakeTap tap) {
   Job<Tap> job{};
   job.along = RandomInt(random, 0, 1) != 0 ? Along::Row : Along::Column;
-  job.width = RandomInt(random, 0, 30) == 0 ? RandomInt(random, 100, 1200) : RandomInt(random, 1, 70);
+  job.width = RandomInt(random, 0, 30) == 0 ? RandomInt(random, 100, 1400) : RandomInt(random, 1, 70);
   job.height = RandomInt(random, 1, job.width > 70 ? 4 : 20);
   if (RandomInt(random, 0, 30) == 0) {  // so tall that column filters move on to further rows of their own
     job.width = RandomInt(random, 1, 10);
