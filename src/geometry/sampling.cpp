@@ -186,6 +186,7 @@ struct Linear {
   static void SampleRun(const SourceImage& source, const Position* p, std::int32_t count, Unaligned<T>* dst) {
     const Places places(source, sizeof(T), p, count);
     for (std::int32_t k = 0; k < count; k += kGroup) {
+      Prefetch(places.of[k], source.ahead);
       Cells cells[2];
       LoadCells(static_cast<const T*>(nullptr), places.of, k, source.step, cells);
       F64x2 results[2];
