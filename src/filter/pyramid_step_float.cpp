@@ -8,7 +8,6 @@ namespace norvala {
 namespace {
 
 using Pixel = Unaligned<FLOAT32>;
-using F64x4 = Lanes<double, 4>;
 
 constexpr double kScale = 0.00390625;  // 1 / 256
 

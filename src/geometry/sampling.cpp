@@ -9,8 +9,6 @@
 namespace norvala {
 namespace {
 
-using F64x4 = Lanes<double, 4>;
-
 // Four lanes of double in two registers.
 struct F64Pair {
   F64x2 low, high;
@@ -285,7 +283,6 @@ void Cubic<BW8>::SampleRun(const SourceImage& source, const Position* p, std::in
     const auto pixels = ConvertLanes<I32x4>(rounded);
     StorePixels(pixels, dst + k);
     const F32x4 fraction = rounded - ConvertLanes<F32x4>(pixels);
-    using I64x2 = Lanes<std::int64_t, 2>;
     const auto doubts = BitCastLanes<I64x2>((fraction < kDoubt) | (fraction > 1 - kDoubt));
     if ((doubts[0] | doubts[1]) != 0) {
       for (std::int32_t i = k; i < k + kGroup; ++i) SamplePixel(source, p[i][0], p[i][1], dst + i);
