@@ -70,8 +70,8 @@ class SeparableTile {
                 Convolve<Direction::AlongRow>(source_, part, sums_, pixels, columns);
               } else {
                 Prefetch(pixels, window.dstStep, columns);
-                Convolve<Direction::AlongColumn>(source_ + row * kColumns, part, sums_ + row * kColumns, pixels,
-                                                 columns);
+                Sum* const sums = sums_ + (isWhole ? 0 : row * kColumns);  // kept only where taps are left over
+                Convolve<Direction::AlongColumn>(source_ + row * kColumns, part, sums, pixels, columns);
               }
             }
           }
