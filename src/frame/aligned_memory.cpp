@@ -42,10 +42,8 @@ void* Malloc2D(std::int32_t width, std::int32_t height, std::int32_t* step) {
   return AllocateBytes(rowStep * static_cast<std::uint64_t>(height));
 }
 
-// The line may lie beyond a short block, where only its address, not a pointer, may be formed.
 void* Prefetched(void* aligned) {
-  const std::uintptr_t line = reinterpret_cast<std::uintptr_t>(aligned) + 128;
-  if (aligned != nullptr) __builtin_prefetch(reinterpret_cast<const void*>(line));
+  if (aligned != nullptr) Prefetch(aligned, 128);
   return aligned;
 }
 

@@ -27,4 +27,10 @@ inline Unaligned<T>* Row(T* image, std::ptrdiff_t step, std::ptrdiff_t y) {
 
 inline bool IsEmpty(RegionSize size) { return size.width < 1 || size.height < 1; }
 
+// Asks for the cache line at an offset from an address; it may lie outside of what the address belongs to.
+inline void Prefetch(const void* from, std::ptrdiff_t offset) {
+  __builtin_prefetch(
+      reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(from) + static_cast<std::uintptr_t>(offset)));
+}
+
 }  // namespace norvala

@@ -51,12 +51,6 @@ inline T LoadAt(const char* address) {
   return value;
 }
 
-// Asks for the line of an address, which may lie outside the image.
-inline void Prefetch(const char* from, std::ptrdiff_t offset) {
-  __builtin_prefetch(
-      reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(from) + static_cast<std::uintptr_t>(offset)));
-}
-
 // The vectorised loops take runs of positions inside the kernel's interior, in groups of four. They go through a run in
 // several short passes: one long chain of operations for each pixel would leave the processor waiting.
 constexpr std::int32_t kGroup = 4;

@@ -47,7 +47,7 @@ inline std::uint8_t* BytesAt(void* row, std::size_t offset) { return static_cast
 // wait for their lines longer than loads, which the processor foresees better.
 inline void PrefetchDestination(const void* row, std::size_t at) {
   constexpr std::size_t kAhead = 2048;
-  __builtin_prefetch(reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(row) + at + kAhead));
+  Prefetch(row, static_cast<std::ptrdiff_t>(at + kAhead));
 }
 
 // dst[x] = op(sources[x]...) for a row of T. The operation takes and gives lanes as well as single pixels. The
