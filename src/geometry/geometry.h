@@ -2,7 +2,7 @@
 
 #include "frame/dispatch.h"
 #include "frame/types.h"
-#include "geometry/sampling.h"
+#include "geometry/warp/sampling.h"
 
 // The primitives of the geometric transforms and their tables. Arguments and behaviour are those of the
 // exports of the same name.

@@ -1,5 +1,5 @@
+#include "pixel/copy_rows.h"
 #include "pixel/pixel.h"
-#include "pixel/rows.h"
 
 namespace norvala {
 namespace {

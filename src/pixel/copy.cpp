@@ -1,7 +1,7 @@
 #include <bit>
 
+#include "pixel/copy_rows.h"
 #include "pixel/pixel.h"
-#include "pixel/rows.h"
 
 namespace norvala {
 namespace {

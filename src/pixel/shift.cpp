@@ -1,8 +1,8 @@
 #include <algorithm>
 
+#include "pixel/copy_rows.h"
 #include "pixel/map_rows.h"
 #include "pixel/pixel.h"
-#include "pixel/rows.h"
 
 namespace norvala {
 namespace {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "filter/filter.h"
-#include "filter/pipeline.h"
+#include "filter/pipeline/pipeline.h"
 
 namespace norvala {
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "filter/filter.h"
-#include "filter/pyramid_layer.h"
+#include "filter/pyramid/layer.h"
 #include "support/failing_heap.h"
 
 namespace norvala {

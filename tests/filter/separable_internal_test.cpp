@@ -3,7 +3,7 @@
 #include <array>
 
 #include "filter/filter.h"
-#include "filter/separable_divisor.h"
+#include "filter/separable/divisor.h"
 #include "support/failing_heap.h"
 
 namespace norvala {

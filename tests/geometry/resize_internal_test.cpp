@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "geometry/geometry.h"
-#include "geometry/resize.h"
-#include "geometry/resize_taps.h"
+#include "geometry/resize/resize.h"
+#include "geometry/resize/taps.h"
 #include "support/failing_heap.h"
 
 namespace norvala_test {

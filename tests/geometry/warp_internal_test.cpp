@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "geometry/geometry.h"
-#include "geometry/polygon.h"
-#include "geometry/row_spans.h"
-#include "geometry/sample_pixel.h"
+#include "geometry/warp/polygon.h"
+#include "geometry/warp/row_spans.h"
+#include "geometry/warp/sample_pixel.h"
 #include "support/failing_heap.h"
 #include "support/image.h"
 

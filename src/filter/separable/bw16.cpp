@@ -1,0 +1,152 @@
+#include <algorithm>
+#include <bit>
+
+#include "filter/filter.h"
+#include "filter/separable/tile.h"
+#include "frame/aligned_memory.h"
+
+// 16-bit pixels are read and written as signed.
+
+namespace norvala {
+namespace {
+
+// Exact sums are those whose products may be added in any order; they are always numbers. Sums of kernels that stay in
+// the range of the pixels need no clamping.
+template <bool exact, bool clamps>
+struct ShortCodec {
+  using Pixel = BW16;
+  using Sum = double;
+  static constexpr bool isExact = exact;
+  static constexpr double tapScale = exact ? 2.0 : 1.0;  // exact sums are twice what they are, see HalveRounded
+  static constexpr int vectors = 4;
+
+  double start = 0.0;
+  F64x2 lowest = F64x2{} + Opaque(-32768.0 * tapScale);
+  F64x2 highest = F64x2{} + Opaque(32767.0 * tapScale);
+
+  void Widen(const void* from, F64x2 (&values)[4]) const {
+    const auto pixels = LoadLanes<I16x8>(from);
+    const auto low = BitCastLanes<I32x4>(__builtin_shufflevector(pixels, pixels, 0, 0, 1, 1, 2, 2, 3, 3)) >> 16;
+    const auto high = BitCastLanes<I32x4>(__builtin_shufflevector(pixels, pixels, 4, 4, 5, 5, 6, 6, 7, 7)) >> 16;
+    ConvertToDoubles(low, values[0], values[1]);
+    ConvertToDoubles(high, values[2], values[3]);
+  }
+
+  // Rounds half away from zero and saturates. The bounds are whole numbers, so that they may as well come first. A sum
+  // that is not a number becomes 0.
+  void Narrow(const F64x2 (&sums)[4], void* pixels) const {
+    F64x2 values[4];
+    for (int k = 0; k < 4; ++k) {
+      values[k] = clamps ? MaxLanes(MinLanes(sums[k], highest), lowest) : sums[k];
+      if constexpr (!exact)
+        values[k] = BitCastLanes<F64x2>(BitCastLanes<I64x2>(AddHalf(values[k])) & IsNumber(sums[k]));
+    }
+    auto low = ConvertFromDoubles<I32x4>(values[0], values[1]);
+    auto high = ConvertFromDoubles<I32x4>(values[2], values[3]);
+    if constexpr (exact) {
+      low = HalveRounded(low);
+      high = HalveRounded(high);
+    }
+    StoreLanes(pixels, EvenLanes(BitCastLanes<U16x8>(low), BitCastLanes<U16x8>(high)));
+  }
+
+  static I64x2 IsNumber(F64x2 values) { return values == values; }
+
+  // A half more on the side of the sign, for cutting off. The sum of 0.5 and the number before it is 1.
+  static F64x2 AddHalf(F64x2 values) {
+    const I64x2 sign = BitCastLanes<I64x2>(values) & INT64_MIN;
+    return values + BitCastLanes<F64x2>(sign | BitCastLanes<I64x2>(F64x2{0.5, 0.5}));
+  }
+
+  // Of twice a value, its fraction cut off, the value rounded half away from zero: a half is what is left of a fraction
+  // of a half or more, and the shift takes negative halves down. Differs from adding a half only at the number before
+  // 0.5, which has more bits than exact sums of such a size can have.
+  static I32x4 HalveRounded(I32x4 twice) { return (twice - (twice > -1)) >> 1; }
+};
+
+// Whether doubles hold every sum of products exactly: with taps of 24 bits and pixels of 16, the exponents of the taps
+// must not lie too far apart. Most kernels pass.
+bool SumsAreExact(const SeparableCall<BW16, FLOAT32>& call) {
+  int highest = 1;
+  int lowest = 254;
+  for (std::int32_t j = 0; j < call.kernelSize; ++j) {
+    const auto bits = std::bit_cast<std::uint32_t>(call.MirroredTap(j)) & 0x7FFFFFFFU;
+    if (bits == 0) continue;
+    const int exponent = std::max(static_cast<int>(bits >> 23), 1);
+    if (exponent == 255) return false;
+    highest = std::max(highest, exponent);
+    lowest = std::min(lowest, exponent);
+  }
+  // Sums are multiples of the lowest tap's last bit, 2^(lowest - 150), and below kernelSize * 2^(highest - 126 + 15).
+  const int bits = static_cast<int>(std::bit_width(static_cast<std::uint32_t>(call.kernelSize)));
+  return highest - lowest + 39 + bits <= 53;
+}
+
+// Whether no pixels make a sum that rounds to more than a pixel, as of kernels that add up to one.
+bool SumsStayInRange(const SeparableCall<BW16, FLOAT32>& call) {
+  double positive = 0.0;
+  double negative = 0.0;
+  for (std::int32_t j = 0; j < call.kernelSize; ++j) {
+    const double tap = static_cast<double>(call.MirroredTap(j));
+    (tap > 0.0 ? positive : negative) += tap;
+  }
+  return positive * 32767.0 - negative * 32768.0 < 32767.4 && positive * 32768.0 - negative * 32767.0 < 32768.4;
+}
+
+StatusCode FilterFloatKernel(const SeparableCall<BW16, FLOAT32>& call) {
+  if (const StatusCode status = call.CheckPointersAndSizes(); status != StatusCode::Success) return status;
+  if (const StatusCode status = call.CheckSteps(); status != StatusCode::Success) return status;
+  if (!SumsAreExact(call)) {
+    SeparableTile<ShortCodec<false, true>>({}).Filter(call);
+  } else if (SumsStayInRange(call)) {
+    SeparableTile<ShortCodec<true, false>>({}).Filter(call);
+  } else {
+    SeparableTile<ShortCodec<true, true>>({}).Filter(call);
+  }
+  return StatusCode::Success;
+}
+
+using FloatKernelTable = PrimitiveTable<decltype(FilterRow32fBW16)>;
+
+// The divisor scales the taps, not the sums.
+StatusCode FilterIntegerKernel(const FloatKernelTable& filter, const BW16* src, std::int32_t srcStep, BW16* dst,
+                               std::int32_t dstStep, RegionSize size, const std::int32_t* kernel,
+                               std::int32_t kernelSize, std::int32_t anchor, std::int32_t divisor) {
+  if (kernel == nullptr) return StatusCode::NullPointer;
+  if (kernelSize < 1) return StatusCode::NonPositiveSize;
+  if (divisor == 0) return StatusCode::ZeroDivisor;
+  const AlignedVector<FLOAT32> scaled(kernelSize);
+  if (!scaled) return StatusCode::WorkBufferUnavailable;
+  const auto* taps = reinterpret_cast<const Unaligned<std::int32_t>*>(kernel);
+  const auto factor = static_cast<FLOAT32>(1.0 / divisor);
+  // The product of two floats is exact in double precision: rounding it to float is the float product.
+  for (std::int32_t i = 0; i < kernelSize; ++i) scaled[i] = static_cast<FLOAT32>(taps[i]) * factor;
+  return filter(src, srcStep, dst, dstStep, size, scaled.data(), kernelSize, anchor);
+}
+
+}  // namespace
+
+StatusCode FilterRow32fBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
+                            const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor) {
+  return FilterFloatKernel({Direction::AlongRow, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor});
+}
+
+StatusCode FilterColumn32fBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
+                               const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor) {
+  return FilterFloatKernel({Direction::AlongColumn, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor});
+}
+
+StatusCode FilterRowBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
+                         const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
+                         std::int32_t divisor) {
+  return FilterIntegerKernel(kFilterRow32fBW16, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor, divisor);
+}
+
+StatusCode FilterColumnBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
+                            const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
+                            std::int32_t divisor) {
+  return FilterIntegerKernel(kFilterColumn32fBW16, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor,
+                             divisor);
+}
+
+}  // namespace norvala

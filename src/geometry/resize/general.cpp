@@ -1,0 +1,241 @@
+#include <algorithm>
+
+#include "frame/aligned_memory.h"
+#include "frame/lanes.h"
+#include "geometry/resize/resize.h"
+#include "geometry/resize/taps.h"
+
+// The general resampler: each source row that is needed goes through the column taps once, into a ring of rows, and
+// each destination row is blended from the ring. A direction with the factor 1 is left out.
+
+namespace norvala {
+namespace {
+
+using SrcRow = const Unaligned<const FLOAT32>*;
+using DstRow = Unaligned<FLOAT32>*;
+
+// The weighted mean of the taps, as the centre tap plus the weighted differences from it: equal taps give exactly
+// their value, whatever rounding did to the weights.
+template <int taps, class V>
+inline V Blend(const V (&pixels)[taps], const V (&weights)[taps - 1]) {
+  constexpr int kCentre = kCentreTap<taps>;
+  const V centre = pixels[kCentre];
+  V sum = weights[0] * (pixels[kCentre == 0 ? 1 : 0] - centre);
+#pragma GCC unroll 8
+  for (int i = 1; i < taps - 1; ++i) sum += weights[i] * (pixels[i < kCentre ? i : i + 1] - centre);
+  return centre + sum;
+}
+
+// Pixels of 4 columns, one after the other in memory for each column, turned into one vector for each tap.
+
+inline void LoadColumns(SrcRow src, const std::int32_t (&first)[4], F32x4 (&pixels)[2]) {
+  const auto pair = [&](int i) { return LoadLanes<double>(src + first[i]); };
+  const auto a = BitCastLanes<F32x4>(F64x2{pair(0), pair(1)});
+  const auto b = BitCastLanes<F32x4>(F64x2{pair(2), pair(3)});
+  pixels[0] = __builtin_shufflevector(a, b, 0, 2, 4, 6);
+  pixels[1] = __builtin_shufflevector(a, b, 1, 3, 5, 7);
+}
+
+template <int taps>
+inline void LoadColumns(SrcRow src, const std::int32_t (&first)[4], F32x4 (&pixels)[taps]) {
+#pragma GCC unroll 2
+  for (int k = 0; k < taps; k += 4) {
+    const auto a = LoadLanes<F32x4>(src + first[0] + k);
+    const auto b = LoadLanes<F32x4>(src + first[1] + k);
+    const auto c = LoadLanes<F32x4>(src + first[2] + k);
+    const auto d = LoadLanes<F32x4>(src + first[3] + k);
+    const F32x4 ab01 = __builtin_shufflevector(a, b, 0, 4, 1, 5);
+    const F32x4 ab23 = __builtin_shufflevector(a, b, 2, 6, 3, 7);
+    const F32x4 cd01 = __builtin_shufflevector(c, d, 0, 4, 1, 5);
+    const F32x4 cd23 = __builtin_shufflevector(c, d, 2, 6, 3, 7);
+    pixels[k] = __builtin_shufflevector(ab01, cd01, 0, 1, 4, 5);
+    pixels[k + 1] = __builtin_shufflevector(ab01, cd01, 2, 3, 6, 7);
+    pixels[k + 2] = __builtin_shufflevector(ab23, cd23, 0, 1, 4, 5);
+    pixels[k + 3] = __builtin_shufflevector(ab23, cd23, 2, 3, 6, 7);
+  }
+}
+
+std::int32_t ClampToSource(const ResizeAxis& axis, std::int64_t i) {
+  return static_cast<std::int32_t>(std::clamp<std::int64_t>(i, 0, axis.length - 1));
+}
+
+// The taps of all columns, in groups of 4.
+template <int taps>
+class ColumnTaps {
+ public:
+  explicit ColumnTaps(const ResizeAxis& columns) : columns_(columns), groups_((std::int64_t{columns.extent} + 3) / 4) {
+    if (!groups_) return;
+    for (std::int32_t x = 0; x < columns.extent; ++x) {
+      const Taps<taps> placed = PlaceTaps<taps>(columns, x);
+      Group& group = groups_[x / 4];
+      group.first[x % 4] = placed.first;
+      for (int i = 0; i < taps - 1; ++i) group.weights[i][x % 4] = placed.weights[i];
+    }
+    // Positions grow with x, so the groups whose taps all lie inside the source follow one another.
+    const std::int32_t whole = columns.extent / 4;
+    while (insideBegin_ < whole && groups_[insideBegin_].first[0] < 0) ++insideBegin_;
+    insideEnd_ = whole;
+    while (insideEnd_ > insideBegin_ && groups_[insideEnd_ - 1].first[3] > columns.length - taps) --insideEnd_;
+  }
+
+  explicit operator bool() const { return static_cast<bool>(groups_); }
+
+  void Resample(SrcRow src, DstRow dst) const {
+    ResampleBorder(src, dst, 0, insideBegin_ * 4);
+    for (std::int32_t g = insideBegin_; g < insideEnd_; ++g) {
+      const Group& group = groups_[g];
+      F32x4 pixels[taps];
+      LoadColumns(src, group.first, pixels);
+      StoreLanes(dst + std::ptrdiff_t{g} * 4, Blend(pixels, group.weights));
+    }
+    ResampleBorder(src, dst, insideEnd_ * 4, columns_.extent);
+  }
+
+ private:
+  struct Group {
+    std::int32_t first[4];
+    F32x4 weights[taps - 1];
+  };
+
+  void ResampleBorder(SrcRow src, DstRow dst, std::int32_t begin, std::int32_t end) const {
+    for (std::int32_t x = begin; x < end; ++x) {
+      const Group& group = groups_[x / 4];
+      FLOAT32 pixels[taps];
+      FLOAT32 weights[taps - 1];
+      for (int k = 0; k < taps; ++k) {
+        pixels[k] = src[ClampToSource(columns_, std::int64_t{group.first[x % 4]} + k)];
+      }
+      for (int i = 0; i < taps - 1; ++i) weights[i] = group.weights[i][x % 4];
+      dst[x] = Blend(pixels, weights);
+    }
+  }
+
+  ResizeAxis columns_;
+  AlignedVector<Group> groups_;
+  std::int32_t insideBegin_ = 0;
+  std::int32_t insideEnd_ = 0;
+};
+
+template <int taps>
+void BlendRows(const SrcRow (&rows)[taps], const float (&weights)[taps - 1], DstRow dst, std::ptrdiff_t count) {
+  F32x4 lanes[taps - 1];
+  for (int i = 0; i < taps - 1; ++i) lanes[i] = F32x4{weights[i], weights[i], weights[i], weights[i]};
+  std::ptrdiff_t x = 0;
+  for (; x + 4 <= count; x += 4) {
+    F32x4 pixels[taps];
+#pragma GCC unroll 8
+    for (int k = 0; k < taps; ++k) pixels[k] = LoadLanes<F32x4>(rows[k] + x);
+    StoreLanes(dst + x, Blend(pixels, lanes));
+  }
+  for (; x < count; ++x) {
+    FLOAT32 pixels[taps];
+    for (int k = 0; k < taps; ++k) pixels[k] = rows[k][x];
+    dst[x] = Blend(pixels, weights);
+  }
+}
+
+// The rows last resampled along their columns, one slot for each tap: the rows of one destination pixel follow one
+// another, so that no two of them share a slot.
+template <int taps>
+class RowRing {
+ public:
+  RowRing(const ResizeJob& job, const ColumnTaps<taps>& columnTaps)
+      : job_(job), columnTaps_(columnTaps), stride_(Stride(job.columns.extent)), rows_(taps * stride_) {
+    std::fill_n(held_, taps, -1);
+  }
+
+  explicit operator bool() const { return static_cast<bool>(rows_); }
+
+  SrcRow Get(std::int32_t y) {
+    const int slot = y % taps;
+    FLOAT32* row = rows_.data() + slot * static_cast<std::ptrdiff_t>(stride_);
+    if (held_[slot] != y) {
+      columnTaps_.Resample(Row(job_.src, job_.srcStep, y), row);
+      held_[slot] = y;
+    }
+    return row;
+  }
+
+ private:
+  // An odd number of 64-byte lines, so that the rows do not compete for the same places in the cache.
+  static std::int64_t Stride(std::int32_t extent) { return ((std::int64_t{extent} + 15) / 16 | 1) * 16; }
+
+  const ResizeJob& job_;
+  const ColumnTaps<taps>& columnTaps_;
+  std::int64_t stride_;
+  AlignedVector<FLOAT32> rows_;
+  std::int32_t held_[taps];
+};
+
+// Blends all destination rows; `row(y)` gives source row y as wide as the destination.
+template <int taps, class GetRow>
+void ResampleRows(const ResizeJob& job, GetRow row) {
+  for (std::int32_t y = 0; y < job.rows.extent; ++y) {
+    const Taps<taps> placed = PlaceTaps<taps>(job.rows, y);
+    SrcRow rows[taps];
+    for (int k = 0; k < taps; ++k) rows[k] = row(ClampToSource(job.rows, std::int64_t{placed.first} + k));
+    BlendRows(rows, placed.weights, Row(job.dst, job.dstStep, y), job.columns.extent);
+  }
+}
+
+template <int taps>
+StatusCode Resample(const ResizeJob& job) {
+  if (job.columns.factor == 1.0) {
+    ResampleRows<taps>(job, [&](std::int32_t y) { return Row(job.src, job.srcStep, y); });
+    return StatusCode::Success;
+  }
+  const ColumnTaps<taps> columnTaps(job.columns);
+  if (!columnTaps) return StatusCode::WorkBufferUnavailable;
+  if (job.rows.factor == 1.0) {
+    for (std::int32_t y = 0; y < job.rows.extent; ++y) {
+      columnTaps.Resample(Row(job.src, job.srcStep, y), Row(job.dst, job.dstStep, y));
+    }
+    return StatusCode::Success;
+  }
+  RowRing<taps> ring(job, columnTaps);
+  if (!ring) return StatusCode::WorkBufferUnavailable;
+  ResampleRows<taps>(job, [&](std::int32_t y) { return ring.Get(y); });
+  return StatusCode::Success;
+}
+
+bool IsResampling(ResizeInterpolation interpolation) {
+  switch (interpolation) {
+    case ResizeInterpolation::Nearest:
+    case ResizeInterpolation::Linear:
+    case ResizeInterpolation::Cubic:
+    case ResizeInterpolation::EightPoint:
+      return true;
+    default:
+      return false;
+  }
+}
+
+}  // namespace
+
+StatusCode ResampleFLOAT32(const FLOAT32* src, RegionSize srcSize, std::int32_t srcStep, Rect srcRegion, FLOAT32* dst,
+                           std::int32_t dstStep, RegionSize dstSize, FLOAT64 xFactor, FLOAT64 yFactor,
+                           std::int32_t interpolation) {
+  StatusCode status = CheckResize(src, srcSize, srcRegion, dst, dstSize, xFactor, yFactor);
+  if (status != StatusCode::Success) return status;
+  if (!IsResampling(static_cast<ResizeInterpolation>(interpolation))) return StatusCode::UnknownInterpolation;
+  ResizeJob job;
+  status = PlanResize(src, srcSize, srcStep, srcRegion, dst, dstStep, dstSize, xFactor, yFactor, &job);
+  if (status != StatusCode::Success) return status;
+  if (IsCopy(job)) return ResampleNearest(job);
+  switch (FitToSource(static_cast<ResizeInterpolation>(interpolation), srcSize)) {
+    case ResizeInterpolation::Linear:
+      if (IsHalving(job)) {
+        Halve(job);
+        return StatusCode::Success;
+      }
+      return Resample<2>(job);
+    case ResizeInterpolation::Cubic:
+      return Resample<4>(job);
+    case ResizeInterpolation::EightPoint:
+      return Resample<8>(job);
+    default:
+      return ResampleNearest(job);
+  }
+}
+
+}  // namespace norvala

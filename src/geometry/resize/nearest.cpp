@@ -1,0 +1,51 @@
+#include <cstring>
+
+#include "frame/aligned_memory.h"
+#include "frame/lanes.h"
+#include "geometry/resize/resize.h"
+#include "geometry/resize/taps.h"
+
+namespace norvala {
+namespace {
+
+using SrcRow = const Unaligned<const BW32>*;
+using DstRow = Unaligned<BW32>*;
+
+void GatherRow(SrcRow src, const std::int32_t* columns, DstRow dst, std::ptrdiff_t extent) {
+  std::ptrdiff_t x = 0;
+  for (; x + 4 <= extent; x += 4) {
+    StoreLanes(dst + x, U32x4{src[columns[x]], src[columns[x + 1]], src[columns[x + 2]], src[columns[x + 3]]});
+  }
+  for (; x < extent; ++x) dst[x] = src[columns[x]];
+}
+
+}  // namespace
+
+StatusCode ResampleNearest(const ResizeJob& job) {
+  const std::int32_t width = job.columns.extent;
+  const auto bytes = static_cast<std::size_t>(width) * sizeof(BW32);
+  const bool copied = job.columns.factor == 1.0;
+  const AlignedVector<std::int32_t> columns(copied ? 0 : width);
+  if (!copied) {
+    if (!columns) return StatusCode::WorkBufferUnavailable;
+    for (std::int32_t x = 0; x < width; ++x) columns[x] = NearestPixel(job.columns, x);
+  }
+  std::int32_t above = -1;
+  for (std::int32_t y = 0; y < job.rows.extent; ++y) {
+    const std::int32_t from = NearestPixel(job.rows, y);
+    const auto* src = reinterpret_cast<SrcRow>(Row(job.src, job.srcStep, from));
+    auto* dst = reinterpret_cast<DstRow>(Row(job.dst, job.dstStep, y));
+    // Rows are moved, since those of a destination with a small step may overlap.
+    if (copied) {
+      std::memmove(dst, src, bytes);
+    } else if (from == above) {
+      std::memmove(dst, Row(job.dst, job.dstStep, y - 1), bytes);
+    } else {
+      GatherRow(src, columns.data(), dst, width);
+    }
+    above = from;
+  }
+  return StatusCode::Success;
+}
+
+}  // namespace norvala

@@ -1,0 +1,131 @@
+#include <algorithm>
+
+#include "geometry/geometry.h"
+#include "geometry/warp/quad_checks.h"
+#include "geometry/warp/row_spans.h"
+
+namespace norvala {
+namespace {
+
+// Three by three, row by row: maps (x, y) to the first two rows' products divided by the third's.
+struct Projection {
+  double m[3][3];
+};
+
+// The projection that takes the unit square to the quadrilateral (Heckbert, "Fundamentals of Texture Mapping and Image
+// Warping", 1989).
+Projection SquareToQuadrilateral(const Quadrilateral& quad) {
+  const auto& v = quad.vertices;
+  const double sumX = v[0].x - v[1].x + v[2].x - v[3].x;
+  const double sumY = v[0].y - v[1].y + v[2].y - v[3].y;
+  const double x1 = v[1].x - v[2].x;
+  const double y1 = v[1].y - v[2].y;
+  const double x2 = v[3].x - v[2].x;
+  const double y2 = v[3].y - v[2].y;
+  const double reciprocal = 1 / (x1 * y2 - x2 * y1);
+  const double g = (sumX * y2 - x2 * sumY) * reciprocal;
+  const double h = (x1 * sumY - sumX * y1) * reciprocal;
+  return {{{v[1].x - v[0].x + g * v[1].x, v[3].x - v[0].x + h * v[3].x, v[0].x},
+           {v[1].y - v[0].y + g * v[1].y, v[3].y - v[0].y + h * v[3].y, v[0].y},
+           {g, h, 1}}};
+}
+
+// The inverse but for its scale, which a projection does not feel.
+Projection Adjugate(const Projection& p) {
+  Projection adjugate;
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) {
+      const int r1 = (j + 1) % 3;
+      const int r2 = (j + 2) % 3;
+      const int c1 = (i + 1) % 3;
+      const int c2 = (i + 2) % 3;
+      adjugate.m[i][j] = p.m[r1][c1] * p.m[r2][c2] - p.m[r1][c2] * p.m[r2][c1];
+    }
+  }
+  return adjugate;
+}
+
+Projection Product(const Projection& a, const Projection& b) {
+  Projection product;
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) {
+      product.m[i][j] = a.m[i][0] * b.m[0][j] + a.m[i][1] * b.m[1][j] + a.m[i][2] * b.m[2][j];
+    }
+  }
+  return product;
+}
+
+// Samples the runs of positions inside the region; the pixels of the others keep their values.
+void SampleInside(Sampler* sample, const SourceImage& source, const Box& region, const Position* positions,
+                  std::int32_t count, char* dst, std::ptrdiff_t pixelBytes) {
+  const auto isInside = [&](std::int32_t k) { return Contains(region, {positions[k][0], positions[k][1]}); };
+  for (std::int32_t begin = 0; begin < count;) {
+    if (!isInside(begin)) {
+      ++begin;
+      continue;
+    }
+    std::int32_t end = begin + 1;
+    while (end < count && isInside(end)) ++end;
+    sample(source, positions + begin, end - begin, Course::Free, dst + begin * pixelBytes);
+    begin = end;
+  }
+}
+
+// Where `limit` is given, only positions inside it are sampled.
+void WarpRowsPerspective(const SourceImage& source, const Projection& inverse, const RowSpans& spans, const Box* limit,
+                         PixelDepthCode depth, Interpolation kernel, void* dst, std::int32_t dstStep) {
+  constexpr std::int32_t kListLength = 256;
+  Sampler* const sample = SelectSampler(depth, kernel);
+  const auto& d = inverse.m;
+  const double firstRow = spans.firstRow();
+  const Position pixelStep = {d[0][0], d[1][0]};
+  const Position rowStep = {d[0][1], d[1][1]};
+  Position base = {d[0][1] * firstRow + d[0][2], d[1][1] * firstRow + d[1][2]};
+  double baseScale = d[2][1] * firstRow + d[2][2];
+
+  for (std::int32_t y = 0; y < spans.rows(); ++y) {
+    const RowSpan span = spans[y];
+    for (std::int64_t first = span.first; first <= span.last; first += kListLength) {
+      Position positions[kListLength];
+      const auto count = static_cast<std::int32_t>(std::min<std::int64_t>(span.last - first + 1, kListLength));
+      double x = static_cast<double>(first);
+      for (std::int32_t k = 0; k < count; ++k, ++x) {
+        positions[k] = (pixelStep * x + base) / (d[2][0] * x + baseScale);
+      }
+      char* out =
+          PixelAddress(dst, dstStep, depth, static_cast<std::ptrdiff_t>(first), std::ptrdiff_t{spans.firstRow()} + y);
+      if (limit == nullptr) {
+        sample(source, positions, count, Course::Free, out);
+      } else {
+        SampleInside(sample, source, *limit, positions, count, out, PixelBytes(depth));
+      }
+    }
+    base += rowStep;
+    baseScale += d[2][1];
+  }
+}
+
+}  // namespace
+
+StatusCode WarpPerspectiveQuad(const void* src, RegionSize srcSize, std::int32_t srcStep, Rect srcRegion,
+                               const double* srcQuad, void* dst, std::int32_t dstStep, Rect dstRegion,
+                               const double* dstQuad, PixelDepthCode depth, std::int32_t interpolation) {
+  const WarpRequest request = {src, srcSize, srcStep, srcRegion, dst, dstStep, dstRegion, depth, interpolation};
+  QuadPair quads;
+  if (const StatusCode status = CheckQuadWarp(request, srcQuad, dstQuad, quads); status != StatusCode::Success) {
+    return status;
+  }
+  const Projection inverse =
+      Product(SquareToQuadrilateral(quads.source), Adjugate(SquareToQuadrilateral(quads.destination)));
+
+  const Box box = request.DestinationBox();
+  const RowSpans spans(ClipPolygon(Polygon(quads.destination), box), box, quads.clockwise);
+  if (!spans) return StatusCode::NoDestinationOverlap;
+
+  const Box region = Corners(request.EffectiveRegion());
+  WarpRowsPerspective(request.Source(), inverse, spans, quads.sourceInside ? nullptr : &region, depth, request.Kernel(),
+                      dst, dstStep);
+  return StatusCode::Success;
+}
+
+}  // namespace norvala

@@ -1,0 +1,66 @@
+#include "geometry/warp/polygon.h"
+
+namespace norvala {
+namespace {
+
+// One side of the box: keeps the points whose coordinate `along` is at most (or at least) the limit.
+struct Side {
+  double Point::*along;
+  double Point::*across;
+  double limit;
+  bool keepsAbove;
+
+  bool Keeps(const Point& p) const { return keepsAbove ? p.*along >= limit : p.*along <= limit; }
+
+  Point Crossing(const Point& p, const Point& q) const {
+    // Measured from the same end for both directions of the edge.
+    const bool ordered = p.*along <= q.*along;
+    const Point& from = ordered ? p : q;
+    const Point& to = ordered ? q : p;
+    Point crossing;
+    crossing.*along = limit;
+    crossing.*across = (limit - from.*along) * ((to.*across - from.*across) / (to.*along - from.*along)) + from.*across;
+    return crossing;
+  }
+};
+
+bool Equal(const Point& a, const Point& b) { return a.x == b.x && a.y == b.y; }
+
+// One step of the clipping by Sutherland and Hodgman ("Reentrant polygon clipping", 1974).
+Polygon ClipToSide(const Polygon& polygon, const Side& side) {
+  Polygon clipped;
+  for (int i = 0; i < polygon.count; ++i) {
+    const Point& p = polygon.vertices[i];
+    const Point& q = polygon.vertices[i + 1 < polygon.count ? i + 1 : 0];
+    if (side.Keeps(p)) clipped.Append(p);
+    if (side.Keeps(p) != side.Keeps(q)) clipped.Append(side.Crossing(p, q));
+  }
+  while (clipped.count > 1 && Equal(clipped.vertices[0], clipped.vertices[clipped.count - 1])) --clipped.count;
+  return clipped;
+}
+
+}  // namespace
+
+Polygon::Polygon(const Quadrilateral& quad) {
+  for (const Point& vertex : quad.vertices) Append(vertex);
+}
+
+void Polygon::Append(const Point& p) {
+  if (count > 0 && Equal(p, vertices[count - 1])) return;
+  if (count < kCapacity) vertices[count++] = p;
+}
+
+Polygon ClipPolygon(const Polygon& polygon, const Box& box) {
+  Polygon clipped = ClipToSide(polygon, {&Point::x, &Point::y, box.left, true});
+  clipped = ClipToSide(clipped, {&Point::x, &Point::y, box.right, false});
+  clipped = ClipToSide(clipped, {&Point::y, &Point::x, box.top, true});
+  clipped = ClipToSide(clipped, {&Point::y, &Point::x, box.bottom, false});
+  // Rounding moves a crossing by far less than a pixel; more comes from coordinates near the end of the range.
+  const Box around = {box.left - 0.5, box.top, box.right + 0.5, box.bottom};
+  for (int i = 0; i < clipped.count; ++i) {
+    if (!Contains(around, clipped.vertices[i])) return {};
+  }
+  return clipped;
+}
+
+}  // namespace norvala

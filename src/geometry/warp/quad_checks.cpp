@@ -1,0 +1,19 @@
+#include "geometry/warp/quad_checks.h"
+
+namespace norvala {
+
+StatusCode CheckQuadWarp(const WarpRequest& request, const double* srcQuad, const double* dstQuad, QuadPair& quads) {
+  if (const StatusCode status = request.Check(); status != StatusCode::Success) return status;
+  quads.source = LoadLanes<Quadrilateral>(srcQuad);
+  quads.destination = LoadLanes<Quadrilateral>(dstQuad);
+  const int turn = ClassifyQuadrilateral(quads.destination);
+  if (ClassifyQuadrilateral(quads.source) < 0 || turn < 0) return StatusCode::BadQuadrilateral;
+  if (request.SourceRegionMissesImage()) return StatusCode::NoSourceOverlap;
+  quads.clockwise = turn == 1;
+  const Box region = Corners(request.EffectiveRegion());
+  quads.sourceInside = true;
+  for (const Point& vertex : quads.source.vertices) quads.sourceInside &= Contains(region, vertex);
+  return StatusCode::Success;
+}
+
+}  // namespace norvala

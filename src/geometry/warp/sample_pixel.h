@@ -1,0 +1,122 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+#include "frame/types.h"
+#include "geometry/warp/sampling.h"
+
+// The interpolations at one source position, in their plain form. They serve every position: those near the image's
+// border and outside it, and those that the vectorised loops of sampling.cpp leave over.
+
+namespace norvala {
+
+// Positions this little before a pixel count as lying on it.
+inline constexpr double kPositionTolerance = 1e-7;
+
+// The coordinate, limited to the image where it lies outside by more than rounding explains.
+inline double LimitCoordinate(double x, std::int32_t size) {
+  const double last = static_cast<double>(size) - 1;
+  if (!(x >= -kPositionTolerance)) return 0;
+  return x > last + kPositionTolerance ? last : x;
+}
+
+template <class T>
+inline double PixelAt(const SourceImage& source, std::int32_t x, std::int32_t y) {
+  return static_cast<double>(Row(static_cast<const T*>(source.pixels), source.step, y)[x]);
+}
+
+// Rounds half up; the sum must lie in -0.5..255.5.
+inline BW8 RoundToPixel(double sum) { return static_cast<BW8>(static_cast<std::int32_t>(sum + 0.5)); }
+
+template <class T>
+inline void SampleNearest(const SourceImage& source, double x, double y, Unaligned<T>* dst) {
+  // Bit patterns: a signalling NaN passes through unchanged.
+  using Bits = std::conditional_t<sizeof(T) == 4, std::uint32_t, T>;
+  const auto column = static_cast<std::int32_t>(LimitCoordinate(x, source.size.width) + 0.5);
+  const auto row = static_cast<std::int32_t>(LimitCoordinate(y, source.size.height) + 0.5);
+  *reinterpret_cast<Unaligned<Bits>*>(dst) = Row(static_cast<const Bits*>(source.pixels), source.step, row)[column];
+}
+
+// The first of the two pixels that a coordinate lies between, and the distance from it.
+struct LinearPlace {
+  std::int32_t first;
+  double fraction;
+
+  LinearPlace(double x, std::int32_t size) {
+    const double limited = LimitCoordinate(x, size);
+    first = static_cast<std::int32_t>(limited + kPositionTolerance);
+    fraction = limited - first;
+    if (first >= size - 1) {
+      first = size - 2;
+      fraction = 1;
+    }
+  }
+};
+
+template <class T>
+inline void SampleLinear(const SourceImage& source, double x, double y, Unaligned<T>* dst) {
+  const LinearPlace h(x, source.size.width);
+  const LinearPlace v(y, source.size.height);
+  const auto lerp = [&](std::int32_t row) {
+    const double p = PixelAt<T>(source, h.first, row);
+    return p + (PixelAt<T>(source, h.first + 1, row) - p) * h.fraction;
+  };
+  const double top = lerp(v.first);
+  const double bottom = lerp(v.first + 1);
+  if constexpr (std::is_floating_point_v<T>) {
+    *dst = static_cast<T>(top + v.fraction * (bottom - top));
+  } else {
+    *dst = static_cast<T>(static_cast<std::int32_t>(top + 0.5 + v.fraction * (bottom - top)));
+  }
+}
+
+// The four-point Lagrange cubic on the nodes -1, 0, 1 and 2, for a scalar or lane by lane.
+template <class V>
+inline void CubicWeights(V t, V (&w)[4]) {
+  const V t2 = t * t;
+  const V t3 = t2 * t;
+  const V t3Sixth = t3 / 6;
+  const V tThird = t / 3;
+  w[0] = -t3Sixth + t2 / 2 - tThird;
+  w[1] = t3 / 2 - t2 - t / 2 + 1;
+  w[2] = -t3 / 2 + t2 / 2 + t;
+  w[3] = t3Sixth - tThird / 2;
+}
+
+// The first of the four pixels around a coordinate, moved inwards at the borders, and their weights.
+struct CubicPlace {
+  std::int32_t first;
+  double weights[4];
+
+  CubicPlace(double x, std::int32_t size) {
+    const double limited = LimitCoordinate(x, size);
+    const auto pixel = static_cast<std::int32_t>(limited + kPositionTolerance);
+    first = pixel >= size - 2 ? size - 4 : pixel > 0 ? pixel - 1 : 0;
+    const auto t = static_cast<double>(static_cast<float>(limited - 1 - first));
+    CubicWeights(t, weights);
+    // Here rounding leaves 1e-16 of the first pixel, which would show where the pixel itself is 0.
+    if (t == 1 || t == 2) weights[0] = 0;
+  }
+};
+
+template <class T>
+inline void SampleCubic(const SourceImage& source, double x, double y, Unaligned<T>* dst) {
+  const CubicPlace h(x, source.size.width);
+  const CubicPlace v(y, source.size.height);
+  const auto row = [&](std::int32_t j) {
+    const double* w = h.weights;
+    const auto p = [&](std::int32_t i) { return PixelAt<T>(source, h.first + i, v.first + j); };
+    return w[0] * p(0) + w[1] * p(1) + w[2] * p(2) + w[3] * p(3);
+  };
+  const double* w = v.weights;
+  const double sum = w[0] * row(0) + w[1] * row(1) + w[2] * row(2) + w[3] * row(3);
+  if constexpr (std::is_floating_point_v<T>) {
+    *dst = static_cast<T>(sum);
+  } else {
+    *dst = RoundToPixel(sum > 255 ? 255 : sum < 0 ? 0 : sum);
+  }
+}
+
+}  // namespace norvala

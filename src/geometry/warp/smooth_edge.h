@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdint>
+
+#include "geometry/quadrilateral.h"
+#include "geometry/warp/sampling.h"
+
+namespace norvala {
+
+// Softens the edges of a warped quadrilateral inside the destination region: every pixel whose area an edge crosses
+// becomes a mixture of its neighbour just inside and its neighbour just outside, by the part of it that lies inside.
+// Neighbours are taken across the edge's longer axis. Edges on the region's own sides, and pixels without one of the
+// two neighbours in the region, stay as they are.
+void SmoothEdge(void* dst, std::int32_t dstStep, PixelDepthCode depth, const Quadrilateral& quad, const Box& region,
+                bool clockwise);
+
+}  // namespace norvala
