@@ -2,6 +2,7 @@
 
 #include "analysis/analysis.h"
 #include "frame/lanes.h"
+#include "frame/memory.h"
 
 // Two raster passes over the destination. In each a pixel becomes the least of its own bound and of the sums over the
 // neighbours that the pass has seen; the bound is 0 or the largest float in the forward pass (zero and other pixels of
@@ -145,7 +146,7 @@ class Pass {
   void LoadBounds(std::int32_t y, std::int32_t x, F32x4 (&columns)[4]) const {
     if constexpr (forward) {
       const auto load = [&](int row) {
-        return LoadLanes<std::uint32_t>(Row(plane_.mask, plane_.maskStep, y + row) + x - 2 * row);
+        return LoadUnaligned<std::uint32_t>(Row(plane_.mask, plane_.maskStep, y + row) + x - 2 * row);
       };
       const U32x4 rows = {load(0), load(1), load(2), load(3)};
       const I32x4 largest = BitCastLanes<I32x4>(F32x4{} + kLargest);
@@ -155,7 +156,7 @@ class Pass {
       }
     } else {
       F32x4 rows[4];
-      for (int row = 0; row < 4; ++row) rows[row] = LoadLanes<F32x4>(&Distance(y + row, x - 2 * row + 3));
+      for (int row = 0; row < 4; ++row) rows[row] = LoadUnaligned<F32x4>(&Distance(y + row, x - 2 * row + 3));
       TransposeLanes(rows);
       for (int column = 0; column < 4; ++column) columns[column] = rows[3 - column];
     }
@@ -164,11 +165,11 @@ class Pass {
   void StoreDistances(std::int32_t y, std::int32_t x, F32x4 (&columns)[4]) const {
     if constexpr (forward) {
       TransposeLanes(columns);
-      for (int row = 0; row < 4; ++row) StoreLanes(&Distance(y + row, x - 2 * row), columns[row]);
+      for (int row = 0; row < 4; ++row) StoreUnaligned(&Distance(y + row, x - 2 * row), columns[row]);
     } else {
       F32x4 rows[4] = {columns[3], columns[2], columns[1], columns[0]};
       TransposeLanes(rows);
-      for (int row = 0; row < 4; ++row) StoreLanes(&Distance(y + row, x - 2 * row + 3), rows[row]);
+      for (int row = 0; row < 4; ++row) StoreUnaligned(&Distance(y + row, x - 2 * row + 3), rows[row]);
     }
   }
 

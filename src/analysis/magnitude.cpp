@@ -2,6 +2,7 @@
 
 #include "analysis/analysis.h"
 #include "frame/lanes.h"
+#include "frame/memory.h"
 
 namespace norvala {
 
@@ -22,7 +23,7 @@ void Moduli(const ComplexFLOAT32Number* src, FLOAT32* dst, std::ptrdiff_t count)
 inline F32x4 FourModuli(const ComplexFLOAT32Number* src) {
   const auto rootsOfTwo = [](const ComplexFLOAT32Number* two) {
     F64x2 first, second;
-    ConvertToDoubles(LoadLanes<F32x4>(two), first, second);
+    ConvertToDoubles(LoadUnaligned<F32x4>(two), first, second);
     first *= first;
     second *= second;
     const F64x2 sums = __builtin_shufflevector(first, second, 0, 2) + __builtin_shufflevector(first, second, 1, 3);
@@ -44,8 +45,8 @@ class FastModuli {
  public:
   // Separate from Finish for the double roots of other numbers to be put between them.
   explicit FastModuli(const ComplexFLOAT32Number* src) {
-    const auto first = LoadLanes<F32x4>(src);
-    const auto second = LoadLanes<F32x4>(src + 2);
+    const auto first = LoadUnaligned<F32x4>(src);
+    const auto second = LoadUnaligned<F32x4>(src + 2);
     const F32x4 re = __builtin_shufflevector(first, second, 0, 2, 4, 6);
     const F32x4 im = __builtin_shufflevector(first, second, 1, 3, 5, 7);
     F64x2 reLow, reHigh, imLow, imHigh;
@@ -90,11 +91,11 @@ StatusCode MagnitudeRowFLOAT32(const ComplexFLOAT32Number* src, FLOAT32* dst, st
   std::ptrdiff_t i = 0;
   for (; i + 12 <= count; i += 12) {
     const FastModuli fast(src + i + 8);
-    StoreLanes(dst + i, FourModuli(src + i));
-    StoreLanes(dst + i + 4, FourModuli(src + i + 4));
+    StoreUnaligned(dst + i, FourModuli(src + i));
+    StoreUnaligned(dst + i + 4, FourModuli(src + i + 4));
     F32x4 moduli;
     if (!fast.Finish(moduli)) moduli = FourModuli(src + i + 8);
-    StoreLanes(dst + i + 8, moduli);
+    StoreUnaligned(dst + i + 8, moduli);
   }
   Moduli(src + i, dst + i, count - i);
   return StatusCode::Success;

@@ -1,5 +1,6 @@
 #include "filter/filter.h"
 #include "frame/aligned_memory.h"
+#include "frame/memory.h"
 
 namespace norvala {
 namespace {

@@ -1,12 +1,13 @@
 #include "filter/filter.h"
 #include "frame/lanes.h"
+#include "frame/memory.h"
 
 namespace norvala {
 namespace {
 
 // Sums of neighbouring bytes.
 inline U16x8 SumPairs(const Unaligned<BW8>* pixels) {
-  const auto v = LoadLanes<U16x8>(pixels);
+  const auto v = LoadUnaligned<U16x8>(pixels);
   return (v & 0xFF) + (v >> 8);
 }
 
@@ -20,7 +21,7 @@ void SampleDownRow(const Unaligned<BW8>* upper, const Unaligned<BW8>* lower, Una
   for (; n - x >= 16; x += 16) {
     const auto low = BitCastLanes<U8x16>(MeanOfBlocks(upper + 2 * x, lower + 2 * x));
     const auto high = BitCastLanes<U8x16>(MeanOfBlocks(upper + 2 * x + 16, lower + 2 * x + 16));
-    StoreLanes(dst + x, EvenLanes(low, high));
+    StoreUnaligned(dst + x, EvenLanes(low, high));
   }
   for (; x < n; ++x) {
     dst[x] = static_cast<BW8>((upper[2 * x] + upper[2 * x + 1] + lower[2 * x] + lower[2 * x + 1] + 3) >> 2);

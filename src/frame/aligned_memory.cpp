@@ -1,7 +1,6 @@
 #include "frame/aligned_memory.h"
 
-#include <cstring>
-
+#include "frame/memory.h"
 #include "frame/platform_heap.h"
 
 namespace norvala {
@@ -15,71 +14,52 @@ constexpr std::uint64_t kLargestBlock = UINT32_MAX;
 
 void* AllocateBytes(std::uint64_t bytes) {
   if (bytes > kLargestBlock - kOverhead) return nullptr;
-  void* raw = PlatformAllocate(static_cast<std::size_t>(bytes + kOverhead));
+  void* const raw = PlatformAllocate(static_cast<std::size_t>(bytes + kOverhead));
   if (raw == nullptr) return nullptr;
-  const std::uintptr_t pastWord = reinterpret_cast<std::uintptr_t>(raw) + kWord + kBufferAlignment - 1;
-  auto* aligned = reinterpret_cast<unsigned char*>(pastWord & ~static_cast<std::uintptr_t>(kBufferAlignment - 1));
-  std::memcpy(aligned - kWord, &raw, kWord);
+  unsigned char* const aligned = AlignUp(static_cast<unsigned char*>(raw) + kWord, kBufferAlignment);
+  StoreUnaligned(aligned - kWord, raw);
   return aligned;
 }
 
-template <std::uint64_t elementSize>
-void* Malloc1D(std::int32_t count) {
-  if (count < 1) return nullptr;
-  return AllocateBytes(static_cast<std::uint64_t>(count) * elementSize);
-}
-
-template <std::uint64_t elementSize>
-void* Malloc2D(std::int32_t width, std::int32_t height, std::int32_t* step) {
-  if (step == nullptr) return nullptr;
-  auto* const stepOut = reinterpret_cast<Unaligned<std::int32_t>*>(step);
-  *stepOut = 0;
-  if (width < 1 || height < 1) return nullptr;
-  constexpr std::uint64_t mask = kBufferAlignment - 1;
-  const std::uint64_t rowStep = (static_cast<std::uint64_t>(width) * elementSize + mask) & ~mask;
-  if (rowStep > INT32_MAX) return nullptr;
-  *stepOut = static_cast<std::int32_t>(rowStep);
-  return AllocateBytes(rowStep * static_cast<std::uint64_t>(height));
-}
-
-void* Prefetched(void* aligned) {
-  if (aligned != nullptr) Prefetch(aligned, 128);
+void* WithHint(void* aligned, AllocationHint hint) {
+  if (hint == AllocationHint::Prefetch && aligned != nullptr) Prefetch(aligned, 128);
   return aligned;
 }
 
 }  // namespace
 
-void* Malloc1DBytes1(std::int32_t count) { return Malloc1D<1>(count); }
-void* Malloc1DBytes4(std::int32_t count) { return Malloc1D<4>(count); }
-void* Malloc1DBytes8(std::int32_t count) { return Malloc1D<8>(count); }
-void* Malloc2DBytes1(std::int32_t width, std::int32_t height, std::int32_t* step) {
-  return Malloc2D<1>(width, height, step);
-}
-void* Malloc2DBytes4(std::int32_t width, std::int32_t height, std::int32_t* step) {
-  return Malloc2D<4>(width, height, step);
-}
-void* Malloc2DBytes8(std::int32_t width, std::int32_t height, std::int32_t* step) {
-  return Malloc2D<8>(width, height, step);
+template <int elementSize, AllocationHint hint>
+void* Malloc1D(std::int32_t count) {
+  if (count < 1) return nullptr;
+  return WithHint(AllocateBytes(static_cast<std::uint64_t>(count) * elementSize), hint);
 }
 
-void* Malloc1DBytes1Prefetch(std::int32_t count) { return Prefetched(Malloc1D<1>(count)); }
-void* Malloc1DBytes4Prefetch(std::int32_t count) { return Prefetched(Malloc1D<4>(count)); }
-void* Malloc1DBytes8Prefetch(std::int32_t count) { return Prefetched(Malloc1D<8>(count)); }
-void* Malloc2DBytes1Prefetch(std::int32_t width, std::int32_t height, std::int32_t* step) {
-  return Prefetched(Malloc2D<1>(width, height, step));
+template <int elementSize, AllocationHint hint>
+void* Malloc2D(std::int32_t width, std::int32_t height, std::int32_t* step) {
+  if (step == nullptr) return nullptr;
+  StoreUnaligned<std::int32_t>(step, 0);
+  if (width < 1 || height < 1) return nullptr;
+  const auto rowStep = AlignUp<std::uint64_t>(static_cast<std::uint64_t>(width) * elementSize, kBufferAlignment);
+  if (rowStep > INT32_MAX) return nullptr;
+  StoreUnaligned(step, static_cast<std::int32_t>(rowStep));
+  return WithHint(AllocateBytes(rowStep * static_cast<std::uint64_t>(height)), hint);
 }
-void* Malloc2DBytes4Prefetch(std::int32_t width, std::int32_t height, std::int32_t* step) {
-  return Prefetched(Malloc2D<4>(width, height, step));
-}
-void* Malloc2DBytes8Prefetch(std::int32_t width, std::int32_t height, std::int32_t* step) {
-  return Prefetched(Malloc2D<8>(width, height, step));
-}
+
+template void* Malloc1D<1, AllocationHint::None>(std::int32_t);
+template void* Malloc1D<4, AllocationHint::None>(std::int32_t);
+template void* Malloc1D<8, AllocationHint::None>(std::int32_t);
+template void* Malloc1D<1, AllocationHint::Prefetch>(std::int32_t);
+template void* Malloc1D<4, AllocationHint::Prefetch>(std::int32_t);
+template void* Malloc1D<8, AllocationHint::Prefetch>(std::int32_t);
+template void* Malloc2D<1, AllocationHint::None>(std::int32_t, std::int32_t, std::int32_t*);
+template void* Malloc2D<4, AllocationHint::None>(std::int32_t, std::int32_t, std::int32_t*);
+template void* Malloc2D<8, AllocationHint::None>(std::int32_t, std::int32_t, std::int32_t*);
+template void* Malloc2D<1, AllocationHint::Prefetch>(std::int32_t, std::int32_t, std::int32_t*);
+template void* Malloc2D<4, AllocationHint::Prefetch>(std::int32_t, std::int32_t, std::int32_t*);
+template void* Malloc2D<8, AllocationHint::Prefetch>(std::int32_t, std::int32_t, std::int32_t*);
 
 void FreeAligned(void* aligned) {
-  if (aligned == nullptr) return;
-  void* raw;
-  std::memcpy(&raw, static_cast<unsigned char*>(aligned) - kWord, kWord);
-  PlatformRelease(raw);
+  if (aligned != nullptr) PlatformRelease(LoadUnaligned<void*>(static_cast<unsigned char*>(aligned) - kWord));
 }
 
 }  // namespace norvala

@@ -11,30 +11,29 @@ namespace norvala {
 // Every buffer of the library starts on this boundary, and so does every row of a two-dimensional one.
 inline constexpr std::size_t kBufferAlignment = 32;
 
-void* Malloc1DBytes1(std::int32_t count);
-void* Malloc1DBytes4(std::int32_t count);
-void* Malloc1DBytes8(std::int32_t count);
-void* Malloc2DBytes1(std::int32_t width, std::int32_t height, std::int32_t* step);
-void* Malloc2DBytes4(std::int32_t width, std::int32_t height, std::int32_t* step);
-void* Malloc2DBytes8(std::int32_t width, std::int32_t height, std::int32_t* step);
+// Whether an allocator hints that the line 128 bytes past the start is needed soon. Addresses and steps are the same.
+enum class AllocationHint { None, Prefetch };
+
+// For elements of 1, 4 and 8 bytes.
+template <int elementSize, AllocationHint hint>
+void* Malloc1D(std::int32_t count);
+template <int elementSize, AllocationHint hint>
+void* Malloc2D(std::int32_t width, std::int32_t height, std::int32_t* step);
 void FreeAligned(void* aligned);
 
-// The same addresses and steps, with a prefetch hint for the line 128 bytes past the start.
-void* Malloc1DBytes1Prefetch(std::int32_t count);
-void* Malloc1DBytes4Prefetch(std::int32_t count);
-void* Malloc1DBytes8Prefetch(std::int32_t count);
-void* Malloc2DBytes1Prefetch(std::int32_t width, std::int32_t height, std::int32_t* step);
-void* Malloc2DBytes4Prefetch(std::int32_t width, std::int32_t height, std::int32_t* step);
-void* Malloc2DBytes8Prefetch(std::int32_t width, std::int32_t height, std::int32_t* step);
-
-inline constexpr PrimitiveTable kMalloc1DBW8{Malloc1DBytes1, Malloc1DBytes1Prefetch};
-inline constexpr PrimitiveTable kMalloc1DFLOAT32{Malloc1DBytes4, Malloc1DBytes4Prefetch};
-inline constexpr PrimitiveTable kMalloc1DINT32{Malloc1DBytes4, Malloc1DBytes4Prefetch};
-inline constexpr PrimitiveTable kMalloc1DFLOAT64{Malloc1DBytes8, Malloc1DBytes8Prefetch};
+inline constexpr PrimitiveTable kMalloc1DBW8{Malloc1D<1, AllocationHint::None>, Malloc1D<1, AllocationHint::Prefetch>};
+inline constexpr PrimitiveTable kMalloc1DFLOAT32{Malloc1D<4, AllocationHint::None>,
+                                                 Malloc1D<4, AllocationHint::Prefetch>};
+inline constexpr PrimitiveTable kMalloc1DINT32{Malloc1D<4, AllocationHint::None>,
+                                               Malloc1D<4, AllocationHint::Prefetch>};
+inline constexpr PrimitiveTable kMalloc1DFLOAT64{Malloc1D<8, AllocationHint::None>,
+                                                 Malloc1D<8, AllocationHint::Prefetch>};
 inline constexpr PrimitiveTable kFree1D{FreeAligned};
-inline constexpr PrimitiveTable kMalloc2DBW8{Malloc2DBytes1, Malloc2DBytes1Prefetch};
-inline constexpr PrimitiveTable kMalloc2DFLOAT32{Malloc2DBytes4, Malloc2DBytes4Prefetch};
-inline constexpr PrimitiveTable kMalloc2DComplexFLOAT32Number{Malloc2DBytes8, Malloc2DBytes8Prefetch};
+inline constexpr PrimitiveTable kMalloc2DBW8{Malloc2D<1, AllocationHint::None>, Malloc2D<1, AllocationHint::Prefetch>};
+inline constexpr PrimitiveTable kMalloc2DFLOAT32{Malloc2D<4, AllocationHint::None>,
+                                                 Malloc2D<4, AllocationHint::Prefetch>};
+inline constexpr PrimitiveTable kMalloc2DComplexFLOAT32Number{Malloc2D<8, AllocationHint::None>,
+                                                              Malloc2D<8, AllocationHint::Prefetch>};
 inline constexpr PrimitiveTable kFree2D{FreeAligned};
 
 // A vector from the aligned allocator, released at the end of its scope. Holds null when the count is below 1, does
@@ -42,6 +41,7 @@ inline constexpr PrimitiveTable kFree2D{FreeAligned};
 template <class T>
 class AlignedVector {
  public:
+  AlignedVector() = default;
   explicit AlignedVector(std::int64_t count) : data_(Allocate(count)) {}
   AlignedVector(AlignedVector&& other) noexcept : data_(other.Release()) {}
   AlignedVector& operator=(AlignedVector&& other) noexcept {
@@ -74,7 +74,7 @@ class AlignedVector {
     return count > INT32_MAX / size ? nullptr : static_cast<T*>(kMalloc1DBW8(static_cast<std::int32_t>(count * size)));
   }
 
-  T* data_;
+  T* data_ = nullptr;
 };
 
 }  // namespace norvala

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <cstring>
+#include <type_traits>
 
 // Names for the compilers' generic vector types, where a plain loop stays behind what the vectoriser can do: the same
 // source for GCC and Clang on every processor. Arithmetic, comparison, shifts and the ?: selection work lane by lane.
@@ -27,16 +27,10 @@ using I64x2 = Lanes<std::int64_t, 2>;
 using F64x2 = Lanes<double, 2>;
 using F64x4 = Lanes<double, 4>;
 
-// Loads and stores at any address.
-template <class V>
-inline V LoadLanes(const void* source) {
-  V v;
-  std::memcpy(&v, source, sizeof v);
-  return v;
-}
-template <class V>
-inline void StoreLanes(void* destination, V v) {
-  std::memcpy(destination, &v, sizeof v);
+// Every lane the same value.
+template <class V, class T>
+inline V Splat(T value) {
+  return static_cast<std::remove_cvref_t<decltype(V{}[0])>>(value) - V{};  // subtracting 0 keeps even the sign of -0
 }
 
 // Lane by lane conversion, as a static_cast of every lane.
@@ -52,16 +46,50 @@ inline To BitCastLanes(From v) {
   return reinterpret_cast<To>(v);
 }
 
+// Four lanes of double in two registers: the compilers pass wider vectors through memory.
+struct F64x2x2 {
+  F64x2 low, high;
+};
+inline F64x2x2 operator+(F64x2x2 a, F64x2x2 b) { return {a.low + b.low, a.high + b.high}; }
+inline F64x2x2 operator-(F64x2x2 a, F64x2x2 b) { return {a.low - b.low, a.high - b.high}; }
+inline F64x2x2 operator*(F64x2x2 a, F64x2x2 b) { return {a.low * b.low, a.high * b.high}; }
+inline F64x2x2 operator*(F64x2x2 a, double b) { return {a.low * b, a.high * b}; }
+
 // Four lanes as doubles, and back.
 template <class V>
-inline void ConvertToDoubles(V v, F64x2& low, F64x2& high) {
+inline F64x2x2 ConvertToDoubles(V v) {
   const auto all = __builtin_convertvector(v, F64x4);
-  low = __builtin_shufflevector(all, all, 0, 1);
-  high = __builtin_shufflevector(all, all, 2, 3);
+  return {__builtin_shufflevector(all, all, 0, 1), __builtin_shufflevector(all, all, 2, 3)};
+}
+template <class V>
+inline void ConvertToDoubles(V v, F64x2& low, F64x2& high) {
+  const F64x2x2 all = ConvertToDoubles(v);
+  low = all.low;
+  high = all.high;
 }
 template <class V>
 inline V ConvertFromDoubles(F64x2 low, F64x2 high) {
   return __builtin_convertvector(__builtin_shufflevector(low, high, 0, 1, 2, 3), V);
+}
+template <class V>
+inline V ConvertFromDoubles(F64x2x2 v) {
+  return ConvertFromDoubles<V>(v.low, v.high);
+}
+
+// The lower and the upper half of the lanes, each widened by zeros.
+inline U16x8 WidenLow(U8x16 v) {
+  return BitCastLanes<U16x8>(
+      __builtin_shufflevector(v, U8x16{}, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23));
+}
+inline U16x8 WidenHigh(U8x16 v) {
+  return BitCastLanes<U16x8>(
+      __builtin_shufflevector(v, U8x16{}, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31));
+}
+inline U32x4 WidenLow(U16x8 v) {
+  return BitCastLanes<U32x4>(__builtin_shufflevector(v, U16x8{}, 0, 8, 1, 9, 2, 10, 3, 11));
+}
+inline U32x4 WidenHigh(U16x8 v) {
+  return BitCastLanes<U32x4>(__builtin_shufflevector(v, U16x8{}, 4, 12, 5, 13, 6, 14, 7, 15));
 }
 
 // The smaller and the larger lanes; the second operand where one is not a number. With float bounds from Opaque these

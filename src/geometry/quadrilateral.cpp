@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "frame/lanes.h"
+#include "frame/memory.h"
 
 namespace norvala {
 
@@ -27,7 +28,7 @@ int ClassifyQuadrilateral(const Quadrilateral& quad) {
 
 StatusCode MapRegionToQuadrilateral(Rect region, Quadrilateral& quad, const double* coefficients) {
   if (IsOutOfRange(region)) return StatusCode::NonPositiveSize;
-  quad = MapRectangleCorners(LoadLanes<AffineCoefficients>(coefficients), Corners(region));
+  quad = MapRectangleCorners(LoadUnaligned<AffineCoefficients>(coefficients), Corners(region));
   return ClassifyQuadrilateral(quad) < 0 ? StatusCode::BadCoefficients : StatusCode::Success;
 }
 

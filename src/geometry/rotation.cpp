@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "frame/lanes.h"
+#include "frame/memory.h"
 #include "geometry/geometry.h"
 
 namespace norvala {
@@ -53,8 +54,8 @@ StatusCode GetRotateShift(double xCentre, double yCentre, double angle, double* 
     const Direction d = DirectionOf(a);
     shift = {xCentre - xCentre * d.cosine - yCentre * d.sine, yCentre - yCentre * d.cosine + xCentre * d.sine};
   }
-  StoreLanes(xShift, shift.x);
-  StoreLanes(yShift, shift.y);
+  StoreUnaligned(xShift, shift.x);
+  StoreUnaligned(yShift, shift.y);
   return StatusCode::Success;
 }
 

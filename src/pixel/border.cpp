@@ -1,3 +1,4 @@
+#include "frame/memory.h"
 #include "pixel/copy_rows.h"
 #include "pixel/pixel.h"
 

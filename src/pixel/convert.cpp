@@ -1,4 +1,5 @@
 #include "frame/lanes.h"
+#include "frame/memory.h"
 #include "pixel/map_rows.h"
 #include "pixel/pixel.h"
 
@@ -19,7 +20,7 @@ StatusCode Convert(const S* src, std::int32_t srcStep, D* dst, std::int32_t dstS
 template <bool kRound>
 class Saturate {
  public:
-  explicit Saturate(float limit) : zero_(F32x4{} + Opaque(0.0F)), limit_(F32x4{} + Opaque(limit)) {}
+  explicit Saturate(float limit) : zero_(Splat<F32x4>(Opaque(0.0F))), limit_(Splat<F32x4>(Opaque(limit))) {}
 
   U32x4 operator()(F32x4 x) const {
     const F32x4 clamped = MinLanes(MaxLanes(x, zero_), limit_);  // NaN becomes 0
@@ -49,10 +50,10 @@ void FloatRowToBytes(std::size_t count, const void* srcRow, void* dstRow) {
   const Unaligned<FLOAT32>* const src = static_cast<const Unaligned<FLOAT32>*>(srcRow);
   Unaligned<BW8>* const dst = static_cast<Unaligned<BW8>*>(dstRow);
   const Saturate<kRound> toInteger(255.0F);
-  const auto saturate = [&](std::size_t x) { return toInteger(LoadLanes<F32x4>(src + x)); };
+  const auto saturate = [&](std::size_t x) { return toInteger(LoadUnaligned<F32x4>(src + x)); };
   std::size_t x = 0;
   for (; count - x >= 16; x += 16) {
-    StoreLanes(dst + x, PackBytes(saturate(x), saturate(x + 4), saturate(x + 8), saturate(x + 12)));
+    StoreUnaligned(dst + x, PackBytes(saturate(x), saturate(x + 4), saturate(x + 8), saturate(x + 12)));
   }
   for (; x < count; ++x) dst[x] = static_cast<BW8>(toInteger(F32x4{src[x]})[0]);
 }
@@ -62,9 +63,9 @@ void FloatRowToWords(std::size_t count, const void* srcRow, void* dstRow) {
   const Unaligned<FLOAT32>* const src = static_cast<const Unaligned<FLOAT32>*>(srcRow);
   Unaligned<BW16>* const dst = static_cast<Unaligned<BW16>*>(dstRow);
   const Saturate<kRound> toInteger(65535.0F);
-  const auto saturate = [&](std::size_t x) { return toInteger(LoadLanes<F32x4>(src + x)); };
+  const auto saturate = [&](std::size_t x) { return toInteger(LoadUnaligned<F32x4>(src + x)); };
   std::size_t x = 0;
-  for (; count - x >= 8; x += 8) StoreLanes(dst + x, PackWords(saturate(x), saturate(x + 4)));
+  for (; count - x >= 8; x += 8) StoreUnaligned(dst + x, PackWords(saturate(x), saturate(x + 4)));
   for (; x < count; ++x) dst[x] = static_cast<BW16>(toInteger(F32x4{src[x]})[0]);
 }
 
@@ -80,12 +81,12 @@ void WordRowToBytes(std::size_t count, const void* srcRow, void* dstRow) {
   Unaligned<BW8>* const dst = static_cast<Unaligned<BW8>*>(dstRow);
   // The smaller of value and 255, both less 2^15: the low byte is the same, and signed lanes have a minimum.
   constexpr std::int16_t kBias = INT16_MIN;
-  const I16x8 limit = I16x8{} + Opaque(static_cast<std::int16_t>(kBias + 255));
+  const I16x8 limit = Splat<I16x8>(Opaque(static_cast<std::int16_t>(kBias + 255)));
   const auto saturate = [&](std::size_t x) {
-    return BitCastLanes<U8x16>(MinLanes(LoadLanes<I16x8>(src + x) ^ kBias, limit));
+    return BitCastLanes<U8x16>(MinLanes(LoadUnaligned<I16x8>(src + x) ^ kBias, limit));
   };
   std::size_t x = 0;
-  for (; count - x >= 16; x += 16) StoreLanes(dst + x, EvenLanes(saturate(x), saturate(x + 8)));
+  for (; count - x >= 16; x += 16) StoreUnaligned(dst + x, EvenLanes(saturate(x), saturate(x + 8)));
   for (; x < count; ++x) dst[x] = static_cast<BW8>(src[x] < 255 ? src[x] : 255);
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "frame/lanes.h"
+#include "frame/memory.h"
 #include "frame/types.h"
 #include "pixel/map_rows.h"
 
@@ -16,31 +17,31 @@ namespace norvala {
 // Copies the first and the last sizeof(V) bytes of a block, which may share bytes.
 template <class V>
 inline void CopyEnds(const std::uint8_t* src, std::uint8_t* dst, std::size_t bytes) {
-  const auto first = LoadLanes<V>(src);
-  const auto last = LoadLanes<V>(src + bytes - sizeof(V));
-  StoreLanes(dst, first);
-  StoreLanes(dst + bytes - sizeof(V), last);
+  const auto first = LoadUnaligned<V>(src);
+  const auto last = LoadUnaligned<V>(src + bytes - sizeof(V));
+  StoreUnaligned(dst, first);
+  StoreUnaligned(dst + bytes - sizeof(V), last);
 }
 
 // Copies a block. What is written early is never read later as long as the destination does not start inside the
 // source: it may overlap it from below.
 inline void CopyBlock(const std::uint8_t* src, std::uint8_t* dst, std::size_t bytes) {
   if (bytes >= 16) {
-    const auto last = LoadLanes<U8x16>(src + bytes - 16);
+    const auto last = LoadUnaligned<U8x16>(src + bytes - 16);
     std::size_t at = 0;
     for (; bytes - at >= 64; at += 64) {
       PrefetchDestination(dst, at);
-      const auto a = LoadLanes<U8x16>(src + at);
-      const auto b = LoadLanes<U8x16>(src + at + 16);
-      const auto c = LoadLanes<U8x16>(src + at + 32);
-      const auto d = LoadLanes<U8x16>(src + at + 48);
-      StoreLanes(dst + at, a);
-      StoreLanes(dst + at + 16, b);
-      StoreLanes(dst + at + 32, c);
-      StoreLanes(dst + at + 48, d);
+      const auto a = LoadUnaligned<U8x16>(src + at);
+      const auto b = LoadUnaligned<U8x16>(src + at + 16);
+      const auto c = LoadUnaligned<U8x16>(src + at + 32);
+      const auto d = LoadUnaligned<U8x16>(src + at + 48);
+      StoreUnaligned(dst + at, a);
+      StoreUnaligned(dst + at + 16, b);
+      StoreUnaligned(dst + at + 32, c);
+      StoreUnaligned(dst + at + 48, d);
     }
-    for (; bytes - at > 16; at += 16) StoreLanes(dst + at, LoadLanes<U8x16>(src + at));
-    StoreLanes(dst + bytes - 16, last);
+    for (; bytes - at > 16; at += 16) StoreUnaligned(dst + at, LoadUnaligned<U8x16>(src + at));
+    StoreUnaligned(dst + bytes - 16, last);
   } else if (bytes >= 8) {
     CopyEnds<std::uint64_t>(src, dst, bytes);
   } else if (bytes >= 4) {
@@ -60,7 +61,8 @@ inline void CopyRow(const void* src, void* dst, std::size_t count) {
   if (ahead >= bytes) {
     CopyBlock(BytesAt(src, 0), BytesAt(dst, 0), bytes);
   } else {
-    for (std::size_t at = 0; at < bytes; at += sizeof(T)) StoreLanes(BytesAt(dst, at), LoadLanes<T>(BytesAt(src, at)));
+    for (std::size_t at = 0; at < bytes; at += sizeof(T))
+      StoreUnaligned(BytesAt(dst, at), LoadUnaligned<T>(BytesAt(src, at)));
   }
 }
 
@@ -78,20 +80,20 @@ inline void FillRow(T value, void* row, std::size_t count) {
   std::uint8_t* const dst = BytesAt(row, 0);
   if (bytes < 16) {
     std::uint8_t pattern[16];
-    StoreLanes(pattern, values);
+    StoreUnaligned(pattern, values);
     CopyBlock(pattern, dst, bytes);
     return;
   }
   std::size_t at = 0;
   for (; bytes - at >= 64; at += 64) {
     PrefetchDestination(dst, at);
-    StoreLanes(dst + at, values);
-    StoreLanes(dst + at + 16, values);
-    StoreLanes(dst + at + 32, values);
-    StoreLanes(dst + at + 48, values);
+    StoreUnaligned(dst + at, values);
+    StoreUnaligned(dst + at + 16, values);
+    StoreUnaligned(dst + at + 32, values);
+    StoreUnaligned(dst + at + 48, values);
   }
-  for (; bytes - at > 16; at += 16) StoreLanes(dst + at, values);
-  StoreLanes(dst + bytes - 16, values);
+  for (; bytes - at > 16; at += 16) StoreUnaligned(dst + at, values);
+  StoreUnaligned(dst + bytes - 16, values);
 }
 
 template <class T>

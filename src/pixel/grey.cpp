@@ -1,6 +1,7 @@
 #include <cmath>
 
 #include "frame/lanes.h"
+#include "frame/memory.h"
 #include "pixel/map_rows.h"
 #include "pixel/pixel.h"
 
@@ -24,16 +25,6 @@ inline BW8 Weigh(const Unaligned<BW8>* pixel, const Weights& weights) {
                           kFractionBits);
 }
 
-// The low and the high half of the bytes, each widened.
-inline U16x8 WidenLow(U8x16 v) {
-  return BitCastLanes<U16x8>(
-      __builtin_shufflevector(v, U8x16{}, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23));
-}
-inline U16x8 WidenHigh(U8x16 v) {
-  return BitCastLanes<U16x8>(
-      __builtin_shufflevector(v, U8x16{}, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31));
-}
-
 // A perfect shuffle of 48 bytes: the first half goes to the even places, the second half to the odd ones. Four of them
 // bring interleaved pixels to planes, because 3 * 2^4 = 1 modulo 47.
 inline void Shuffle(U8x16& a, U8x16& b, U8x16& c) {
@@ -50,8 +41,8 @@ inline void Shuffle(U8x16& a, U8x16& b, U8x16& c) {
 class LaneWeights {
  public:
   explicit LaneWeights(const Weights& weights)
-      : high_{Splat(weights.red >> 4), Splat(weights.green >> 4), Splat(weights.blue >> 4)},
-        low_{Splat(weights.red & 15), Splat(weights.green & 15), Splat(weights.blue & 15)} {}
+      : high_{Splat<U16x8>(weights.red >> 4), Splat<U16x8>(weights.green >> 4), Splat<U16x8>(weights.blue >> 4)},
+        low_{Splat<U16x8>(weights.red & 15), Splat<U16x8>(weights.green & 15), Splat<U16x8>(weights.blue & 15)} {}
 
   U16x8 Sum(U16x8 red, U16x8 green, U16x8 blue) const {
     return red * high_[0] + green * high_[1] + blue * high_[2] +
@@ -59,8 +50,6 @@ class LaneWeights {
   }
 
  private:
-  static U16x8 Splat(std::uint32_t value) { return U16x8{} + static_cast<std::uint16_t>(value); }
-
   U16x8 high_[3];
   U16x8 low_[3];
 };
@@ -69,16 +58,16 @@ void GreyRow(std::size_t count, const Unaligned<BW8>* src, Unaligned<BW8>* dst, 
   const LaneWeights lanes(weights);
   std::size_t x = 0;
   for (; count - x >= 16; x += 16) {
-    auto a = LoadLanes<U8x16>(src + 3 * x);
-    auto b = LoadLanes<U8x16>(src + 3 * x + 16);
-    auto c = LoadLanes<U8x16>(src + 3 * x + 32);
+    auto a = LoadUnaligned<U8x16>(src + 3 * x);
+    auto b = LoadUnaligned<U8x16>(src + 3 * x + 16);
+    auto c = LoadUnaligned<U8x16>(src + 3 * x + 32);
     Shuffle(a, b, c);
     Shuffle(a, b, c);
     Shuffle(a, b, c);
     // One shuffle short: the halves in turn are red, green and blue of the even pixels, then of the odd ones.
     const U16x8 even = lanes.Sum(WidenLow(a), WidenHigh(a), WidenLow(b));
     const U16x8 odd = lanes.Sum(WidenHigh(b), WidenLow(c), WidenHigh(c));
-    StoreLanes(dst + x, (even >> 8) | (odd & 0xFF00));
+    StoreUnaligned(dst + x, (even >> 8) | (odd & 0xFF00));
   }
   for (; x < count; ++x) dst[x] = Weigh(src + 3 * x, weights);
 }

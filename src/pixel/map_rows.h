@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "frame/lanes.h"
+#include "frame/memory.h"
 #include "frame/types.h"
 
 // The row loops that the pixel-wise operations share.
@@ -61,11 +62,11 @@ inline void MapRow(Op op, std::size_t count, void* dst, Sources... sources) {
   for (; bytes - at >= kUnrolled * sizeof(V); at += kUnrolled * sizeof(V)) {
     PrefetchDestination(dst, at);
     for (std::size_t i = 0; i < kUnrolled * sizeof(V); i += sizeof(V)) {
-      StoreLanes<V>(BytesAt(dst, at + i), op(LoadLanes<V>(BytesAt(sources, at + i))...));
+      StoreUnaligned<V>(BytesAt(dst, at + i), op(LoadUnaligned<V>(BytesAt(sources, at + i))...));
     }
   }
   for (; at < bytes; at += sizeof(T)) {
-    StoreLanes<T>(BytesAt(dst, at), static_cast<T>(op(LoadLanes<T>(BytesAt(sources, at))...)));
+    StoreUnaligned<T>(BytesAt(dst, at), static_cast<T>(op(LoadUnaligned<T>(BytesAt(sources, at))...)));
   }
 }
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "frame/lanes.h"
+#include "frame/memory.h"
 #include "pixel/map_rows.h"
 #include "pixel/pixel.h"
 
@@ -30,7 +31,7 @@ std::uint32_t SumRow(std::size_t count, const Unaligned<BW8>* row) {
     U16x8 pairs{};  // low byte + 256 * high byte, modulo 2^16
     U16x8 high{};
     for (; x < end; x += 16) {
-      const auto v = LoadLanes<U16x8>(row + x);
+      const auto v = LoadUnaligned<U16x8>(row + x);
       pairs += v;
       high += v >> 8;
     }
@@ -61,7 +62,7 @@ StatusCode MeanBW8_C1R(const BW8* src, std::int32_t step, RegionSize size, FLOAT
   for (std::int32_t y = 0; y < size.height; ++y) {
     total += static_cast<std::int32_t>(SumRow(static_cast<std::size_t>(size.width), Row(src, step, y)));
   }
-  StoreLanes<FLOAT64>(mean, total / PixelCount(size));
+  StoreUnaligned<FLOAT64>(mean, total / PixelCount(size));
   return StatusCode::Success;
 }
 
@@ -79,7 +80,7 @@ StatusCode MeanFLOAT32_C1R(const FLOAT32* src, std::int32_t step, RegionSize siz
     }
     if (x < size.width) even += static_cast<FLOAT64>(row[x]);
   }
-  StoreLanes<FLOAT64>(mean, (odd + even) / PixelCount(size));
+  StoreUnaligned<FLOAT64>(mean, (odd + even) / PixelCount(size));
   return StatusCode::Success;
 }
 
@@ -101,8 +102,8 @@ StatusCode MaxIndx_BW8(const BW8* src, std::int32_t step, RegionSize size, BW8* 
     bestY = y;
   }
   *maximum = best;
-  StoreLanes(column, bestX);
-  StoreLanes(row, bestY);
+  StoreUnaligned(column, bestX);
+  StoreUnaligned(row, bestY);
   return StatusCode::Success;
 }
 

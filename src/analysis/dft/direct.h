@@ -10,7 +10,7 @@
 namespace norvala::dft {
 
 struct DirectSpec {
-  AlignedVector<Root> roots{0};  // of order `length`
+  AlignedVector<Root> roots;  // of order `length`
 
   // `allRoots` has the order length * stride.
   StatusCode Create(std::int32_t length, const Root* allRoots, std::ptrdiff_t stride);

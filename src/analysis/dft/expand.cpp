@@ -2,6 +2,7 @@
 
 #include "analysis/analysis.h"
 #include "frame/lanes.h"
+#include "frame/memory.h"
 
 namespace norvala {
 namespace {
@@ -12,16 +13,16 @@ struct Number {
   float im;
 };
 
-float LoadFloat(const unsigned char* row, std::ptrdiff_t x) { return LoadLanes<float>(row + x * 4); }
-void StoreNumber(unsigned char* row, std::ptrdiff_t k, Number value) { StoreLanes(row + k * 8, value); }
+float LoadFloat(const unsigned char* row, std::ptrdiff_t x) { return LoadUnaligned<float>(row + x * 4); }
+void StoreNumber(unsigned char* row, std::ptrdiff_t k, Number value) { StoreUnaligned(row + k * 8, value); }
 
 // dst[count - 1 - k] = conj(src[k]).
 void MirrorConjugates(const unsigned char* src, unsigned char* dst, std::ptrdiff_t count) {
   constexpr U32x4 kImaginarySigns = {0, 0x80000000U, 0, 0x80000000U};
   std::ptrdiff_t k = 0;
   for (; k + 2 <= count; k += 2) {
-    const auto two = LoadLanes<U32x4>(src + k * 8);
-    StoreLanes(dst + (count - 2 - k) * 8, __builtin_shufflevector(two, two, 2, 3, 0, 1) ^ kImaginarySigns);
+    const auto two = LoadUnaligned<U32x4>(src + k * 8);
+    StoreUnaligned(dst + (count - 2 - k) * 8, __builtin_shufflevector(two, two, 2, 3, 0, 1) ^ kImaginarySigns);
   }
   if (k < count) StoreNumber(dst, count - 1 - k, {LoadFloat(src, 2 * k), -LoadFloat(src, 2 * k + 1)});
 }

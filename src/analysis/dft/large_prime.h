@@ -12,9 +12,9 @@ namespace norvala::dft {
 // X[k] = c[k] * sum over j of x[j] c[j] conj(c[k - j]).
 struct LargePrimeSpec {
   std::int32_t length = 0;
-  PowerOfTwoSpec fft;             // of the smallest power of two M not below 2 m - 1
-  AlignedVector<Root> chirp{0};   // c
-  AlignedVector<Root> kernel{0};  // the transform of conj(c), wrapped around M, divided by M
+  PowerOfTwoSpec fft;          // of the smallest power of two M not below 2 m - 1
+  AlignedVector<Root> chirp;   // c
+  AlignedVector<Root> kernel;  // the transform of conj(c), wrapped around M, divided by M
 
   std::int64_t scratchSize() const;
 

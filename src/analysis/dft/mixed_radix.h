@@ -10,9 +10,9 @@ namespace norvala::dft {
 // A transform by the factors of its length.
 struct MixedRadixSpec {
   FactorList factors;
-  AlignedVector<Root> twiddles{0};
+  AlignedVector<Root> twiddles;
   // The roots of every factor above 5, table after table; consecutive equal factors share one.
-  AlignedVector<Root> factorRoots{0};
+  AlignedVector<Root> factorRoots;
 
   // `factors` is filled; `roots` has the order length * stride.
   StatusCode Create(const Root* roots, std::ptrdiff_t stride);

@@ -1,6 +1,7 @@
 #include <cmath>
 
 #include "analysis/dft/spec1d.h"
+#include "frame/memory.h"
 #include "frame/types.h"
 
 namespace norvala::dft {

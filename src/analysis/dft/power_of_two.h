@@ -13,7 +13,7 @@ struct PowerOfTwoSpec {
   std::int32_t normalisation = 0;  // recorded; whoever runs the transform scales its results
   std::int32_t hint = 0;           // recorded; there is one algorithm
   FactorList factors;
-  AlignedVector<Root> twiddles{0};
+  AlignedVector<Root> twiddles;
 
   std::int64_t length() const { return std::int64_t{1} << order; }
   std::int64_t scratchSize() const;

@@ -21,7 +21,7 @@ class SharedRoots {
 
  private:
   std::int64_t order_ = 0;
-  AlignedVector<Root> roots_{0};
+  AlignedVector<Root> roots_;
 };
 
 }  // namespace norvala::dft

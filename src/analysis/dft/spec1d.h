@@ -87,8 +87,8 @@ struct DftSpec1DReal {
   // Transforms half as many complex values where the length is even and above 4, as many where it is odd.
   dft::MethodSpec method;
   // Even lengths above 4: entry k of (n + 3) / 4 is (0.5 re, 0.5 im + 0.5) of the root w^k of order n, and w^k itself.
-  AlignedVector<dft::Root> rebuildTable{0};
-  AlignedVector<dft::Root> rebuildRoots{0};
+  AlignedVector<dft::Root> rebuildTable;
+  AlignedVector<dft::Root> rebuildRoots;
 
   // An odd number of real values has no half: two rows are transformed as the parts of one complex row.
   bool pairsRows() const {

@@ -4,6 +4,7 @@
 #include "analysis/analysis.h"
 #include "analysis/dft/scratch.h"
 #include "analysis/dft/spec2d.h"
+#include "frame/memory.h"
 
 namespace norvala {
 
@@ -86,8 +87,8 @@ void GatherBlocks(const Packed& packed, std::ptrdiff_t x, ComplexLanes* const* b
   for (std::ptrdiff_t y = 0; y < packed.height; ++y) {
     const unsigned char* from = packed.At(x, y);
     for (int i = 0; i < count; ++i, from += kBlockWidth * sizeof(FLOAT32)) {
-      const auto a = LoadLanes<F32x4>(from);
-      const auto b = LoadLanes<F32x4>(from + sizeof a);
+      const auto a = LoadUnaligned<F32x4>(from);
+      const auto b = LoadUnaligned<F32x4>(from + sizeof a);
       blocks[i][y] = {__builtin_shufflevector(a, b, 0, 2, 4, 6), __builtin_shufflevector(a, b, 1, 3, 5, 7)};
     }
   }
@@ -98,8 +99,8 @@ void ScatterBlocks(const Packed& packed, std::ptrdiff_t x, ComplexLanes* const* 
     unsigned char* to = packed.At(x, y);
     for (int i = 0; i < count; ++i, to += kBlockWidth * sizeof(FLOAT32)) {
       const F32x4 re = blocks[i][y].re, im = blocks[i][y].im;
-      StoreLanes(to, __builtin_shufflevector(re, im, 0, 4, 1, 5));
-      StoreLanes(to + sizeof re, __builtin_shufflevector(re, im, 2, 6, 3, 7));
+      StoreUnaligned(to, __builtin_shufflevector(re, im, 0, 4, 1, 5));
+      StoreUnaligned(to + sizeof re, __builtin_shufflevector(re, im, 2, 6, 3, 7));
     }
   }
 }

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "frame/memory.h"
 #include "frame/status.h"
 #include "frame/types.h"
 

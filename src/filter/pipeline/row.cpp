@@ -3,6 +3,7 @@
 
 #include "filter/filter.h"
 #include "filter/pipeline/pipeline.h"
+#include "frame/memory.h"
 
 namespace norvala {
 namespace {

@@ -5,6 +5,7 @@
 
 #include "filter/filter.h"
 #include "frame/aligned_memory.h"
+#include "frame/memory.h"
 
 namespace norvala {
 namespace {

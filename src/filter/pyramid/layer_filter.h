@@ -7,6 +7,7 @@
 
 #include "filter/pyramid/layer.h"
 #include "filter/pyramid/mirror.h"
+#include "frame/memory.h"
 
 // Smoothing of an image by a layer's separable kernel. A filtered image holds signed 16-bit values of 3 fractional
 // bits: a row sum drops 8 of the kernel's 13 fractional bits, a column sum of row sums rounds away 15 of the rest.

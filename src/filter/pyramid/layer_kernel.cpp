@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "filter/pyramid/layer.h"
+#include "frame/memory.h"
 
 namespace norvala {
 

@@ -2,6 +2,7 @@
 
 #include "filter/pyramid/layer_filter.h"
 #include "frame/lanes.h"
+#include "frame/memory.h"
 
 namespace norvala {
 namespace {
@@ -75,8 +76,8 @@ struct NarrowBlend {
   static void Gather(const std::int16_t* filtered, const std::int32_t* columns, std::int16_t* left,
                      std::int16_t* right) {
     const auto two = [&](int k) {
-      const U32x4 a = {LoadLanes<std::uint32_t>(filtered + columns[k])};
-      const U32x4 b = {LoadLanes<std::uint32_t>(filtered + columns[k + 1])};
+      const U32x4 a = {LoadUnaligned<std::uint32_t>(filtered + columns[k])};
+      const U32x4 b = {LoadUnaligned<std::uint32_t>(filtered + columns[k + 1])};
       return BitCastLanes<I32x4>(
           __builtin_shufflevector(BitCastLanes<I16x8>(a), BitCastLanes<I16x8>(b), 0, 8, 1, 9, 2, 10, 3, 11));
     };
@@ -85,8 +86,8 @@ struct NarrowBlend {
     };
     const F64x2 low = four(0);
     const F64x2 high = four(4);
-    StoreLanes(left, __builtin_shufflevector(low, high, 0, 2));
-    StoreLanes(right, __builtin_shufflevector(low, high, 1, 3));
+    StoreUnaligned(left, __builtin_shufflevector(low, high, 0, 2));
+    StoreUnaligned(right, __builtin_shufflevector(low, high, 1, 3));
   }
 
   static void Row(const std::int16_t* __restrict filtered, std::int32_t, const LayerLines& lines, bool,

@@ -2,6 +2,7 @@
 
 #include "filter/filter.h"
 #include "frame/lanes.h"
+#include "frame/memory.h"
 
 namespace norvala {
 namespace {
@@ -22,12 +23,12 @@ void FilterRow(const BW8* __restrict src, std::int32_t width, Sum* __restrict su
   // A vector of eight sums reads the 20 pixels from 2j - 2; as 16-bit lanes, even columns are the low bytes.
   for (; j <= width / 2 - 9; j += 8) {
     const BW8* p = src + 2 * std::ptrdiff_t{j};
-    const auto left = LoadLanes<U16x8>(p - 2);
-    const auto centre = LoadLanes<U16x8>(p);
-    const auto right = LoadLanes<U16x8>(p + 2);
+    const auto left = LoadUnaligned<U16x8>(p - 2);
+    const auto centre = LoadUnaligned<U16x8>(p);
+    const auto right = LoadUnaligned<U16x8>(p + 2);
     const U16x8 odd = (left >> 8) + (centre >> 8);
     const U16x8 outer = (left & 255) + (right & 255);
-    StoreLanes(sums + j, (centre & 255) * 6 + (odd << 2) + outer);
+    StoreUnaligned(sums + j, (centre & 255) * 6 + (odd << 2) + outer);
   }
   for (; j < count; ++j) sums[j] = RowSum(src, width, 2 * std::int64_t{j});
 }
@@ -40,13 +41,15 @@ V ColumnSum(V above2, V above, V centre, V below, V below2) {
 void CombineRows(const Sum* const (&rows)[5], std::int32_t count, BW8* __restrict dst) {
   std::int32_t j = 0;
   const auto sum = [&](std::int32_t at) {
-    return ColumnSum(LoadLanes<U16x8>(rows[0] + at), LoadLanes<U16x8>(rows[1] + at), LoadLanes<U16x8>(rows[2] + at),
-                     LoadLanes<U16x8>(rows[3] + at), LoadLanes<U16x8>(rows[4] + at));
+    return ColumnSum(LoadUnaligned<U16x8>(rows[0] + at), LoadUnaligned<U16x8>(rows[1] + at),
+                     LoadUnaligned<U16x8>(rows[2] + at), LoadUnaligned<U16x8>(rows[3] + at),
+                     LoadUnaligned<U16x8>(rows[4] + at));
   };
   for (; j <= count - 16; j += 16) {
     const auto low = BitCastLanes<U8x16>(sum(j));
     const auto high = BitCastLanes<U8x16>(sum(j + 8));
-    StoreLanes(dst + j, __builtin_shufflevector(low, high, 1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31));
+    StoreUnaligned(dst + j,
+                   __builtin_shufflevector(low, high, 1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31));
   }
   for (; j < count; ++j) {
     dst[j] = static_cast<BW8>(ColumnSum<std::int32_t>(rows[0][j], rows[1][j], rows[2][j], rows[3][j], rows[4][j]) >> 8);

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "filter/pyramid/mirror.h"
+#include "frame/memory.h"
 #include "frame/status.h"
 #include "frame/types.h"
 

@@ -3,6 +3,7 @@
 #include "filter/filter.h"
 #include "filter/pyramid/step.h"
 #include "frame/lanes.h"
+#include "frame/memory.h"
 
 namespace norvala {
 namespace {
@@ -34,13 +35,13 @@ FLOAT32 TwoSums(FLOAT32 first, FLOAT32 last) { return static_cast<FLOAT32>((doub
 
 // Two floats as doubles.
 F64x2 LoadPair(const Pixel* source) {
-  const F64x2 bits = {LoadLanes<double>(source)};
+  const F64x2 bits = {LoadUnaligned<double>(source)};
   const auto wide = ConvertLanes<F64x4>(BitCastLanes<F32x4>(bits));
   return __builtin_shufflevector(wide, wide, 0, 1);
 }
 
 void StoreFour(Pixel* destination, F64x2 low, F64x2 high) {
-  StoreLanes(destination, ConvertLanes<F32x4>(__builtin_shufflevector(low, high, 0, 1, 2, 3)));
+  StoreUnaligned(destination, ConvertLanes<F32x4>(__builtin_shufflevector(low, high, 0, 1, 2, 3)));
 }
 
 // The sums of a row at its even columns.

@@ -4,6 +4,7 @@
 #include "filter/filter.h"
 #include "filter/separable/tile.h"
 #include "frame/aligned_memory.h"
+#include "frame/memory.h"
 
 // 16-bit pixels are read and written as signed.
 
@@ -21,11 +22,11 @@ struct ShortCodec {
   static constexpr int vectors = 4;
 
   double start = 0.0;
-  F64x2 lowest = F64x2{} + Opaque(-32768.0 * tapScale);
-  F64x2 highest = F64x2{} + Opaque(32767.0 * tapScale);
+  F64x2 lowest = Splat<F64x2>(Opaque(-32768.0 * tapScale));
+  F64x2 highest = Splat<F64x2>(Opaque(32767.0 * tapScale));
 
   void Widen(const void* from, F64x2 (&values)[4]) const {
-    const auto pixels = LoadLanes<I16x8>(from);
+    const auto pixels = LoadUnaligned<I16x8>(from);
     const auto low = BitCastLanes<I32x4>(__builtin_shufflevector(pixels, pixels, 0, 0, 1, 1, 2, 2, 3, 3)) >> 16;
     const auto high = BitCastLanes<I32x4>(__builtin_shufflevector(pixels, pixels, 4, 4, 5, 5, 6, 6, 7, 7)) >> 16;
     ConvertToDoubles(low, values[0], values[1]);
@@ -47,7 +48,7 @@ struct ShortCodec {
       low = HalveRounded(low);
       high = HalveRounded(high);
     }
-    StoreLanes(pixels, EvenLanes(BitCastLanes<U16x8>(low), BitCastLanes<U16x8>(high)));
+    StoreUnaligned(pixels, EvenLanes(BitCastLanes<U16x8>(low), BitCastLanes<U16x8>(high)));
   }
 
   static I64x2 IsNumber(F64x2 values) { return values == values; }

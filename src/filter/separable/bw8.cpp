@@ -2,6 +2,7 @@
 #include "filter/separable/divisor.h"
 #include "filter/separable/narrow.h"
 #include "filter/separable/tile.h"
+#include "frame/memory.h"
 
 namespace norvala {
 namespace {
@@ -49,8 +50,8 @@ struct FloatSums {
 
   float start;
   F32x4 factor;
-  F32x4 lowest = F32x4{} + Opaque(0.0F);
-  F32x4 highest = F32x4{} + Opaque(255.0F);
+  F32x4 lowest = Splat<F32x4>(Opaque(0.0F));
+  F32x4 highest = Splat<F32x4>(Opaque(255.0F));
 
   // Half a unit keeps the quotients of whole sums away from whole numbers by 1 / (2 * divisor), where the errors of the
   // float reciprocal and product, at most 2^-15 in the range of bytes, do not matter. The reciprocal of a power of two
@@ -62,10 +63,10 @@ struct FloatSums {
   void Widen(const void* pixels, F32x4 (&values)[4]) const {
     I32x4 lanes[4];
     if constexpr (direction == Direction::AlongColumn) {
-      const auto fours = LoadLanes<U32x4>(pixels);
+      const auto fours = LoadUnaligned<U32x4>(pixels);
       for (int k = 0; k < 4; ++k) lanes[k] = BitCastLanes<I32x4>(k < 3 ? fours >> (8 * k) & 255 : fours >> 24);
     } else {
-      UnpackBytes(LoadLanes<U8x16>(pixels), lanes);
+      UnpackBytes(LoadUnaligned<U8x16>(pixels), lanes);
     }
     for (int k = 0; k < 4; ++k) values[k] = ConvertLanes<F32x4>(lanes[k]);
   }
@@ -76,9 +77,9 @@ struct FloatSums {
       bytes[k] = ConvertLanes<I32x4>(clamps ? MinLanes(MaxLanes(value, lowest), highest) : value);
     }
     if constexpr (direction == Direction::AlongColumn) {
-      StoreLanes(pixels, bytes[0] | bytes[1] << 8 | bytes[2] << 16 | bytes[3] << 24);
+      StoreUnaligned(pixels, bytes[0] | bytes[1] << 8 | bytes[2] << 16 | bytes[3] << 24);
     } else {
-      StoreLanes(pixels, PackBytes(bytes[0], bytes[1], bytes[2], bytes[3]));
+      StoreUnaligned(pixels, PackBytes(bytes[0], bytes[1], bytes[2], bytes[3]));
     }
   }
 };
@@ -94,8 +95,8 @@ struct DoubleSums {
 
   double start = 0.0;
   F64x2 factor;
-  F64x2 lowest = F64x2{} + Opaque(0.0);
-  F64x2 highest = F64x2{} + Opaque(255.0);
+  F64x2 lowest = Splat<F64x2>(Opaque(0.0));
+  F64x2 highest = Splat<F64x2>(Opaque(255.0));
 
   explicit DoubleSums(std::int32_t divisor) : factor(F64x2{} + static_cast<float>(1.0 / divisor)) {}
 
@@ -132,13 +133,13 @@ struct WrappingSums {
 
   void Widen(const void* pixels, U32x4 (&values)[4]) const {
     I32x4 lanes[4];
-    UnpackBytes(LoadLanes<U8x16>(pixels), lanes);
+    UnpackBytes(LoadUnaligned<U8x16>(pixels), lanes);
     for (int k = 0; k < 4; ++k) values[k] = BitCastLanes<U32x4>(lanes[k]);
   }
   void Narrow(const U32x4 (&sums)[4], void* pixels) const {
     U8x16 bytes{};
     for (int i = 0; i < 16; ++i) bytes[i] = ScaleSum(static_cast<std::int32_t>(sums[i / 4][i % 4]), scale);
-    StoreLanes(pixels, bytes);
+    StoreUnaligned(pixels, bytes);
   }
 };
 

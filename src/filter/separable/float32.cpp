@@ -1,5 +1,6 @@
 #include "filter/filter.h"
 #include "filter/separable/tile.h"
+#include "frame/memory.h"
 
 namespace norvala {
 namespace {
@@ -16,11 +17,11 @@ struct FloatCodec {
 
   void Widen(const void* pixels, F64x2 (&values)[vectors]) const {
     const Unaligned<FLOAT32>* const from = static_cast<const Unaligned<FLOAT32>*>(pixels);
-    for (int k = 0; k < vectors; k += 2) ConvertToDoubles(LoadLanes<F32x4>(from + 2 * k), values[k], values[k + 1]);
+    for (int k = 0; k < vectors; k += 2) ConvertToDoubles(LoadUnaligned<F32x4>(from + 2 * k), values[k], values[k + 1]);
   }
   void Narrow(const F64x2 (&sums)[vectors], void* pixels) const {
     Unaligned<FLOAT32>* const to = static_cast<Unaligned<FLOAT32>*>(pixels);
-    for (int k = 0; k < vectors; k += 2) StoreLanes(to + 2 * k, ConvertFromDoubles<F32x4>(sums[k], sums[k + 1]));
+    for (int k = 0; k < vectors; k += 2) StoreUnaligned(to + 2 * k, ConvertFromDoubles<F32x4>(sums[k], sums[k + 1]));
   }
 };
 

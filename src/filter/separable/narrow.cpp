@@ -4,6 +4,7 @@
 #include <bit>
 
 #include "frame/lanes.h"
+#include "frame/memory.h"
 
 namespace norvala {
 namespace {
@@ -66,8 +67,8 @@ inline void SumGroups(const NarrowRule& rule, const unsigned char* src, std::ptr
   for (int g = 0; g < groups; ++g) {
     const U16x8 even = both[g] - (odd[g] << 8);
     odd[g] += rule.start;
-    StoreLanes(sums + g * kGroup, (even > rule.zero ? even : rule.zero) - rule.zero);
-    StoreLanes(sums + g * kGroup + 8, (odd[g] > rule.zero ? odd[g] : rule.zero) - rule.zero);
+    StoreUnaligned(sums + g * kGroup, (even > rule.zero ? even : rule.zero) - rule.zero);
+    StoreUnaligned(sums + g * kGroup + 8, (odd[g] > rule.zero ? odd[g] : rule.zero) - rule.zero);
   }
 }
 
@@ -95,8 +96,8 @@ inline void FilterStrip(const NarrowRule& rule, const BW8* src, std::ptrdiff_t t
   if (rule.multiplier != 0) MultiplyHigh(sums, groups, rule.multiplier);
   for (int g = 0; g < groups; ++g) {
     const auto most = BitCastLanes<I16x8>(Broadcast(255));
-    auto even = BitCastLanes<I16x8>(LoadLanes<U16x8>(sums + g * kGroup) >> rule.shift);
-    auto odd = BitCastLanes<I16x8>(LoadLanes<U16x8>(sums + g * kGroup + 8) >> rule.shift);
+    auto even = BitCastLanes<I16x8>(LoadUnaligned<U16x8>(sums + g * kGroup) >> rule.shift);
+    auto odd = BitCastLanes<I16x8>(LoadUnaligned<U16x8>(sums + g * kGroup + 8) >> rule.shift);
     even = even < most ? even : most;
     odd = odd < most ? odd : most;
     const I16x8 pairs = even | odd << 8;

@@ -4,6 +4,7 @@
 
 #include "filter/separable/window.h"
 #include "frame/lanes.h"
+#include "frame/memory.h"
 
 namespace norvala {
 
@@ -55,7 +56,7 @@ class SeparableTile {
             } else if (!alongRow) {
               loaded = reach;
               for (int i = 0; i < reach * kColumns; i += kLanes) {
-                StoreLanes(source_ + i, LoadLanes<Vector>(source_ + tileRows * kColumns + i));
+                StoreUnaligned(source_ + i, LoadUnaligned<Vector>(source_ + tileRows * kColumns + i));
               }
             }
             const Part part = {taps, alongRow ? 1 : kColumns, tap == 0, call.kernelSize - tap == taps, isSymmetric};
@@ -130,7 +131,7 @@ class SeparableTile {
   void LoadBlock(const void* pixels, Sum* source) const {
     Vector vectors[kVectors];
     codec_.Widen(pixels, vectors);
-    for (int k = 0; k < kVectors; ++k) StoreLanes(source + k * kLanes, vectors[k]);
+    for (int k = 0; k < kVectors; ++k) StoreUnaligned(source + k * kLanes, vectors[k]);
   }
 
   // Makes a row of pixels, or of sums to be continued. Not inlined, since the loops below need all registers.
@@ -156,7 +157,7 @@ class SeparableTile {
     const int tapStep = direction == Direction::AlongColumn ? kColumns : part.tapStep;
     Vector sum[kSums];
     for (int k = 0; k < kSums; ++k) {
-      sum[k] = part.isFirst ? Vector{} + codec_.start : LoadLanes<Vector>(sums + k * kLanes);
+      sum[k] = part.isFirst ? Vector{} + codec_.start : LoadUnaligned<Vector>(sums + k * kLanes);
     }
     const Vector* tap = taps_;
     if (codec_.isExact && part.isSymmetric) {
@@ -180,7 +181,7 @@ class SeparableTile {
       if (part.isLast) {
         codec_.Narrow(block, static_cast<Pixel*>(pixels) + b * kBlock);
       } else {
-        for (int k = 0; k < kVectors; ++k) StoreLanes(sums + b * kBlock + k * kLanes, block[k]);
+        for (int k = 0; k < kVectors; ++k) StoreUnaligned(sums + b * kBlock + k * kLanes, block[k]);
       }
     }
   }
@@ -189,7 +190,8 @@ class SeparableTile {
   template <Direction direction>
   static Vector At(const Sum* row, int k) {
     const Sum* at = row + k * kLanes;
-    return LoadLanes<Vector>(direction == Direction::AlongColumn ? __builtin_assume_aligned(at, sizeof(Vector)) : at);
+    return LoadUnaligned<Vector>(direction == Direction::AlongColumn ? __builtin_assume_aligned(at, sizeof(Vector))
+                                                                     : at);
   }
 
   template <int sums, class Values>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "frame/memory.h"
 #include "frame/status.h"
 #include "frame/types.h"
 

@@ -1,6 +1,7 @@
 // Exports of the filters and pyramids.
 
 #include "filter/filter.h"
+#include "frame/memory.h"
 #include "norvala.h"
 
 using namespace norvala;

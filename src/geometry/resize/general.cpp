@@ -2,6 +2,7 @@
 
 #include "frame/aligned_memory.h"
 #include "frame/lanes.h"
+#include "frame/memory.h"
 #include "geometry/resize/resize.h"
 #include "geometry/resize/taps.h"
 
@@ -29,7 +30,7 @@ inline V Blend(const V (&pixels)[taps], const V (&weights)[taps - 1]) {
 // Pixels of 4 columns, one after the other in memory for each column, turned into one vector for each tap.
 
 inline void LoadColumns(SrcRow src, const std::int32_t (&first)[4], F32x4 (&pixels)[2]) {
-  const auto pair = [&](int i) { return LoadLanes<double>(src + first[i]); };
+  const auto pair = [&](int i) { return LoadUnaligned<double>(src + first[i]); };
   const auto a = BitCastLanes<F32x4>(F64x2{pair(0), pair(1)});
   const auto b = BitCastLanes<F32x4>(F64x2{pair(2), pair(3)});
   pixels[0] = __builtin_shufflevector(a, b, 0, 2, 4, 6);
@@ -40,10 +41,10 @@ template <int taps>
 inline void LoadColumns(SrcRow src, const std::int32_t (&first)[4], F32x4 (&pixels)[taps]) {
 #pragma GCC unroll 2
   for (int k = 0; k < taps; k += 4) {
-    const auto a = LoadLanes<F32x4>(src + first[0] + k);
-    const auto b = LoadLanes<F32x4>(src + first[1] + k);
-    const auto c = LoadLanes<F32x4>(src + first[2] + k);
-    const auto d = LoadLanes<F32x4>(src + first[3] + k);
+    const auto a = LoadUnaligned<F32x4>(src + first[0] + k);
+    const auto b = LoadUnaligned<F32x4>(src + first[1] + k);
+    const auto c = LoadUnaligned<F32x4>(src + first[2] + k);
+    const auto d = LoadUnaligned<F32x4>(src + first[3] + k);
     const F32x4 ab01 = __builtin_shufflevector(a, b, 0, 4, 1, 5);
     const F32x4 ab23 = __builtin_shufflevector(a, b, 2, 6, 3, 7);
     const F32x4 cd01 = __builtin_shufflevector(c, d, 0, 4, 1, 5);
@@ -86,7 +87,7 @@ class ColumnTaps {
       const Group& group = groups_[g];
       F32x4 pixels[taps];
       LoadColumns(src, group.first, pixels);
-      StoreLanes(dst + std::ptrdiff_t{g} * 4, Blend(pixels, group.weights));
+      StoreUnaligned(dst + std::ptrdiff_t{g} * 4, Blend(pixels, group.weights));
     }
     ResampleBorder(src, dst, insideEnd_ * 4, columns_.extent);
   }
@@ -124,8 +125,8 @@ void BlendRows(const SrcRow (&rows)[taps], const float (&weights)[taps - 1], Dst
   for (; x + 4 <= count; x += 4) {
     F32x4 pixels[taps];
 #pragma GCC unroll 8
-    for (int k = 0; k < taps; ++k) pixels[k] = LoadLanes<F32x4>(rows[k] + x);
-    StoreLanes(dst + x, Blend(pixels, lanes));
+    for (int k = 0; k < taps; ++k) pixels[k] = LoadUnaligned<F32x4>(rows[k] + x);
+    StoreUnaligned(dst + x, Blend(pixels, lanes));
   }
   for (; x < count; ++x) {
     FLOAT32 pixels[taps];

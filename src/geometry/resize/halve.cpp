@@ -1,6 +1,7 @@
 #include <cstdint>
 
 #include "frame/lanes.h"
+#include "frame/memory.h"
 #include "geometry/resize/resize.h"
 
 namespace norvala {
@@ -21,12 +22,12 @@ bool HalveRow(SrcRow upper, SrcRow lower, DstRow dst, std::ptrdiff_t extent) {
   F32x4 total = {};
   std::ptrdiff_t x = 0;
   for (; x + 4 <= extent; x += 4) {
-    const auto left = LoadLanes<F32x4>(upper + 2 * x) + LoadLanes<F32x4>(lower + 2 * x);
-    const auto right = LoadLanes<F32x4>(upper + 2 * x + 4) + LoadLanes<F32x4>(lower + 2 * x + 4);
+    const auto left = LoadUnaligned<F32x4>(upper + 2 * x) + LoadUnaligned<F32x4>(lower + 2 * x);
+    const auto right = LoadUnaligned<F32x4>(upper + 2 * x + 4) + LoadUnaligned<F32x4>(lower + 2 * x + 4);
     const F32x4 sum =
         __builtin_shufflevector(left, right, 0, 2, 4, 6) + __builtin_shufflevector(left, right, 1, 3, 5, 7);
     total += sum;
-    StoreLanes(dst + x, sum * 0.25F);
+    StoreUnaligned(dst + x, sum * 0.25F);
   }
   for (; x < extent; ++x) dst[x] = MeanOfFour(upper + 2 * x, lower + 2 * x);
   total -= total;

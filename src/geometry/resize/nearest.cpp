@@ -2,6 +2,7 @@
 
 #include "frame/aligned_memory.h"
 #include "frame/lanes.h"
+#include "frame/memory.h"
 #include "geometry/resize/resize.h"
 #include "geometry/resize/taps.h"
 
@@ -14,7 +15,7 @@ using DstRow = Unaligned<BW32>*;
 void GatherRow(SrcRow src, const std::int32_t* columns, DstRow dst, std::ptrdiff_t extent) {
   std::ptrdiff_t x = 0;
   for (; x + 4 <= extent; x += 4) {
-    StoreLanes(dst + x, U32x4{src[columns[x]], src[columns[x + 1]], src[columns[x + 2]], src[columns[x + 3]]});
+    StoreUnaligned(dst + x, U32x4{src[columns[x]], src[columns[x + 1]], src[columns[x + 2]], src[columns[x + 3]]});
   }
   for (; x < extent; ++x) dst[x] = src[columns[x]];
 }

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "frame/aligned_memory.h"
+#include "frame/memory.h"
 #include "geometry/resize/resize.h"
 
 // The reduction: the mean over the area that a destination pixel covers in the source. The rows of a footprint are

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "frame/memory.h"
 #include "geometry/geometry.h"
 #include "geometry/quadrilateral.h"
 #include "geometry/resize/resize.h"

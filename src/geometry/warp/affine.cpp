@@ -1,5 +1,6 @@
 #include <cmath>
 
+#include "frame/memory.h"
 #include "geometry/geometry.h"
 #include "geometry/warp/affine_rows.h"
 #include "geometry/warp/request.h"
@@ -45,7 +46,7 @@ StatusCode WarpAffine(const void* src, RegionSize srcSize, std::int32_t srcStep,
                       std::int32_t interpolation) {
   const WarpRequest request = {src, srcSize, srcStep, srcRegion, dst, dstStep, dstRegion, depth, interpolation};
   if (const StatusCode status = request.Check(); status != StatusCode::Success) return status;
-  const auto forward = LoadLanes<AffineCoefficients>(coefficients);
+  const auto forward = LoadUnaligned<AffineCoefficients>(coefficients);
   if (IsSingular(forward)) return StatusCode::BadCoefficients;
   if (request.SourceRegionMissesImage()) return StatusCode::NoSourceOverlap;
   const Rect region = request.EffectiveRegion();

@@ -1,11 +1,12 @@
 #include "geometry/warp/quad_checks.h"
+#include "frame/memory.h"
 
 namespace norvala {
 
 StatusCode CheckQuadWarp(const WarpRequest& request, const double* srcQuad, const double* dstQuad, QuadPair& quads) {
   if (const StatusCode status = request.Check(); status != StatusCode::Success) return status;
-  quads.source = LoadLanes<Quadrilateral>(srcQuad);
-  quads.destination = LoadLanes<Quadrilateral>(dstQuad);
+  quads.source = LoadUnaligned<Quadrilateral>(srcQuad);
+  quads.destination = LoadUnaligned<Quadrilateral>(dstQuad);
   const int turn = ClassifyQuadrilateral(quads.destination);
   if (ClassifyQuadrilateral(quads.source) < 0 || turn < 0) return StatusCode::BadQuadrilateral;
   if (request.SourceRegionMissesImage()) return StatusCode::NoSourceOverlap;

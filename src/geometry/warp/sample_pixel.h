@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "frame/memory.h"
 #include "frame/types.h"
 #include "geometry/warp/sampling.h"
 

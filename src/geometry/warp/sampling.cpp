@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstring>
 
+#include "frame/memory.h"
 #include "geometry/warp/sample_pixel.h"
 
 namespace norvala {
@@ -44,13 +45,6 @@ inline F64x2 Odd(F64x2 a, F64x2 b) { return __builtin_shufflevector(a, b, 1, 3);
 // Truncated, for lanes from 0 to 2^31.
 inline F64Pair Whole(F64x2 low, F64x2 high) { return ToDouble(BitCastLanes<U32x4>(Truncate(low, high))); }
 
-template <class T>
-inline T LoadAt(const char* address) {
-  T value;
-  std::memcpy(&value, address, sizeof value);
-  return value;
-}
-
 // The vectorised loops take runs of positions inside the kernel's interior, in groups of four. They go through a run in
 // several short passes: one long chain of operations for each pixel would leave the processor waiting.
 constexpr std::int32_t kGroup = 4;
@@ -70,7 +64,7 @@ class Addresses {
   void Set(std::int32_t k, F64x2 x, F64x2 y) { offsets_[k / 2] = y * step_ + (x * pixelBytes_ + kBias); }
 
   const char* operator[](std::int32_t k) const {
-    const auto bits = LoadAt<std::uint64_t>(reinterpret_cast<const char*>(offsets_) + std::ptrdiff_t{k} * 8);
+    const auto bits = LoadUnaligned<std::uint64_t>(reinterpret_cast<const char*>(offsets_) + std::ptrdiff_t{k} * 8);
     return reinterpret_cast<const char*>(origin_ + static_cast<std::uintptr_t>(bits));
   }
 
@@ -123,8 +117,8 @@ struct Nearest {
       for (std::int32_t i = 0; i < kGroup; ++i) {
         const std::ptrdiff_t x = whole[i / 2][i % 2 * 2];
         const std::ptrdiff_t y = whole[i / 2][i % 2 * 2 + 1];
-        to[k + i] = LoadAt<Bits>(static_cast<const char*>(source.pixels) + y * source.step +
-                                 x * static_cast<std::ptrdiff_t>(sizeof(T)));
+        to[k + i] = LoadUnaligned<Bits>(static_cast<const char*>(source.pixels) + y * source.step +
+                                        x * static_cast<std::ptrdiff_t>(sizeof(T)));
       }
     }
   }
@@ -141,8 +135,8 @@ inline void LoadCells(const BW8*, const Addresses& of, std::int32_t first, std::
   U16x8 bottom = {};
   for (std::int32_t k = 0; k < kGroup; ++k) {
     const char* from = of[first + k];
-    top[k] = LoadAt<std::uint16_t>(from);
-    bottom[k] = LoadAt<std::uint16_t>(from + step);
+    top[k] = LoadUnaligned<std::uint16_t>(from);
+    bottom[k] = LoadUnaligned<std::uint16_t>(from + step);
   }
   const auto all = BitCastLanes<U32x4>(__builtin_shufflevector(top, bottom, 0, 8, 1, 9, 2, 10, 3, 11));
   const F64Pair topLeft = ToBiasedDouble(all & 255);
@@ -160,8 +154,8 @@ inline void LoadCells(const FLOAT32*, const Addresses& of, std::int32_t first, s
     // Two neighbours travel as the bits of a double.
     const char* a = of[first + 2 * k];
     const char* b = of[first + 2 * k + 1];
-    const auto top = BitCastLanes<F32x4>(F64x2{LoadAt<double>(a), LoadAt<double>(b)});
-    const auto bottom = BitCastLanes<F32x4>(F64x2{LoadAt<double>(a + step), LoadAt<double>(b + step)});
+    const auto top = BitCastLanes<F32x4>(F64x2{LoadUnaligned<double>(a), LoadUnaligned<double>(b)});
+    const auto bottom = BitCastLanes<F32x4>(F64x2{LoadUnaligned<double>(a + step), LoadUnaligned<double>(b + step)});
     const F64Pair t = ToDouble(__builtin_shufflevector(top, top, 0, 2, 1, 3));
     const F64Pair u = ToDouble(__builtin_shufflevector(bottom, bottom, 0, 2, 1, 3));
     cells[k] = {t.low, t.high - t.low, u.low, u.high - u.low};
@@ -191,7 +185,7 @@ struct Linear {
       if constexpr (sizeof(T) == 1) {
         StorePixels(Truncate(results[0], results[1]), dst + k);
       } else {
-        StoreLanes(dst + k, ToFloat(results[0], results[1]));
+        StoreUnaligned(dst + k, ToFloat(results[0], results[1]));
       }
     }
   }
@@ -227,8 +221,8 @@ void Cubic<FLOAT32>::SampleRun(const SourceImage& source, const Position* p, std
     const char* b = places.of[2 * k + 1] + first;
     Prefetch(a, source.ahead);
     const auto weighRow = [&, w = weights[k].x](std::ptrdiff_t offset) {
-      const auto left = LoadAt<F32x4>(a + offset);
-      const auto right = LoadAt<F32x4>(b + offset);
+      const auto left = LoadUnaligned<F32x4>(a + offset);
+      const auto right = LoadUnaligned<F32x4>(b + offset);
       const F64Pair p01 = ToDouble(__builtin_shufflevector(left, right, 0, 4, 1, 5));
       const F64Pair p23 = ToDouble(__builtin_shufflevector(left, right, 2, 6, 3, 7));
       return w[0] * p01.low + w[1] * p01.high + w[2] * p23.low + w[3] * p23.high;
@@ -237,7 +231,7 @@ void Cubic<FLOAT32>::SampleRun(const SourceImage& source, const Position* p, std
     sums[k] = w[0] * weighRow(0) + w[1] * weighRow(source.step) + w[2] * weighRow(2 * source.step) +
               w[3] * weighRow(3 * source.step);
   }
-  for (std::int32_t k = 0; k < count; k += kGroup) StoreLanes(dst + k, ToFloat(sums[k / 2], sums[k / 2 + 1]));
+  for (std::int32_t k = 0; k < count; k += kGroup) StoreUnaligned(dst + k, ToFloat(sums[k / 2], sums[k / 2 + 1]));
 }
 
 // Four pixels to a vector of floats. Inside the block the weights of a direction add up to 1.25 at most in magnitude;
@@ -259,7 +253,7 @@ void Cubic<BW8>::SampleRun(const SourceImage& source, const Position* p, std::in
   for (std::int32_t k = 0; k < count; k += kGroup) {
     const char* const from[kGroup] = {places.of[k], places.of[k + 1], places.of[k + 2], places.of[k + 3]};
     const auto weighRow = [&, w = weights[k / kGroup].x](std::ptrdiff_t offset) {
-      const auto load = [&](int i) { return LoadAt<std::uint32_t>(from[i] + offset); };
+      const auto load = [&](int i) { return LoadUnaligned<std::uint32_t>(from[i] + offset); };
       const U32x4 row = {load(0), load(1), load(2), load(3)};
       const auto toFloat = [](U32x4 v) { return ConvertLanes<F32x4>(BitCastLanes<I32x4>(v)); };
       return w[0] * toFloat(row & 255) + w[1] * toFloat(row >> 8 & 255) + w[2] * toFloat(row >> 16 & 255) +

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "frame/lanes.h"
+#include "frame/memory.h"
 #include "frame/types.h"
 #include "geometry/quadrilateral.h"
 

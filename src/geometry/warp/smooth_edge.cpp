@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "frame/memory.h"
 #include "geometry/warp/polygon.h"
 #include "geometry/warp/sample_pixel.h"
 
