@@ -3,6 +3,12 @@
 #include <cstdint>
 #include <type_traits>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+#include "frame/memory.h"
+
 // Names for the compilers' generic vector types, where a plain loop stays behind what the vectoriser can do: the same
 // source for GCC and Clang on every processor. Arithmetic, comparison, shifts and the ?: selection work lane by lane.
 
@@ -123,6 +129,63 @@ inline U16x8 EvenLanes(U16x8 a, U16x8 b) {
   const U32x4 even = __builtin_shufflevector(wideA, wideB, 0, 2, 4, 6);
   const U32x4 odd = __builtin_shufflevector(wideA, wideB, 1, 3, 5, 7);
   return BitCastLanes<U16x8>((even & 0xFFFFU) | (odd << 16));
+}
+
+// ---- Operations that generic vectors lack ----
+//
+// The portable body is the rule. Where the processor has the very operation as one instruction that compilers do not
+// make of that body, it stands beside it.
+
+// The products of corresponding lanes, neighbours added: a[0] * b[0] + a[1] * b[1] and so on, modulo 2^32.
+inline I32x4 MultiplyAddPairs(I16x8 a, I16x8 b) {
+#if defined(__SSE2__)
+  return reinterpret_cast<I32x4>(_mm_madd_epi16(reinterpret_cast<__m128i>(a), reinterpret_cast<__m128i>(b)));
+#else
+  using I32x8 = Lanes<std::int32_t, 8>;
+  using U32x8 = Lanes<std::uint32_t, 8>;
+  const auto products = BitCastLanes<U32x8>(ConvertLanes<I32x8>(a) * ConvertLanes<I32x8>(b));
+  return BitCastLanes<I32x4>(__builtin_shufflevector(products, products, 0, 2, 4, 6) +
+                             __builtin_shufflevector(products, products, 1, 3, 5, 7));
+#endif
+}
+
+// The high halves of the products of corresponding lanes.
+inline U16x8 HighProducts(U16x8 a, U16x8 b) {
+#if defined(__SSE2__)
+  return reinterpret_cast<U16x8>(_mm_mulhi_epu16(reinterpret_cast<__m128i>(a), reinterpret_cast<__m128i>(b)));
+#else
+  using U32x8 = Lanes<std::uint32_t, 8>;
+  return ConvertLanes<U16x8>(ConvertLanes<U32x8>(a) * ConvertLanes<U32x8>(b) >> 16);
+#endif
+}
+
+// The lanes of `a`, then those of `b`, each limited to what the narrower lane holds.
+inline I16x8 PackSaturated(I32x4 a, I32x4 b) {
+#if defined(__SSE2__)
+  return reinterpret_cast<I16x8>(_mm_packs_epi32(reinterpret_cast<__m128i>(a), reinterpret_cast<__m128i>(b)));
+#else
+  auto v = __builtin_shufflevector(a, b, 0, 1, 2, 3, 4, 5, 6, 7);
+  v = MinLanes(MaxLanes(v, Splat<decltype(v)>(INT16_MIN)), Splat<decltype(v)>(INT16_MAX));
+  return ConvertLanes<I16x8>(v);
+#endif
+}
+inline U8x16 PackSaturated(I16x8 a, I16x8 b) {
+#if defined(__SSE2__)
+  return reinterpret_cast<U8x16>(_mm_packus_epi16(reinterpret_cast<__m128i>(a), reinterpret_cast<__m128i>(b)));
+#else
+  auto v = __builtin_shufflevector(a, b, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
+  v = MinLanes(MaxLanes(v, Splat<decltype(v)>(0)), Splat<decltype(v)>(255));
+  return ConvertLanes<U8x16>(v);
+#endif
+}
+
+// Two floats at an address as doubles.
+inline F64x2 LoadFloatsAsDoubles(const void* source) {
+#if defined(__SSE2__)
+  return reinterpret_cast<F64x2>(_mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(static_cast<const __m128i*>(source)))));
+#else
+  return ConvertLanes<F64x2>(LoadUnaligned<Lanes<float, 2>>(source));
+#endif
 }
 
 // Rows to columns of four vectors of four.
