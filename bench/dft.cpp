@@ -1,5 +1,11 @@
 #include "bench.h"
 
+#ifdef __GLIBC__
+#include <malloc.h>
+
+#include <climits>
+#endif
+
 #ifdef NORVALA_BENCH_FFTW
 #include <fftw3.h>
 #endif
@@ -32,6 +38,20 @@ void AddDftRows() {
     };
   };
   Row composite("DFTFwdFLOAT32", ours, {{64, 64}, {512, 512}, {1024, 1024}, {1000, 1000}, {1920, 1080}});
+#ifdef __GLIBC__
+  // The temporary image of every call comes fresh from the system, as in a 32-bit host whose heap gives large blocks
+  // back.
+  Row("DFTFwdFLOAT32/fresh-pages",
+      [ours](Size s) -> Work {
+        return [work = ours(s)] {
+          mallopt(M_MMAP_MAX, INT_MAX);
+          mallopt(M_MMAP_THRESHOLD, 128 * 1024);
+          work();
+          mallopt(M_MMAP_MAX, 0);
+        };
+      },
+      {{512, 512}, {1920, 1080}});
+#endif
   Row prime("DFTFwdFLOAT32", ours, {{1009, 1009}, {1021, 1021}});
 #ifdef NORVALA_BENCH_OPENCV
   composite.Peer("opencv", [](Size s) -> Work {

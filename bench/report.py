@@ -1,4 +1,4 @@
-"""Makes index.html from the measurements in a folder: charts and tables of peer time / our time.
+"""Makes index.html from the measurements in a folder: means, rows behind, charts and tables of peer time / our time.
 
 usage: report.py FOLDER        (reads FOLDER/linux64.json and FOLDER/linux32.json)
        report.py FOLDER --docs DOCS  writes the table into DOCS/performance.md and the charts into DOCS/pictures instead
@@ -13,6 +13,7 @@ import sys
 BUILDS = {"linux64": "64-bit build beside 64-bit peers", "linux32": "32-bit build beside 32-bit peers"}
 OURS = "norvala"
 USUAL_SIZES = {"64x64", "512x512", "1920x1080"}
+GROWTH_SIZE = "3840x2160"  # only in the charts of how time grows, and in the tables
 ONE_PIXEL = "1x1"
 STYLE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "docs", "style.css")
 
@@ -49,7 +50,83 @@ def comparisons(rows):
 
 
 def largest_sizes(rows):
-    return {row: max(sizes, key=pixels) for row, sizes in rows.items()}
+    return {row: max(sizes.keys() - {GROWTH_SIZE} or sizes, key=pixels) for row, sizes in rows.items()}
+
+
+def at_largest_sizes(rows):
+    """{(row, peer): ratio} at the largest size of each row."""
+    largest = largest_sizes(rows)
+    return {(row, who): peer / ours for row, size, who, ours, peer in comparisons(rows) if size == largest[row]}
+
+
+def geometric_mean(ratios):
+    return math.exp(sum(map(math.log, ratios)) / len(ratios)) if ratios else math.nan
+
+
+def across(builds):
+    """The 32-bit build beside the 64-bit peers: {(row, peer): ratio} at the largest size of each row."""
+    ours, theirs = builds.get("linux32", {}), builds.get("linux64", {})
+    return {(row, who): peer / ours[row][size][OURS]
+            for row, size, who, _, peer in comparisons(theirs)
+            if size == largest_sizes(theirs)[row] and OURS in ours.get(row, {}).get(size, {})}
+
+
+def means(builds):
+    """[(what is compared, geometric mean, rows, {row behind: ratio})]"""
+    compared = [(BUILDS[name], at_largest_sizes(rows)) for name, rows in builds.items()]
+    if len(builds) == 2:
+        compared.append(("32-bit build beside 64-bit peers", across(builds)))
+    return [(what, geometric_mean(ratios.values()), len(ratios),
+             {key: ratio for key, ratio in sorted(ratios.items(), key=lambda item: item[1]) if ratio < 1})
+            for what, ratios in compared if ratios]
+
+
+def summary(builds):
+    lines = ['<table><tr><th>Compared<th class="number">Geometric mean<th class="number">Rows'
+             '<th class="number">Behind']
+    details = []
+    for what, mean, rows, behind in means(builds):
+        lines.append(f'<tr><td>{what}<td class="number">{mean:.2f}<td class="number">{rows}'
+                     f'<td class="number">{len(behind)}')
+        items = "".join(f'<tr><td>{html.escape(row)} <span class="quiet">/ {html.escape(who)}</span>'
+                        f'<td class="number">{ratio:.2f}' for (row, who), ratio in behind.items())
+        if items:
+            details.append(f"<details open><summary>Behind: {what} ({len(behind)})</summary><table>{items}</table></details>")
+    return "\n".join(lines + ["</table>"] + details)
+
+
+def growth(rows):
+    """Small charts of nanoseconds a pixel from the smallest to the largest size, ours and the first peer's."""
+    width, height, left, bottom = 250, 130, 34, 112
+    charts = []
+    for row, sizes in rows.items():
+        if GROWTH_SIZE not in sizes:
+            continue
+        names = [size for size in ("64x64", "512x512", "1920x1080", GROWTH_SIZE) if size in sizes]
+        peer = next((who for who in sizes[GROWTH_SIZE] if who != OURS), None)
+        curves = [(who, [sizes[size][who] / pixels(size) for size in names if who in sizes[size]])
+                  for who in (peer, OURS) if who]
+        top = max(max(values) for _, values in curves) * 1.1
+        end = math.log(pixels(GROWTH_SIZE) / pixels(names[0]))
+        places = [left + (width - left - 18) * math.log(pixels(size) / pixels(names[0])) / end for size in names]
+        parts = [f'<text x="{left - 4}" y="14" text-anchor="end">{top:.2g}</text>'
+                 f'<text x="{left - 4}" y="{bottom}" text-anchor="end">0</text>'
+                 f'<path d="M{left} 6V{bottom}H{width - 6}" fill="none" stroke="var(--line)"/>']
+        for x, size in zip(places, names):
+            parts.append(f'<text x="{x:.0f}" y="{bottom + 14}" text-anchor="middle">{size.split("x")[0]}</text>')
+        for who, values in curves:
+            points = [(x, bottom - (bottom - 8) * value / top) for x, value in zip(places, values)]
+            colour, dash = ("var(--good)", "") if who == OURS else ("var(--quiet)", ' stroke-dasharray="4 3"')
+            parts.append(f'<polyline points="{" ".join(f"{x:.1f},{y:.1f}" for x, y in points)}" fill="none" '
+                         f'stroke="{colour}" stroke-width="2"{dash}/>')
+            if who == OURS:
+                parts += [f'<circle cx="{x:.1f}" cy="{y:.1f}" r="3" fill="{colour}"><title>{size}: {value:.3f} ns a '
+                          f"pixel</title></circle>" for (x, y), size, value in zip(points, names, values)]
+        beside = f' <span class="quiet">beside {html.escape(peer)}</span>' if peer else ""
+        charts.append(f'<figure><figcaption>{html.escape(row)}{beside}</figcaption>'
+                      f'<svg viewBox="0 0 {width} {height}" role="img" aria-label="{html.escape(row)}">'
+                      f'{"".join(parts)}</svg></figure>')
+    return f'<div class="growth">{"".join(charts)}</div>' if charts else ""
 
 
 def span(ratio):
@@ -108,12 +185,19 @@ def page(builds, context):
 <style>
 {style}</style>
 <h1>Norvala benchmarks</h1>
-<p>Peer time divided by our time, for the same work in one run on one thread: right of the line, above 1, Norvala is
-ahead. The scale is logarithmic, from a quarter to eight. Each time is the least processor time of several repetitions.
-The bars show the largest size measured; the tables show all.</p>
-<p class="quiet">{html.escape(context)}</p>"""]
+<p>Peer time divided by our time, for the same work in one run on one thread: above 1, Norvala is ahead. Each time is
+the least processor time of several repetitions.</p>
+<p class="quiet">{html.escape(context)}</p>
+{summary(builds)}"""]
     for name, rows in builds.items():
-        parts.append(f"<h2>{BUILDS[name]}</h2>\n{chart(rows)}\n<h3>All sizes</h3>\n{table(rows)}")
+        charts = growth(rows)
+        if charts:
+            parts.append(f"<h2>How time grows: {BUILDS[name]}</h2>\n<p>Nanoseconds a pixel over the width of the image, "
+                         f"from 64x64 to 3840x2160; dashed, the peer.</p>\n{charts}")
+    for name, rows in builds.items():
+        parts.append(f"<h2>Every row: {BUILDS[name]}</h2>\n<p>At the largest usual size. Right of the line, Norvala is "
+                     f"ahead; the scale is logarithmic, from a quarter to eight.</p>\n{chart(rows)}\n"
+                     f"<h3>All sizes</h3>\n{table(rows)}")
     return "\n".join(parts) + "\n"
 
 
@@ -137,7 +221,9 @@ def markdown(builds):
         for row, sizes in rows.items():
             if ONE_PIXEL in sizes:
                 calls.setdefault((row,), {})[name] = f"{sizes[ONE_PIXEL][OURS]:.1f}"
-    return (markdown_table(["work", "size", "peer"], ratios)
+    lines = "".join(f"| {what} | {mean:.2f} | {rows} | {len(behind)} |\n" for what, mean, rows, behind in means(builds))
+    return (f"| compared, at the largest size | geometric mean | rows | behind |\n|---|---:|---:|---:|\n{lines}\n"
+            + markdown_table(["work", "size", "peer"], ratios)
             + "\nOne call on one pixel, in nanoseconds; the first line is what the measuring itself takes.\n\n"
             + markdown_table(["call"], calls))
 
@@ -181,7 +267,9 @@ def main():
         sys.exit(f"report.py: no measurements in {folder}")
     with open(files[next(iter(builds))], encoding="utf-8") as stream:
         machine = json.load(stream)["context"]
-    context = f"{machine['date'][:10]}, {machine['num_cpus']} processors at {machine['mhz_per_cpu']} MHz"
+    context = (f"{machine['date'][:10]}, {machine.get('processor', 'unknown processor')} "
+               f"({machine['num_cpus']} processors), {machine.get('compiler', 'unknown compiler')}; "
+               f"peers: {machine.get('peers', 'none')}")
     if "--docs" in sys.argv[2:]:
         write_docs(builds, context, sys.argv[3])
         return
