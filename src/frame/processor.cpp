@@ -1,8 +1,12 @@
 #include "frame/processor.h"
 
+#if defined(__i386__) || defined(__x86_64__)
 #include <cpuid.h>
+#endif
 
+#include <algorithm>
 #include <cstring>
+#include <string_view>
 
 namespace norvala {
 
@@ -10,15 +14,12 @@ std::int32_t ProcessorLevel = 0;
 
 namespace {
 
-constexpr std::string_view kVerifiedVendor = "GenuineIntel";
+// Whether the processor is of the vendor that the table of codes was made for.
+bool IsVerified(const ProcessorIdentity& identity) {
+  return identity.identificationFlag && std::string_view(identity.vendor) == "GenuineIntel";
+}
 
 constexpr bool HasBit(std::uint32_t word, int bit) { return (word >> bit & 1) != 0; }
-
-ProcessorLeaf ReadLeaf(std::uint32_t leaf, std::uint32_t subleaf) {
-  ProcessorLeaf result{};
-  __cpuid_count(leaf, subleaf, result.eax, result.ebx, result.ecx, result.edx);
-  return result;
-}
 
 // A family that the verified vendor's rows do not name, or any other vendor.
 std::int32_t ClassifyByFeatures(const ProcessorFeatures& features) {
@@ -66,22 +67,42 @@ ProcessorFeatures ReadProcessorFeatures(ProcessorLeafReader read) {
   return features;
 }
 
-ProcessorIdentity IdentifyProcessor() {
+#if defined(__i386__) || defined(__x86_64__)
+
+ProcessorLeafReader* IdentificationInstruction() {
+  // The compiler's query gives a highest leaf of 0 both for a processor that says so and for one that cannot toggle the
+  // identification flag; only the former also writes the first word of the vendor's name.
+  std::uint32_t vendorWord = 0;
+  if (__get_cpuid_max(0, &vendorWord) == 0 && vendorWord == 0) return nullptr;
+  return [](std::uint32_t leaf, std::uint32_t subleaf) {
+    ProcessorLeaf result{};
+    __cpuid_count(leaf, subleaf, result.eax, result.ebx, result.ecx, result.edx);
+    return result;
+  };
+}
+
+#else
+
+ProcessorLeafReader* IdentificationInstruction() { return nullptr; }
+
+#endif
+
+ProcessorIdentity IdentifyProcessor(ProcessorLeafReader* read) {
   ProcessorIdentity identity{};
-  // Before it reads anything, the compiler's query toggles the identification flag where the processor may lack it.
-  identity.identificationFlag = __get_cpuid_max(0, nullptr) != 0;
-  if (!identity.identificationFlag) return identity;
-  const ProcessorLeaf leaf0 = ReadLeaf(0, 0);
+  if (read == nullptr) return identity;
+  identity.identificationFlag = true;
+  const ProcessorLeaf leaf0 = read(0, 0);
   std::memcpy(identity.vendor, &leaf0.ebx, 4);
   std::memcpy(identity.vendor + 4, &leaf0.edx, 4);
   std::memcpy(identity.vendor + 8, &leaf0.ecx, 4);
-  identity.features = ReadProcessorFeatures(ReadLeaf);
+  identity.features = ReadProcessorFeatures(read);
   return identity;
 }
 
-std::int32_t ClassifyProcessor(bool identificationFlag, std::string_view vendor, const ProcessorFeatures& features) {
-  if (!identificationFlag) return 0;
-  if (vendor == kVerifiedVendor) {
+std::int32_t DetectProcessorCode(const ProcessorIdentity& identity) {
+  const ProcessorFeatures& features = identity.features;
+  if (!identity.identificationFlag) return 0;
+  if (IsVerified(identity)) {
     switch (features.family) {
       case 5:
         return features.mmx ? 2 : 1;
@@ -132,11 +153,6 @@ std::int32_t LevelOfProcessorCode(std::int32_t code) {
   }
 }
 
-std::int32_t DetectProcessorCode() {
-  const ProcessorIdentity identity = IdentifyProcessor();
-  return ClassifyProcessor(identity.identificationFlag, identity.vendor, identity.features);
-}
-
 StatusCode SelectProcessorLevel(std::int32_t code) {
   const std::int32_t level = LevelOfProcessorCode(code);
   if (level < 0) return StatusCode::UnknownProcessorCode;
@@ -144,14 +160,9 @@ StatusCode SelectProcessorLevel(std::int32_t code) {
   return StatusCode::Success;
 }
 
-StatusCode SelectProcessorLevelFor(const ProcessorIdentity& identity) {
-  const bool verified = identity.identificationFlag && identity.vendor == kVerifiedVendor;
-  const std::int32_t code = ClassifyProcessor(identity.identificationFlag, identity.vendor, identity.features);
-  const std::int32_t level = LevelOfProcessorCode(code);
-  ProcessorLevel = level < 0 ? 0 : level;
-  return verified ? StatusCode::Success : StatusCode::ProcessorNotVerified;
+StatusCode SelectProcessorLevelAuto(const ProcessorIdentity& identity) {
+  ProcessorLevel = std::max(LevelOfProcessorCode(DetectProcessorCode(identity)), std::int32_t{0});
+  return IsVerified(identity) ? StatusCode::Success : StatusCode::ProcessorNotVerified;
 }
-
-StatusCode SelectProcessorLevelAuto() { return SelectProcessorLevelFor(IdentifyProcessor()); }
 
 }  // namespace norvala

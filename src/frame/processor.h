@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 
 #include "frame/dispatch.h"
 
@@ -26,7 +25,7 @@ struct ProcessorFeatures {
   std::uint32_t coresPerPackage;
 };
 
-// The running processor as seen by the selection: nothing but the flag is valid when it cannot be toggled.
+// A processor as seen by the selection: nothing but the flag is valid when it cannot be toggled.
 struct ProcessorIdentity {
   bool identificationFlag;  // bit 21 of the flags register can be toggled
   char vendor[13];          // leaf 0, zero-terminated
@@ -39,27 +38,25 @@ struct ProcessorLeaf {
 };
 using ProcessorLeafReader = ProcessorLeaf(std::uint32_t leaf, std::uint32_t subleaf);
 
-ProcessorFeatures ReadProcessorFeatures(ProcessorLeafReader read);
-ProcessorIdentity IdentifyProcessor();
+// The running processor's identification instruction; null where it has none.
+ProcessorLeafReader* IdentificationInstruction();
 
-// Classification as a pure function of the identity.
-std::int32_t ClassifyProcessor(bool identificationFlag, std::string_view vendor, const ProcessorFeatures& features);
+ProcessorFeatures ReadProcessorFeatures(ProcessorLeafReader read);
+ProcessorIdentity IdentifyProcessor(ProcessorLeafReader* read = IdentificationInstruction());
+
+// The code of a processor, by default of the running one.
+std::int32_t DetectProcessorCode(const ProcessorIdentity& identity = IdentifyProcessor());
 
 // Level of a processor code, or -1 for a code outside the table.
 std::int32_t LevelOfProcessorCode(std::int32_t code);
-
-// Code of the running processor.
-std::int32_t DetectProcessorCode();
 
 // Sets ProcessorLevel from a code. An unknown code gives UnknownProcessorCode and leaves the level alone.
 // Not to be called while other threads run primitives.
 StatusCode SelectProcessorLevel(std::int32_t code);
 
-// Sets ProcessorLevel for an identity: level 0 for a code outside the table, ProcessorNotVerified when there is no
-// identification or the vendor is not the one that the table was made for. The level is set in every case.
-StatusCode SelectProcessorLevelFor(const ProcessorIdentity& identity);
-
-// The same for the running processor.
-StatusCode SelectProcessorLevelAuto();
+// Sets ProcessorLevel for a processor, by default the running one: level 0 for a code outside the table. Gives
+// ProcessorNotVerified when there is no identification or the vendor is not the one that the table was made for; the
+// level is set in every case.
+StatusCode SelectProcessorLevelAuto(const ProcessorIdentity& identity = IdentifyProcessor());
 
 }  // namespace norvala

@@ -1,15 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <string_view>
 #include <utility>
 
 #include "frame/processor.h"
 
 namespace norvala {
 namespace {
-
-constexpr const char* kVerified = "GenuineIntel";
-constexpr const char* kOther = "OtherVendor.";
 
 // Puts the level back after a test that selects.
 class LevelKeeper {
@@ -53,14 +51,14 @@ TEST(ProcessorCodeTest, NamesEveryRow) {
                                                              {wide4, 33},
                                                              {Features(6, 4), 33}};
   for (const auto& [features, code] : rows) {
-    EXPECT_EQ(ClassifyProcessor(true, kVerified, features), code);
-    EXPECT_EQ(ClassifyProcessor(false, kVerified, features), 0);
+    EXPECT_EQ(DetectProcessorCode({true, "GenuineIntel", features}), code);
+    EXPECT_EQ(DetectProcessorCode({false, "GenuineIntel", features}), 0);
   }
   // Other families and other vendors go by the instruction sets.
   const std::int32_t codes[] = {0, 64, 65, 66, 33};
   for (int simd = 0; simd <= 4; ++simd) {
-    EXPECT_EQ(ClassifyProcessor(true, kVerified, Features(4, simd)), codes[simd]);
-    EXPECT_EQ(ClassifyProcessor(true, kOther, Features(6, simd)), codes[simd]);
+    EXPECT_EQ(DetectProcessorCode({true, "GenuineIntel", Features(4, simd)}), codes[simd]);
+    EXPECT_EQ(DetectProcessorCode({true, "OtherVendor.", Features(6, simd)}), codes[simd]);
   }
 }
 
@@ -86,21 +84,38 @@ TEST(ProcessorLevelTest, FollowsTheCode) {
 
 TEST(ProcessorLevelTest, AutomaticSelectionWarnsButSets) {
   const LevelKeeper keeper;
-  EXPECT_EQ(SelectProcessorLevelFor({true, "OtherVendor.", Features(15, 3)}), StatusCode::ProcessorNotVerified);
+  EXPECT_EQ(SelectProcessorLevelAuto({true, "OtherVendor.", Features(15, 3)}), StatusCode::ProcessorNotVerified);
   EXPECT_EQ(ProcessorLevel, 3);
-  EXPECT_EQ(SelectProcessorLevelFor({true, "GenuineIntel", Features(6, 4)}), StatusCode::Success);
+  EXPECT_EQ(SelectProcessorLevelAuto({true, "GenuineIntel", Features(6, 4)}), StatusCode::Success);
   EXPECT_EQ(ProcessorLevel, 4);
-  EXPECT_EQ(SelectProcessorLevelFor({false, "GenuineIntel", {}}), StatusCode::ProcessorNotVerified);
+  EXPECT_EQ(SelectProcessorLevelAuto({false, "GenuineIntel", {}}), StatusCode::ProcessorNotVerified);
   EXPECT_EQ(ProcessorLevel, 0);
 }
 
-TEST(ProcessorLevelTest, RunningProcessorHasALevel) {
+TEST(ProcessorLevelTest, RunningProcessor) {
   const LevelKeeper keeper;
-  const std::int32_t code = DetectProcessorCode();
-  EXPECT_GE(LevelOfProcessorCode(code), 2);  // the build itself needs SSE2
   const StatusCode status = SelectProcessorLevelAuto();
-  EXPECT_TRUE(status == StatusCode::Success || status == StatusCode::ProcessorNotVerified);
-  EXPECT_EQ(ProcessorLevel, LevelOfProcessorCode(code));
+#if defined(__i386__) || defined(__x86_64__)
+  EXPECT_GE(ProcessorLevel, 2);  // the build itself needs SSE2
+  const bool verified = std::string_view(IdentifyProcessor().vendor) == "GenuineIntel";
+  EXPECT_EQ(status, verified ? StatusCode::Success : StatusCode::ProcessorNotVerified);
+#else
+  EXPECT_EQ(ProcessorLevel, 0);
+  EXPECT_EQ(status, StatusCode::ProcessorNotVerified);
+#endif
+}
+
+TEST(ProcessorIdentityTest, NeedsOnlyTheInstruction) {
+  // A highest leaf of 0 still identifies: the name's words are the second, fourth and third result.
+  const ProcessorIdentity identity = IdentifyProcessor([](std::uint32_t leaf, std::uint32_t) -> ProcessorLeaf {
+    if (leaf == 0) return {0, 0x756E6547, 0x6C65746E, 0x49656E69};
+    return leaf == 1 ? ProcessorLeaf{0x00000600, 0, 0, 1U << 25 | 1U << 26} : ProcessorLeaf{};
+  });
+  EXPECT_TRUE(identity.identificationFlag);
+  EXPECT_STREQ(identity.vendor, "GenuineIntel");
+  EXPECT_EQ(DetectProcessorCode(identity), 9);
+  EXPECT_FALSE(IdentifyProcessor(nullptr).identificationFlag);
+  EXPECT_EQ(DetectProcessorCode(IdentifyProcessor(nullptr)), 0);
 }
 
 // The fields of the record, from an instruction that answers with known words.
