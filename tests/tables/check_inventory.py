@@ -1,4 +1,5 @@
-"""Checks that docs/inventory.md lists exactly the primitive tables that the headers declare.
+"""Checks docs/inventory.md against the sources: it lists exactly the primitive tables that the headers declare, each
+with its implementation at level 3 and with a file that defines its portable implementation.
 
 usage: check_inventory.py REPOSITORY
 """
@@ -8,22 +9,45 @@ import os
 import re
 import sys
 
-EXPECTED = 73
+
+def read(path):
+    with open(path, encoding="utf-8") as file:
+        return file.read()
+
+
+def defines(source, function):
+    return re.search(rf"^[A-Za-z][\w:<>* ]*\b{function}\([^;{{]*\) \{{", source, re.MULTILINE) is not None
 
 
 def main():
     root = sys.argv[1]
     declared = {}
-    for header in sorted(glob.glob(os.path.join(root, "src", "*", "**", "*.h"), recursive=True)):
-        with open(header, encoding="utf-8") as file:
-            for table, entries in re.findall(r"inline constexpr PrimitiveTable (k\w+)\{([^}]*)\}", file.read()):
-                declared[table] = "own" if "," in entries else "portable"
-    with open(os.path.join(root, "docs", "inventory.md"), encoding="utf-8") as file:
-        listed = dict(re.findall(r"^\| `(k\w+)` \|.*\| (own|portable) \|$", file.read(), re.MULTILINE))
-    problems = [f"{table}: declared {declared.get(table)}, listed {listed.get(table)}"
-                for table in sorted(declared.keys() | listed.keys()) if declared.get(table) != listed.get(table)]
-    if len(declared) != EXPECTED:
-        problems.append(f"{len(declared)} tables, expected {EXPECTED}")
+    for header in sorted(glob.glob(os.path.join(root, "src", "**", "*.h"), recursive=True)):
+        for table, function, rest in re.findall(r"inline constexpr PrimitiveTable (k\w+)\{(\w+)([^}]*)\}", read(header)):
+            declared[table] = (function, "own" if "," in re.sub(r"<[^>]*>", "", rest) else "portable")
+    inventory = read(os.path.join(root, "docs", "inventory.md"))
+    listed = {table: (path, level3) for table, path, level3 in
+              re.findall(r"^\| `(k\w+)` \| `(src/[\w/]+\.cpp)` \| (own|portable) \|$", inventory, re.MULTILINE)}
+    sources = {os.path.relpath(path, root): read(path)
+               for path in sorted(glob.glob(os.path.join(root, "src", "**", "*.cpp"), recursive=True))}
+
+    problems = []
+    for table in sorted(declared.keys() | listed.keys()):
+        if table not in listed:
+            problems.append(f"{table}: not listed")
+        elif table not in declared:
+            problems.append(f"{table}: listed, but no header declares it")
+        else:
+            function, level3 = declared[table]
+            path, listed_level3 = listed[table]
+            if level3 != listed_level3:
+                problems.append(f"{table}: level 3 is {level3}, listed as {listed_level3}")
+            if not defines(sources.get(path, ""), function):
+                found = [name for name, source in sources.items() if defines(source, function)]
+                problems.append(f"{table}: {function} is listed in {path}, defined in {', '.join(found) or 'no file'}")
+    stated = re.search(r"lie (\d+) primitives", inventory)
+    if stated is None or int(stated[1]) != len(declared):
+        problems.append(f"{len(declared)} tables, the text says {stated and stated[1]}")
     print("\n".join(problems) or f"{len(declared)} tables, all listed")
     return 1 if problems else 0
 
