@@ -19,5 +19,5 @@ install(FILES ${PROJECT_BINARY_DIR}/norvala.pc DESTINATION ${CMAKE_INSTALL_LIBDI
 
 if(NORVALA_GALLERY AND WIN32)
   install(TARGETS gallery RUNTIME DESTINATION examples)
-  install(FILES examples/smooth.c examples/data/coffee.png DESTINATION examples)
+  install(FILES examples/smooth.c examples/data/coffee.png examples/data/photographs.md DESTINATION examples)
 endif()

@@ -49,6 +49,7 @@ def main():
 
     run("missing.png", None, 1, "no such file")
     run("text.png", b"not a picture", 1, "not a PNG or JPEG")
+    run("photo.png", photo_bytes, 0)
     run("truncated.png", photo_bytes[: len(photo_bytes) // 2], 1, "damaged or cut short")
     run("large.png", png(10000, 10000, 0), 1, "too many pixels")
     run("huge.png", png(60000, 60000, 0), 1, "far too many pixels")
