@@ -31,7 +31,7 @@ int ReducedSize(int n, float rate) {
   return d;
 }
 
-// The stored taps, and one more place for the slip of kernels that sum to 0.
+// The stored taps and the place behind them: kernels that sum to 0 mirror their left half one place further right.
 Kernel Normalised(const Kernel& taps) {
   const std::size_t size = taps.size();
   const std::size_t c = size / 2;

@@ -16,6 +16,7 @@ bool NormaliseLayerKernel(const std::int16_t* kernel, std::int32_t size, std::in
     left += taps[i];
   }
   const std::int64_t sum = taps[centre] + 2 * left;
+  // Stored as they are, the left half mirrored one place further right: the first tap comes to lie behind the last.
   if (sum == 0) {
     normalised[centre] = taps[centre];
     for (std::ptrdiff_t i = 0; i < centre; ++i) normalised[i] = normalised[size - i] = taps[i];

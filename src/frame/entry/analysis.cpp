@@ -47,7 +47,7 @@ int32_t Norvala_DistanceTransform3x3_BW8ToFLOAT32(const BW8* src, int32_t srcSte
 
 // ---- Random fill ----
 
-// Success keeps the state and its holder: hosts rely on the call as it has always been, this loss of memory included.
+// Success keeps the state and its holder: that memory is the documented cost of a call.
 int32_t Norvala_RandUniform_BW8(BW8* dst, int32_t length, int32_t low, int32_t high, uint32_t seed) {
   AlignedVector<RandUniformState*> holder(1);
   StatusCode status = kRandUniformCreateBW8(holder.data(), static_cast<BW8>(low), static_cast<BW8>(high), seed);
