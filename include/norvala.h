@@ -583,6 +583,8 @@ NORVALA_API int32_t NORVALA_CALL Norvala_PyrDownGauss5x5FLOAT32(const FLOAT32* s
  *  A direction of n pixels reduces to d pixels, where d is the one number for which
  *  upper(d - 1) < n <= upper(d), with upper(0) = 0 and upper(d) the larger of d + 1 and d * rate, the product rounded
  *  to single precision and its fraction dropped. That is n / rate, give or take one: 10 pixels at rate 2 give 5.
+ *  At rates from 1.99998 to just below 2 that may be more than every second pixel fills: what is left over, commonly
+ *  the last row and column, keeps its values (10 x 10 at 1.99999 gives 6 x 6, of which 5 x 5 are written).
  *  Source pixel 0 falls on destination pixel 0. Beyond its edges the image is mirrored about the edge pixels, which
  *  are not repeated.
  *  @{ */
@@ -597,9 +599,9 @@ typedef struct PyramidLayerState PyramidLayerState;
  *  @param height      source height in pixels, at least 1
  *  @param rate        reduction rate, above 1 and up to 10
  *  @param kernel      `kernelSize` taps of any common scale: they are normalised to keep the level of flat regions, in
- *                     13 fractional bits, so that twice a tap should be less than four times the sum of all. The kernel
- *                     should be symmetric: only its centre and left half count. Taps that sum to 0 are not normalised.
- *                     The kernel is copied.
+ *                     13 fractional bits, so that a tap should be less than twice the sum of all. The kernel should be
+ *                     symmetric: only its centre and left half count. Taps that sum to 0 are not normalised. The kernel
+ *                     is copied.
  *  @param kernelSize  number of taps, odd and at least 3
  *  @param mode        2
  *  @return 0, or -1 when a pointer is null, an argument is out of its range or the memory cannot be had. A kernel that
@@ -680,14 +682,16 @@ NORVALA_API int32_t NORVALA_CALL Norvala_SampleDownH2V2_JPEGBW8(const BW8* src, 
  *                       part of it must be at least 2 by 2 pixels. Must not be null.
  *  @param dst           first pixel of the destination image
  *  @param dstStep       destination row step in bytes, at least 1
- *  @param dstRegion     the destination region, all of it writable; x and y at least 0, sizes at least 1. Must not be
- *                       null.
+ *  @param dstRegion     the destination region, all of it readable and writable: bit 31 also reads pixels that
+ *                       are not written; x and y at least 0, sizes at least 1. Must not be null.
  *  @param coefficients  six doubles, as above. Must not be null.
  *  @param interpolation 1, 2 or 4, with or without bit 31
  *  @return 0, or -1 with nothing written when a pointer is null, a size, step or region is out of its range, the
  *          interpolation is unknown, the coefficients are singular or not finite, the source region misses the image or
- *          leaves less than 2 by 2 pixels of it, the quadrilateral meets no pixel of the destination region, or work
- *          memory is lacking. The call needs 8 bytes of it for each row that it writes. */
+ *          leaves less than 2 by 2 pixels of it, no row or no column of the destination region's pixels crosses the
+ *          quadrilateral, or work memory is lacking. The call needs 8 bytes of it for each row that it writes. A
+ *          quadrilateral so thin that rows and columns cross it but no pixel's centre lies in it gives 0 with nothing
+ *          written. */
 NORVALA_API int32_t NORVALA_CALL Norvala_WarpAffine_BW8(const BW8* src, int32_t srcWidth, int32_t srcHeight,
                                                         int32_t srcStep, const Rect* srcRegion, BW8* dst,
                                                         int32_t dstStep, const Rect* dstRegion,
@@ -722,15 +726,16 @@ NORVALA_API int32_t NORVALA_CALL Norvala_WarpAffine_FLOAT32(const FLOAT32* src, 
  *  @param srcQuad       the source quadrilateral, eight doubles. Must not be null.
  *  @param dst           first pixel of the destination image
  *  @param dstStep       destination row step in bytes, at least 1
- *  @param dstRegion     the destination region, all of it writable; x and y at least 0, sizes at least 1. Must not be
- *                       null.
+ *  @param dstRegion     the destination region, all of it readable and writable: bit 31 also reads pixels that
+ *                       are not written; x and y at least 0, sizes at least 1. Must not be null.
  *  @param dstQuad       the destination quadrilateral, eight doubles. Must not be null.
  *  @param interpolation 1, 2 or 4, with or without bit 31
  *  @return 0; or -1 with the warp done when the fourth vertices do not fit the map, to about 12 digits; or -1 with
  *          nothing written when a pointer is null, a size, step or region is out of its range, the interpolation is
  *          unknown, a quadrilateral is degenerate, not convex or not a number, the source region misses the image, no
- *          pixel is to be written, or work memory is lacking. The call needs 8 bytes of it for each row that it
- *          writes. */
+ *          row or no column of the destination region's pixels crosses what is to be written, or work memory is
+ *          lacking. The call needs 8 bytes of it for each row that it writes. An area so thin that rows and columns
+ *          cross it but no pixel's centre lies in it counts as warped, with nothing written. */
 NORVALA_API int32_t NORVALA_CALL Norvala_WarpAffineQuad(const BW8* src, int32_t srcWidth, int32_t srcHeight,
                                                         int32_t srcStep, const Rect* srcRegion, const double* srcQuad,
                                                         BW8* dst, int32_t dstStep, const Rect* dstRegion,
@@ -738,8 +743,10 @@ NORVALA_API int32_t NORVALA_CALL Norvala_WarpAffineQuad(const BW8* src, int32_t 
 /** Warps by the projection that takes all four vertices of the source quadrilateral to those of the destination's;
  *  arguments as for Norvala_WarpAffineQuad. Where the source quadrilateral lies in the source region, all pixels of the
  *  destination quadrilateral inside the destination region are written; otherwise those whose position in the source
- *  falls outside the source region keep their values. Edges are not smoothed: bit 31 is accepted without effect.
- *  @return 0, or -1 with nothing written for the reasons of Norvala_WarpAffineQuad but the fourth vertices */
+ *  falls outside the source region by more than 1e-7 keep their values. Edges are not smoothed: bit 31 is accepted
+ *  without effect.
+ *  @return 0, or -1 with nothing written for the reasons of Norvala_WarpAffineQuad but the fourth vertices. A source
+ *          quadrilateral wholly outside the source region gives 0 with nothing written. */
 NORVALA_API int32_t NORVALA_CALL Norvala_WarpPerspectiveQuad(const BW8* src, int32_t srcWidth, int32_t srcHeight,
                                                              int32_t srcStep, const Rect* srcRegion,
                                                              const double* srcQuad, BW8* dst, int32_t dstStep,
@@ -840,11 +847,11 @@ NORVALA_API int32_t NORVALA_CALL Norvala_Resize(const FLOAT32* src, int32_t srcW
 /** Two-dimensional forward discrete Fourier transform of a real image, not normalised:
  *  dst(k, l) = sum over x, y of src(x, y) * exp(-2 pi i (k x / width + l y / height)). The whole spectrum is written,
  *  its zero frequency at column 0, row 0; it is exactly conjugate symmetric: dst((width - k) mod width,
- *  (height - l) mod height) is the conjugate of dst(k, l). Any size is served: sizes whose prime factors are small are
- *  fastest, powers of two above all; sizes with a prime factor above 150 cost a few times as much. NaN and
- *  infinities in the image spread through the spectrum.
- *  The call allocates and releases its own work memory: an image of the source's size and scratch of some hundred bytes
- *  for every row or column, whichever are more.
+ *  (height - l) mod height) is the conjugate of dst(k, l). Sizes whose prime factors are small are fastest, powers of
+ *  two above all; sizes with a prime factor above 150 cost a few times as much. NaN and infinities in the image spread
+ *  through the spectrum.
+ *  The call allocates and releases its own work memory: an image of the source's size and scratch of up to 480 bytes
+ *  for every row or 432 for every column, whichever are more. These alone limit the size: each must fit in 4 GiB.
  *  @param src     first pixel of the real image
  *  @param srcStep source row step in bytes, at least 1
  *  @param dst     first number of the spectrum, `width` x `height` complex numbers
