@@ -15,20 +15,21 @@ StatusCode Convert(const S* src, std::int32_t srcStep, D* dst, std::int32_t dstS
   return StatusCode::Success;
 }
 
-// Floats to integers of the range 0 .. limit = 2^n - 1, in the lowest n bits of each lane; the other bits are
-// undefined.
+// Floats to integers of the range 0 .. limit = 2^n - 1, n at most 16, in the low half of each lane; the high half is
+// not above 0 as a signed number.
 template <bool kRound>
 class Saturate {
  public:
   explicit Saturate(float limit) : zero_(Splat<F32x4>(Opaque(0.0F))), limit_(Splat<F32x4>(Opaque(limit))) {}
 
-  U32x4 operator()(F32x4 x) const {
+  I32x4 operator()(F32x4 x) const {
     const F32x4 clamped = MinLanes(MaxLanes(x, zero_), limit_);  // NaN becomes 0
     if constexpr (kRound) {
-      // This sum has no room for fractions: it rounds half to even, and its low bits hold the integer.
-      return BitCastLanes<U32x4>(clamped + 8388608.0F);
+      // -(2^23 + x) has no room for fractions: it rounds half to even, and its low bits hold the integer. The sign
+      // makes the high half negative.
+      return BitCastLanes<I32x4>(-8388608.0F - clamped);
     } else {
-      return BitCastLanes<U32x4>(ConvertLanes<I32x4>(clamped));
+      return ConvertLanes<I32x4>(clamped);
     }
   }
 
@@ -37,13 +38,15 @@ class Saturate {
   F32x4 limit_;
 };
 
-// The lowest 16 bits of consecutive groups of lanes, side by side.
-inline U16x8 PackWords(U32x4 a, U32x4 b) { return EvenLanes(BitCastLanes<U16x8>(a), BitCastLanes<U16x8>(b)); }
+// The low halves of consecutive groups of lanes, side by side.
+inline U16x8 PackWords(I32x4 a, I32x4 b) { return EvenLanes(BitCastLanes<U16x8>(a), BitCastLanes<U16x8>(b)); }
 
-// The lowest 8 bits of consecutive groups of lanes, side by side. The first step keeps bytes 0 and 2 of each lane, the
-// second only byte 0: two narrowings by single bytes cost less than one of 16-bit lanes.
-inline U8x16 EvenBytes(U32x4 a, U32x4 b) { return EvenLanes(BitCastLanes<U8x16>(a), BitCastLanes<U8x16>(b)); }
-inline U8x16 PackBytes(U32x4 a, U32x4 b, U32x4 c, U32x4 d) { return EvenLanes(EvenBytes(a, b), EvenBytes(c, d)); }
+// The same for low halves of at most 255. The first packs turn the high halves, which are not above 0, to zeros.
+inline U8x16 PackBytes(I32x4 a, I32x4 b, I32x4 c, I32x4 d) {
+  const U8x16 low = PackSaturated(BitCastLanes<I16x8>(a), BitCastLanes<I16x8>(b));
+  const U8x16 high = PackSaturated(BitCastLanes<I16x8>(c), BitCastLanes<I16x8>(d));
+  return PackSaturated(BitCastLanes<I16x8>(low), BitCastLanes<I16x8>(high));
+}
 
 template <bool kRound>
 void FloatRowToBytes(std::size_t count, const void* srcRow, void* dstRow) {

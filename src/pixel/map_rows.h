@@ -44,8 +44,8 @@ inline const std::uint8_t* BytesAt(const void* row, std::size_t offset) {
 }
 inline std::uint8_t* BytesAt(void* row, std::size_t offset) { return static_cast<std::uint8_t*>(row) + offset; }
 
-// Asks for the line of a destination that is written some lines later: where images exceed the nearer caches, stores
-// wait for their lines longer than loads, which the processor foresees better.
+// Prefetches the line of a destination that is written some lines later: where images exceed the nearer caches, stores
+// wait for their lines longer than loads, for which the processor prefetches by itself.
 inline void PrefetchDestination(const void* row, std::size_t at) {
   constexpr std::size_t kAhead = 2048;
   Prefetch(row, static_cast<std::ptrdiff_t>(at + kAhead));

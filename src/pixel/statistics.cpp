@@ -84,6 +84,7 @@ StatusCode MeanFLOAT32_C1R(const FLOAT32* src, std::int32_t step, RegionSize siz
   return StatusCode::Success;
 }
 
+// The first of equal maxima wins, row by row from the left. Nothing exceeds 255, so that the scan may end there.
 StatusCode MaxIndx_BW8(const BW8* src, std::int32_t step, RegionSize size, BW8* maximum, std::int32_t* column,
                        std::int32_t* row) {
   if (src == nullptr || maximum == nullptr || column == nullptr || row == nullptr) return StatusCode::NullPointer;
