@@ -29,6 +29,7 @@ using U16x8 = Lanes<std::uint16_t, 8>;
 using I32x4 = Lanes<std::int32_t, 4>;
 using U32x4 = Lanes<std::uint32_t, 4>;
 using F32x4 = Lanes<float, 4>;
+using U64x2 = Lanes<std::uint64_t, 2>;
 using I64x2 = Lanes<std::int64_t, 2>;
 using F64x2 = Lanes<double, 2>;
 using F64x4 = Lanes<double, 4>;
@@ -176,6 +177,19 @@ inline U8x16 PackSaturated(I16x8 a, I16x8 b) {
   auto v = __builtin_shufflevector(a, b, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
   v = MinLanes(MaxLanes(v, Splat<decltype(v)>(0)), Splat<decltype(v)>(255));
   return ConvertLanes<U8x16>(v);
+#endif
+}
+
+// The sums of the lower and of the upper eight bytes.
+inline U64x2 SumBytes(U8x16 v) {
+#if defined(__SSE2__)
+  return reinterpret_cast<U64x2>(_mm_sad_epu8(reinterpret_cast<__m128i>(v), __m128i{}));
+#else
+  const auto words = BitCastLanes<U16x8>(v);
+  auto sums = BitCastLanes<U64x2>((words & 0xFF) + (words >> 8));
+  sums += sums >> 32;
+  sums += sums >> 16;
+  return sums & 0xFFFF;
 #endif
 }
 

@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "frame/lanes.h"
 #include "frame/memory.h"
 #include "pixel/map_rows.h"
@@ -22,24 +20,10 @@ FLOAT64 PixelCount(RegionSize size) {
 
 // Sum of a row modulo 2^32.
 std::uint32_t SumRow(std::size_t count, const Unaligned<BW8>* row) {
-  // Lanes of 16 bits hold the sums of this many bytes each.
-  constexpr std::size_t kBlock = 256;
-  U32x4 sums{};
+  U64x2 sums{};
   std::size_t x = 0;
-  while (count - x >= 16) {
-    const std::size_t end = x + 16 * std::min(kBlock, (count - x) / 16);
-    U16x8 pairs{};  // low byte + 256 * high byte, modulo 2^16
-    U16x8 high{};
-    for (; x < end; x += 16) {
-      const auto v = LoadUnaligned<U16x8>(row + x);
-      pairs += v;
-      high += v >> 8;
-    }
-    const auto low = BitCastLanes<U32x4>(pairs - (high << 8));
-    const auto odd = BitCastLanes<U32x4>(high);
-    sums += (low & 0xFFFFU) + (low >> 16) + (odd & 0xFFFFU) + (odd >> 16);
-  }
-  std::uint32_t sum = sums[0] + sums[1] + sums[2] + sums[3];
+  for (; count - x >= 16; x += 16) sums += SumBytes(LoadUnaligned<U8x16>(row + x));
+  auto sum = static_cast<std::uint32_t>(sums[0] + sums[1]);
   for (; x < count; ++x) sum += row[x];
   return sum;
 }
