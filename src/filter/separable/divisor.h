@@ -50,14 +50,4 @@ struct RoundedDivision {
   static RoundedDivision Of(std::int32_t divisor, const DivisorScale& scale);
 };
 
-// The division by one 16-bit multiplication: floor(value / divisor) is (value * multiplier) >> 16 >> shift, as long as
-// the value lies in 0..limit or the quotient is 255 or more.
-struct MultiplierU16 {
-  std::uint16_t multiplier;
-  std::int32_t shift;
-
-  // Whether there is one for the divisor, which is at least 2.
-  static bool Find(std::int32_t divisor, std::int32_t limit, MultiplierU16* found);
-};
-
 }  // namespace norvala

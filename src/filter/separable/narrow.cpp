@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "filter/reciprocal.h"
 #include "frame/lanes.h"
 #include "frame/memory.h"
 
@@ -140,11 +141,11 @@ bool FilterNarrow(const SeparableCallBW8& call, std::int64_t positive, std::int6
   const std::int64_t highest = positive * 255 + division.addend;
   const std::int64_t zero = negative * 255;
   if (zero + highest > UINT16_MAX) return false;
-  MultiplierU16 divide{0, std::countr_zero(static_cast<std::uint32_t>(division.divisor))};
-  if (!RoundedDivision::IsPowerOfTwo(division.divisor) &&
-      !MultiplierU16::Find(division.divisor, static_cast<std::int32_t>(highest), &divide)) {
-    return false;
-  }
+  const bool isPower = RoundedDivision::IsPowerOfTwo(division.divisor);
+  const WordReciprocal reciprocal(std::max(2, division.divisor));
+  // Quotients of 255 and more may come out larger.
+  const std::int64_t quotients = 255 * std::int64_t{division.divisor};
+  if (!isPower && reciprocal.largest < std::min(highest, quotients - 1)) return false;
   // No lane can be shifted by all of its 16 bits.
   if (division.divisor > UINT16_MAX) return false;
   // Clamping takes the quotients as signed.
@@ -154,8 +155,8 @@ bool FilterNarrow(const SeparableCallBW8& call, std::int64_t positive, std::int6
   for (int j = 0; j < rule.taps; ++j) rule.tap[j] = Broadcast(call.MirroredTap(j));
   rule.start = Broadcast(zero + division.addend);
   rule.zero = Broadcast(zero);
-  rule.multiplier = divide.multiplier;
-  rule.shift = divide.shift;
+  rule.multiplier = isPower ? std::uint16_t{0} : reciprocal.multiplier;
+  rule.shift = isPower ? std::countr_zero(static_cast<std::uint32_t>(division.divisor)) : reciprocal.shift;
   call.IsSymmetric() ? FilterRows<true>(rule, call) : FilterRows<false>(rule, call);
   return true;
 }
