@@ -1,10 +1,44 @@
-#include "frame/lanes.h"
+#include <cmath>
+
 #include "frame/memory.h"
 #include "geometry/geometry.h"
 #include "geometry/quadrilateral.h"
-#include "geometry/rotation.h"
+
+// What lets a caller plan an affine warp without performing it.
 
 namespace norvala {
+namespace {
+
+// The angle in 0..360 degrees; not a number where the angle is not finite.
+double ReduceAngle(double angle) {
+  const double turns = std::trunc(angle / 360);
+  const double reduced = angle - turns * 360;
+  return reduced < 0 ? reduced + 360 : reduced;
+}
+
+struct Direction {
+  double cosine;
+  double sine;
+};
+
+// One place computes them, so that shift and quadrilateral agree to the last bit.
+Direction DirectionOf(double reducedAngle) {
+  const double radians = reducedAngle / 180 * 3.141592653589793;
+  return {std::cos(radians), std::sin(radians)};
+}
+
+// The matrix of a rotation by `angle` degrees, counter-clockwise on the screen, followed by a shift. At 90, 180 and 270
+// degrees its elements are exact.
+AffineCoefficients RotationCoefficients(double angle, double xShift, double yShift) {
+  const double a = ReduceAngle(angle);
+  if (a == 90) return {0, 1, xShift, -1, 0, yShift};
+  if (a == 180) return {-1, 0, xShift, 0, -1, yShift};
+  if (a == 270) return {0, -1, xShift, 1, 0, yShift};
+  const Direction d = DirectionOf(a);
+  return {d.cosine, d.sine, xShift, -d.sine, d.cosine, yShift};
+}
+
+}  // namespace
 
 StatusCode GetAffineBound(Rect region, double* bound, const double* coefficients) {
   Quadrilateral quad;
@@ -12,6 +46,27 @@ StatusCode GetAffineBound(Rect region, double* bound, const double* coefficients
   if (status != StatusCode::Success && status != StatusCode::BadCoefficients) return status;
   StoreUnaligned(bound, BoundOf(quad));
   return status;
+}
+
+StatusCode GetRotateShift(double xCentre, double yCentre, double angle, double* xShift, double* yShift) {
+  if (xShift == nullptr || yShift == nullptr) return StatusCode::NullPointer;
+  const double a = ReduceAngle(angle);
+  Point shift;
+  if (a == 0) {
+    shift = {0, 0};
+  } else if (a == 90) {
+    shift = {xCentre - yCentre, xCentre + yCentre};
+  } else if (a == 180) {
+    shift = {2 * xCentre, 2 * yCentre};
+  } else if (a == 270) {
+    shift = {xCentre + yCentre, yCentre - xCentre};
+  } else {
+    const Direction d = DirectionOf(a);
+    shift = {xCentre - xCentre * d.cosine - yCentre * d.sine, yCentre - yCentre * d.cosine + xCentre * d.sine};
+  }
+  StoreUnaligned(xShift, shift.x);
+  StoreUnaligned(yShift, shift.y);
+  return StatusCode::Success;
 }
 
 StatusCode GetRotateQuad(Rect region, double* quad, double angle, double xShift, double yShift) {
