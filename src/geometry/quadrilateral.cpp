@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "frame/lanes.h"
 #include "frame/memory.h"
 
 namespace norvala {
@@ -12,24 +11,24 @@ Quadrilateral MapRectangleCorners(const AffineCoefficients& c, const Box& box) {
            Map(c, box.left, box.bottom)}};
 }
 
-int ClassifyQuadrilateral(const Quadrilateral& quad) {
+QuadrilateralShape ClassifyQuadrilateral(const Quadrilateral& quad) {
   int positive = 0;
   for (int k = 0; k < 4; ++k) {
     const Point& before = quad.vertices[(k + 3) % 4];
     const Point& corner = quad.vertices[k];
     const Point& after = quad.vertices[(k + 1) % 4];
     const double cross = (corner.x - before.x) * (after.y - corner.y) - (corner.y - before.y) * (after.x - corner.x);
-    if (!(cross < 0 || cross > 0)) return -5;
+    if (!(cross < 0 || cross > 0)) return QuadrilateralShape::Degenerate;
     if (cross > 0) ++positive;
   }
-  if (positive == 4) return 1;
-  return positive == 0 ? 0 : -4;
+  if (positive == 4) return QuadrilateralShape::Clockwise;
+  return positive == 0 ? QuadrilateralShape::CounterClockwise : QuadrilateralShape::NotConvex;
 }
 
 StatusCode MapRegionToQuadrilateral(Rect region, Quadrilateral& quad, const double* coefficients) {
   if (IsOutOfRange(region)) return StatusCode::NonPositiveSize;
   quad = MapRectangleCorners(LoadUnaligned<AffineCoefficients>(coefficients), Corners(region));
-  return ClassifyQuadrilateral(quad) < 0 ? StatusCode::BadCoefficients : StatusCode::Success;
+  return IsConvex(ClassifyQuadrilateral(quad)) ? StatusCode::Success : StatusCode::BadCoefficients;
 }
 
 Box BoundOf(const Quadrilateral& quad) {

@@ -47,9 +47,14 @@ inline Box Corners(Rect r) {
 
 Quadrilateral MapRectangleCorners(const AffineCoefficients& c, const Box& box);
 
-// The turn at the corners: 1 all positive (clockwise on the screen), 0 all negative, -4 mixed (not convex), -5 where a
-// corner is straight or not a number.
-int ClassifyQuadrilateral(const Quadrilateral& quad);
+// How the corners turn, on the screen. A degenerate quadrilateral has a corner that is straight or not a number.
+enum class QuadrilateralShape { Degenerate = -5, NotConvex = -4, CounterClockwise = 0, Clockwise = 1 };
+
+inline bool IsConvex(QuadrilateralShape shape) {
+  return shape == QuadrilateralShape::CounterClockwise || shape == QuadrilateralShape::Clockwise;
+}
+
+QuadrilateralShape ClassifyQuadrilateral(const Quadrilateral& quad);
 
 // NonPositiveSize when the region is out of range, otherwise maps the centres of its corner pixels by six coefficients
 // and reports BadCoefficients when their image is degenerate or not convex.

@@ -188,12 +188,15 @@ TEST(WarpStatusTest, WithoutMemoryNothingIsWritten) {
 TEST(ClassifyTest, TurnsAtTheCorners) {
   const struct {
     Quadrilateral quad;
-    int turn;
-  } cases[] = {{{{{0, 0}, {4, 0}, {4, 4}, {0, 4}}}, 1},    {{{{0, 0}, {0, 4}, {4, 4}, {4, 0}}}, 0},
-               {{{{0, 0}, {4, 0}, {1, 1}, {0, 4}}}, -4},   {{{{0, 0}, {4, 4}, {4, 0}, {0, 4}}}, -4},
-               {{{{0, 0}, {4, 0}, {8, 0}, {0, 4}}}, -5},   {{{{0, 0}, {4, 0}, {1, 1}, {2, 2}}}, -5},
-               {{{{0, 0}, {4, 0}, {4, 4}, {0, kNaN}}}, -5}};
-  for (const auto& c : cases) EXPECT_EQ(ClassifyQuadrilateral(c.quad), c.turn);
+    QuadrilateralShape shape;
+  } cases[] = {{{{{0, 0}, {4, 0}, {4, 4}, {0, 4}}}, QuadrilateralShape::Clockwise},
+               {{{{0, 0}, {0, 4}, {4, 4}, {4, 0}}}, QuadrilateralShape::CounterClockwise},
+               {{{{0, 0}, {4, 0}, {1, 1}, {0, 4}}}, QuadrilateralShape::NotConvex},
+               {{{{0, 0}, {4, 4}, {4, 0}, {0, 4}}}, QuadrilateralShape::NotConvex},
+               {{{{0, 0}, {4, 0}, {8, 0}, {0, 4}}}, QuadrilateralShape::Degenerate},
+               {{{{0, 0}, {4, 0}, {1, 1}, {2, 2}}}, QuadrilateralShape::Degenerate},
+               {{{{0, 0}, {4, 0}, {4, 4}, {0, kNaN}}}, QuadrilateralShape::Degenerate}};
+  for (const auto& c : cases) EXPECT_EQ(ClassifyQuadrilateral(c.quad), c.shape);
 }
 
 // Columns that end on pixels and a hair beside them.

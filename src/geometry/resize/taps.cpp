@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "geometry/cubic_weights.h"
+
 namespace norvala {
 namespace {
 
@@ -13,15 +15,7 @@ void Weigh(double t, double (&weights)[2]) {
   weights[1] = t;
 }
 
-// The Lagrange polynomials on the nodes -1, 0, 1, 2.
-void Weigh(double t, double (&weights)[4]) {
-  const double t2 = t * t;
-  const double t3 = t2 * t;
-  weights[0] = -t3 / 6.0 + t2 / 2.0 - t / 3.0;
-  weights[1] = t3 / 2.0 - t2 - t / 2.0 + 1.0;
-  weights[2] = -t3 / 2.0 + t2 / 2.0 + t;
-  weights[3] = t3 / 6.0 - t / 6.0;
-}
+void Weigh(double t, double (&weights)[4]) { CubicWeights(t, weights); }
 
 // The Lanczos kernel sinc(x) * sinc(x / 4), made to sum to 1. With x = t + 3 - k at tap k, sin(pi * x) is sin(pi * t)
 // with alternating sign: common to all taps, it cancels out, as all constants do. What is left is

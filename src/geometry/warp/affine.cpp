@@ -54,14 +54,15 @@ StatusCode WarpAffine(const void* src, RegionSize srcSize, std::int32_t srcStep,
 
   const Box corners = Corners(region);
   const Quadrilateral quad = MapRectangleCorners(forward, corners);
-  const int turn = ClassifyQuadrilateral(quad);
-  if (turn < 0) return StatusCode::BadCoefficients;
+  const QuadrilateralShape shape = ClassifyQuadrilateral(quad);
+  if (!IsConvex(shape)) return StatusCode::BadCoefficients;
+  const bool clockwise = shape == QuadrilateralShape::Clockwise;
   const Box box = request.DestinationBox();
-  const RowSpans spans(ClipPolygon(Polygon(quad), box), box, turn == 1);
+  const RowSpans spans(ClipPolygon(Polygon(quad), box), box, clockwise);
   if (!spans) return StatusCode::NoDestinationOverlap;
 
   WarpRowsAffine(request.Source(), InvertToRectangle(quad, corners), spans, depth, request.Kernel(), dst, dstStep);
-  if (request.HasSmoothEdge()) SmoothEdge(dst, dstStep, depth, quad, box, turn == 1);
+  if (request.HasSmoothEdge()) SmoothEdge(dst, dstStep, depth, quad, box, clockwise);
   return StatusCode::Success;
 }
 

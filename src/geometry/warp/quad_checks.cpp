@@ -1,4 +1,5 @@
 #include "geometry/warp/quad_checks.h"
+
 #include "frame/memory.h"
 
 namespace norvala {
@@ -7,10 +8,10 @@ StatusCode CheckQuadWarp(const WarpRequest& request, const double* srcQuad, cons
   if (const StatusCode status = request.Check(); status != StatusCode::Success) return status;
   quads.source = LoadUnaligned<Quadrilateral>(srcQuad);
   quads.destination = LoadUnaligned<Quadrilateral>(dstQuad);
-  const int turn = ClassifyQuadrilateral(quads.destination);
-  if (ClassifyQuadrilateral(quads.source) < 0 || turn < 0) return StatusCode::BadQuadrilateral;
+  const QuadrilateralShape shape = ClassifyQuadrilateral(quads.destination);
+  if (!IsConvex(ClassifyQuadrilateral(quads.source)) || !IsConvex(shape)) return StatusCode::BadQuadrilateral;
   if (request.SourceRegionMissesImage()) return StatusCode::NoSourceOverlap;
-  quads.clockwise = turn == 1;
+  quads.clockwise = shape == QuadrilateralShape::Clockwise;
   const Box region = Corners(request.EffectiveRegion());
   quads.sourceInside = true;
   for (const Point& vertex : quads.source.vertices) quads.sourceInside &= Contains(region, vertex);

@@ -6,6 +6,7 @@
 
 #include "frame/memory.h"
 #include "frame/types.h"
+#include "geometry/cubic_weights.h"
 #include "geometry/warp/sampling.h"
 
 // The interpolations at one source position, in their plain form. They serve every position: those near the image's
@@ -73,20 +74,7 @@ inline void SampleLinear(const SourceImage& source, double x, double y, Unaligne
   }
 }
 
-// The four-point Lagrange cubic on the nodes -1, 0, 1 and 2, for a scalar or lane by lane.
-template <class V>
-inline void CubicWeights(V t, V (&w)[4]) {
-  const V t2 = t * t;
-  const V t3 = t2 * t;
-  const V t3Sixth = t3 / 6;
-  const V tThird = t / 3;
-  w[0] = -t3Sixth + t2 / 2 - tThird;
-  w[1] = t3 / 2 - t2 - t / 2 + 1;
-  w[2] = -t3 / 2 + t2 / 2 + t;
-  w[3] = t3Sixth - tThird / 2;
-}
-
-// The first of the four pixels around a coordinate, moved inwards at the borders, and their weights.
+// The first of the four pixels around a coordinate, and their weights. At the borders all four lie inside the image.
 struct CubicPlace {
   std::int32_t first;
   double weights[4];
