@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "geometry/geometry.h"
-#include "geometry/resize/resize.h"
+#include "geometry/resize/request.h"
 #include "geometry/resize/taps.h"
 #include "support/failing_heap.h"
 

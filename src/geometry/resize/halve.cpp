@@ -2,7 +2,7 @@
 
 #include "frame/lanes.h"
 #include "frame/memory.h"
-#include "geometry/resize/resize.h"
+#include "geometry/resize/methods.h"
 
 namespace norvala {
 namespace {
@@ -36,19 +36,22 @@ bool HalveRow(SrcRow upper, SrcRow lower, DstRow dst, std::ptrdiff_t extent) {
 
 }  // namespace
 
-bool IsHalving(const ResizeJob& job) {
-  return job.columns.factor == 0.5 && job.rows.factor == 0.5 && job.columns.extent <= job.columns.length / 2 &&
-         job.rows.extent <= job.rows.length / 2;
+// Every mean lies in the middle between its pixels, so that it is both what Reduce and what Linear asks for. No
+// pixel may reach beyond the source.
+bool IsHalving(const ResizePlan& plan) {
+  return plan.columns.factor == 0.5 && plan.rows.factor == 0.5 && plan.columns.extent <= plan.columns.length / 2 &&
+         plan.rows.extent <= plan.rows.length / 2;
 }
 
-void Halve(const ResizeJob& job) {
-  for (std::int32_t y = 0; y < job.rows.extent; ++y) {
-    const auto upper = Row(job.src, job.srcStep, std::ptrdiff_t{y} * 2);
-    const auto lower = Row(job.src, job.srcStep, std::ptrdiff_t{y} * 2 + 1);
-    const auto dst = Row(job.dst, job.dstStep, y);
-    if (HalveRow(upper, lower, dst, job.columns.extent)) continue;
-    for (std::ptrdiff_t x = 0; x < job.columns.extent; ++x) dst[x] = MeanOfFour(upper + 2 * x, lower + 2 * x);
+StatusCode Halve(const ResizePlan& plan) {
+  for (std::int32_t y = 0; y < plan.rows.extent; ++y) {
+    const auto upper = Row(plan.src, plan.srcStep, std::ptrdiff_t{y} * 2);
+    const auto lower = Row(plan.src, plan.srcStep, std::ptrdiff_t{y} * 2 + 1);
+    const auto dst = Row(plan.dst, plan.dstStep, y);
+    if (HalveRow(upper, lower, dst, plan.columns.extent)) continue;
+    for (std::ptrdiff_t x = 0; x < plan.columns.extent; ++x) dst[x] = MeanOfFour(upper + 2 * x, lower + 2 * x);
   }
+  return StatusCode::Success;
 }
 
 }  // namespace norvala

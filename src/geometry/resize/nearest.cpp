@@ -3,7 +3,7 @@
 #include "frame/aligned_memory.h"
 #include "frame/lanes.h"
 #include "frame/memory.h"
-#include "geometry/resize/resize.h"
+#include "geometry/resize/methods.h"
 #include "geometry/resize/taps.h"
 
 namespace norvala {
@@ -22,25 +22,25 @@ void GatherRow(SrcRow src, const std::int32_t* columns, DstRow dst, std::ptrdiff
 
 }  // namespace
 
-StatusCode ResampleNearest(const ResizeJob& job) {
-  const std::int32_t width = job.columns.extent;
+StatusCode ResizeNearest(const ResizePlan& plan) {
+  const std::int32_t width = plan.columns.extent;
   const auto bytes = static_cast<std::size_t>(width) * sizeof(BW32);
-  const bool copied = job.columns.factor == 1.0;
+  const bool copied = plan.columns.factor == 1.0;
   const AlignedVector<std::int32_t> columns(copied ? 0 : width);
   if (!copied) {
     if (!columns) return StatusCode::WorkBufferUnavailable;
-    for (std::int32_t x = 0; x < width; ++x) columns[x] = NearestPixel(job.columns, x);
+    for (std::int32_t x = 0; x < width; ++x) columns[x] = NearestPixel(plan.columns, x);
   }
   std::int32_t above = -1;
-  for (std::int32_t y = 0; y < job.rows.extent; ++y) {
-    const std::int32_t from = NearestPixel(job.rows, y);
-    const auto* src = reinterpret_cast<SrcRow>(Row(job.src, job.srcStep, from));
-    auto* dst = reinterpret_cast<DstRow>(Row(job.dst, job.dstStep, y));
+  for (std::int32_t y = 0; y < plan.rows.extent; ++y) {
+    const std::int32_t from = NearestPixel(plan.rows, y);
+    const auto* src = reinterpret_cast<SrcRow>(Row(plan.src, plan.srcStep, from));
+    auto* dst = reinterpret_cast<DstRow>(Row(plan.dst, plan.dstStep, y));
     // Rows are moved, since those of a destination with a small step may overlap.
     if (copied) {
       std::memmove(dst, src, bytes);
     } else if (from == above) {
-      std::memmove(dst, Row(job.dst, job.dstStep, y - 1), bytes);
+      std::memmove(dst, Row(plan.dst, plan.dstStep, y - 1), bytes);
     } else {
       GatherRow(src, columns.data(), dst, width);
     }

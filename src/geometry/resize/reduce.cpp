@@ -2,7 +2,7 @@
 
 #include "frame/aligned_memory.h"
 #include "frame/memory.h"
-#include "geometry/resize/resize.h"
+#include "geometry/resize/methods.h"
 
 // The reduction: the mean over the area that a destination pixel covers in the source. The rows of a footprint are
 // added up first, then the columns of the sums. In double precision the sums of equal pixels are so close to exact
@@ -14,7 +14,8 @@ namespace {
 using SrcRow = const Unaligned<const FLOAT32>*;
 
 // What a destination pixel covers in one direction: source pixels `first` to `last`, of the first and the last one
-// only a part. A single pixel has its part in `firstPart`, and `lastPart` is 0.
+// only a part. Of a single pixel the part does not matter: its mean is the pixel, so that `firstPart` and `scale` are 1
+// and `lastPart` is 0.
 struct Footprint {
   std::int32_t first;
   std::int32_t last;
@@ -85,7 +86,7 @@ void AddSomeRows(int n, const SrcRow (&rows)[4], const double (&parts)[4], doubl
 
 // Sums of a footprint's rows, four rows at a time.
 template <bool whole>
-void SumRows(const ResizeJob& job, const Footprint& f, double* sums, std::int32_t count) {
+void SumRows(const ResizePlan& plan, const Footprint& f, double* sums, std::int32_t count) {
   const std::int32_t height = f.last - f.first + 1;
   for (std::int32_t done = 0; done < height;) {
     const int n = std::min(height - done, 4);
@@ -93,7 +94,7 @@ void SumRows(const ResizeJob& job, const Footprint& f, double* sums, std::int32_
     double parts[4];
     for (int k = 0; k < n; ++k) {
       const std::int32_t y = f.first + done + k;
-      rows[k] = Row(job.src, job.srcStep, y);
+      rows[k] = Row(plan.src, plan.srcStep, y);
       parts[k] = y == f.first ? f.firstPart : y == f.last ? f.lastPart : 1.0;
     }
     if (done == 0) {
@@ -118,39 +119,29 @@ void MeanOfColumns(const double* sums, const Footprint* columns, double rowScale
 }
 
 template <bool wholeColumns, bool wholeRows>
-StatusCode Reduce(const ResizeJob& job, const Footprints& columns, const Footprints& rows) {
-  const AlignedVector<Footprint> table(job.columns.extent);
+StatusCode ReduceBy(const ResizePlan& plan, const Footprints& columns, const Footprints& rows) {
+  const AlignedVector<Footprint> table(plan.columns.extent);
   const AlignedVector<double> sums(columns.span);
   if (!table || !sums) return StatusCode::WorkBufferUnavailable;
-  for (std::int32_t x = 0; x < job.columns.extent; ++x) table[x] = columns[x];
-  for (std::int32_t y = 0; y < job.rows.extent; ++y) {
+  for (std::int32_t x = 0; x < plan.columns.extent; ++x) table[x] = columns[x];
+  for (std::int32_t y = 0; y < plan.rows.extent; ++y) {
     const Footprint f = rows[y];
-    SumRows<wholeRows>(job, f, sums.data(), columns.span);
-    MeanOfColumns<wholeColumns>(sums.data(), table.data(), f.scale, Row(job.dst, job.dstStep, y), job.columns.extent);
+    SumRows<wholeRows>(plan, f, sums.data(), columns.span);
+    MeanOfColumns<wholeColumns>(sums.data(), table.data(), f.scale, Row(plan.dst, plan.dstStep, y),
+                                plan.columns.extent);
   }
   return StatusCode::Success;
 }
 
 }  // namespace
 
-StatusCode ReduceFLOAT32(const FLOAT32* src, RegionSize srcSize, std::int32_t srcStep, Rect srcRegion, FLOAT32* dst,
-                         std::int32_t dstStep, RegionSize dstSize, FLOAT64 xFactor, FLOAT64 yFactor) {
-  StatusCode status = CheckResize(src, srcSize, srcRegion, dst, dstSize, xFactor, yFactor);
-  if (status != StatusCode::Success) return status;
-  ResizeJob job;
-  status = PlanResize(src, srcSize, srcStep, srcRegion, dst, dstStep, dstSize, xFactor, yFactor, &job);
-  if (status != StatusCode::Success) return status;
-  if (IsCopy(job)) return ResampleNearest(job);
-  if (IsHalving(job)) {
-    Halve(job);
-    return StatusCode::Success;
-  }
-  const Footprints columns(job.columns);
-  const Footprints rows(job.rows);
+StatusCode Reduce(const ResizePlan& plan) {
+  const Footprints columns(plan.columns);
+  const Footprints rows(plan.rows);
   if (columns.whole) {
-    return rows.whole ? Reduce<true, true>(job, columns, rows) : Reduce<true, false>(job, columns, rows);
+    return rows.whole ? ReduceBy<true, true>(plan, columns, rows) : ReduceBy<true, false>(plan, columns, rows);
   }
-  return rows.whole ? Reduce<false, true>(job, columns, rows) : Reduce<false, false>(job, columns, rows);
+  return rows.whole ? ReduceBy<false, true>(plan, columns, rows) : ReduceBy<false, false>(plan, columns, rows);
 }
 
 }  // namespace norvala

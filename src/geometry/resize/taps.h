@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "geometry/resize/resize.h"
+#include "geometry/resize/request.h"
 
 // Where a destination pixel lies in the source, and with what weights the pixels around it are taken.
 

@@ -3,11 +3,11 @@
 #include "frame/aligned_memory.h"
 #include "frame/lanes.h"
 #include "frame/memory.h"
-#include "geometry/resize/resize.h"
+#include "geometry/resize/methods.h"
 #include "geometry/resize/taps.h"
 
 // The general resampler: each source row that is needed goes through the column taps once, into a ring of rows, and
-// each destination row is blended from the ring. A direction with the factor 1 is left out.
+// each destination row is a weighted mean of rows of the ring. A direction with the factor 1 is left out.
 
 namespace norvala {
 namespace {
@@ -18,7 +18,7 @@ using DstRow = Unaligned<FLOAT32>*;
 // The weighted mean of the taps, as the centre tap plus the weighted differences from it: equal taps give exactly
 // their value, whatever rounding did to the weights.
 template <int taps, class V>
-inline V Blend(const V (&pixels)[taps], const V (&weights)[taps - 1]) {
+inline V WeightedMean(const V (&pixels)[taps], const V (&weights)[taps - 1]) {
   constexpr int kCentre = kCentreTap<taps>;
   const V centre = pixels[kCentre];
   V sum = weights[0] * (pixels[kCentre == 0 ? 1 : 0] - centre);
@@ -41,18 +41,10 @@ template <int taps>
 inline void LoadColumns(SrcRow src, const std::int32_t (&first)[4], F32x4 (&pixels)[taps]) {
 #pragma GCC unroll 2
   for (int k = 0; k < taps; k += 4) {
-    const auto a = LoadUnaligned<F32x4>(src + first[0] + k);
-    const auto b = LoadUnaligned<F32x4>(src + first[1] + k);
-    const auto c = LoadUnaligned<F32x4>(src + first[2] + k);
-    const auto d = LoadUnaligned<F32x4>(src + first[3] + k);
-    const F32x4 ab01 = __builtin_shufflevector(a, b, 0, 4, 1, 5);
-    const F32x4 ab23 = __builtin_shufflevector(a, b, 2, 6, 3, 7);
-    const F32x4 cd01 = __builtin_shufflevector(c, d, 0, 4, 1, 5);
-    const F32x4 cd23 = __builtin_shufflevector(c, d, 2, 6, 3, 7);
-    pixels[k] = __builtin_shufflevector(ab01, cd01, 0, 1, 4, 5);
-    pixels[k + 1] = __builtin_shufflevector(ab01, cd01, 2, 3, 6, 7);
-    pixels[k + 2] = __builtin_shufflevector(ab23, cd23, 0, 1, 4, 5);
-    pixels[k + 3] = __builtin_shufflevector(ab23, cd23, 2, 3, 6, 7);
+    F32x4 columns[4];
+    for (int i = 0; i < 4; ++i) columns[i] = LoadUnaligned<F32x4>(src + first[i] + k);
+    TransposeLanes(columns);
+    for (int i = 0; i < 4; ++i) pixels[k + i] = columns[i];
   }
 }
 
@@ -87,7 +79,7 @@ class ColumnTaps {
       const Group& group = groups_[g];
       F32x4 pixels[taps];
       LoadColumns(src, group.first, pixels);
-      StoreUnaligned(dst + std::ptrdiff_t{g} * 4, Blend(pixels, group.weights));
+      StoreUnaligned(dst + std::ptrdiff_t{g} * 4, WeightedMean(pixels, group.weights));
     }
     ResampleBorder(src, dst, insideEnd_ * 4, columns_.extent);
   }
@@ -107,7 +99,7 @@ class ColumnTaps {
         pixels[k] = src[ClampToSource(columns_, std::int64_t{group.first[x % 4]} + k)];
       }
       for (int i = 0; i < taps - 1; ++i) weights[i] = group.weights[i][x % 4];
-      dst[x] = Blend(pixels, weights);
+      dst[x] = WeightedMean(pixels, weights);
     }
   }
 
@@ -118,20 +110,20 @@ class ColumnTaps {
 };
 
 template <int taps>
-void BlendRows(const SrcRow (&rows)[taps], const float (&weights)[taps - 1], DstRow dst, std::ptrdiff_t count) {
+void CombineRows(const SrcRow (&rows)[taps], const float (&weights)[taps - 1], DstRow dst, std::ptrdiff_t count) {
   F32x4 lanes[taps - 1];
-  for (int i = 0; i < taps - 1; ++i) lanes[i] = F32x4{weights[i], weights[i], weights[i], weights[i]};
+  for (int i = 0; i < taps - 1; ++i) lanes[i] = Splat<F32x4>(weights[i]);
   std::ptrdiff_t x = 0;
   for (; x + 4 <= count; x += 4) {
     F32x4 pixels[taps];
 #pragma GCC unroll 8
     for (int k = 0; k < taps; ++k) pixels[k] = LoadUnaligned<F32x4>(rows[k] + x);
-    StoreUnaligned(dst + x, Blend(pixels, lanes));
+    StoreUnaligned(dst + x, WeightedMean(pixels, lanes));
   }
   for (; x < count; ++x) {
     FLOAT32 pixels[taps];
     for (int k = 0; k < taps; ++k) pixels[k] = rows[k][x];
-    dst[x] = Blend(pixels, weights);
+    dst[x] = WeightedMean(pixels, weights);
   }
 }
 
@@ -140,8 +132,8 @@ void BlendRows(const SrcRow (&rows)[taps], const float (&weights)[taps - 1], Dst
 template <int taps>
 class RowRing {
  public:
-  RowRing(const ResizeJob& job, const ColumnTaps<taps>& columnTaps)
-      : job_(job), columnTaps_(columnTaps), stride_(Stride(job.columns.extent)), rows_(taps * stride_) {
+  RowRing(const ResizePlan& plan, const ColumnTaps<taps>& columnTaps)
+      : plan_(plan), columnTaps_(columnTaps), stride_(Stride(plan.columns.extent)), rows_(taps * stride_) {
     std::fill_n(held_, taps, -1);
   }
 
@@ -151,7 +143,7 @@ class RowRing {
     const int slot = y % taps;
     FLOAT32* row = rows_.data() + slot * static_cast<std::ptrdiff_t>(stride_);
     if (held_[slot] != y) {
-      columnTaps_.Resample(Row(job_.src, job_.srcStep, y), row);
+      columnTaps_.Resample(Row(plan_.src, plan_.srcStep, y), row);
       held_[slot] = y;
     }
     return row;
@@ -159,84 +151,50 @@ class RowRing {
 
  private:
   // An odd number of 64-byte lines, so that the rows do not compete for the same places in the cache.
-  static std::int64_t Stride(std::int32_t extent) { return ((std::int64_t{extent} + 15) / 16 | 1) * 16; }
+  static std::int64_t Stride(std::int32_t extent) { return AlignUp<std::int64_t>(extent, 16) | 16; }
 
-  const ResizeJob& job_;
+  const ResizePlan& plan_;
   const ColumnTaps<taps>& columnTaps_;
   std::int64_t stride_;
   AlignedVector<FLOAT32> rows_;
   std::int32_t held_[taps];
 };
 
-// Blends all destination rows; `row(y)` gives source row y as wide as the destination.
+// Writes all destination rows; `row(y)` gives source row y as wide as the destination.
 template <int taps, class GetRow>
-void ResampleRows(const ResizeJob& job, GetRow row) {
-  for (std::int32_t y = 0; y < job.rows.extent; ++y) {
-    const Taps<taps> placed = PlaceTaps<taps>(job.rows, y);
+void ResampleRows(const ResizePlan& plan, GetRow row) {
+  for (std::int32_t y = 0; y < plan.rows.extent; ++y) {
+    const Taps<taps> placed = PlaceTaps<taps>(plan.rows, y);
     SrcRow rows[taps];
-    for (int k = 0; k < taps; ++k) rows[k] = row(ClampToSource(job.rows, std::int64_t{placed.first} + k));
-    BlendRows(rows, placed.weights, Row(job.dst, job.dstStep, y), job.columns.extent);
-  }
-}
-
-template <int taps>
-StatusCode Resample(const ResizeJob& job) {
-  if (job.columns.factor == 1.0) {
-    ResampleRows<taps>(job, [&](std::int32_t y) { return Row(job.src, job.srcStep, y); });
-    return StatusCode::Success;
-  }
-  const ColumnTaps<taps> columnTaps(job.columns);
-  if (!columnTaps) return StatusCode::WorkBufferUnavailable;
-  if (job.rows.factor == 1.0) {
-    for (std::int32_t y = 0; y < job.rows.extent; ++y) {
-      columnTaps.Resample(Row(job.src, job.srcStep, y), Row(job.dst, job.dstStep, y));
-    }
-    return StatusCode::Success;
-  }
-  RowRing<taps> ring(job, columnTaps);
-  if (!ring) return StatusCode::WorkBufferUnavailable;
-  ResampleRows<taps>(job, [&](std::int32_t y) { return ring.Get(y); });
-  return StatusCode::Success;
-}
-
-bool IsResampling(ResizeInterpolation interpolation) {
-  switch (interpolation) {
-    case ResizeInterpolation::Nearest:
-    case ResizeInterpolation::Linear:
-    case ResizeInterpolation::Cubic:
-    case ResizeInterpolation::EightPoint:
-      return true;
-    default:
-      return false;
+    for (int k = 0; k < taps; ++k) rows[k] = row(ClampToSource(plan.rows, std::int64_t{placed.first} + k));
+    CombineRows(rows, placed.weights, Row(plan.dst, plan.dstStep, y), plan.columns.extent);
   }
 }
 
 }  // namespace
 
-StatusCode ResampleFLOAT32(const FLOAT32* src, RegionSize srcSize, std::int32_t srcStep, Rect srcRegion, FLOAT32* dst,
-                           std::int32_t dstStep, RegionSize dstSize, FLOAT64 xFactor, FLOAT64 yFactor,
-                           std::int32_t interpolation) {
-  StatusCode status = CheckResize(src, srcSize, srcRegion, dst, dstSize, xFactor, yFactor);
-  if (status != StatusCode::Success) return status;
-  if (!IsResampling(static_cast<ResizeInterpolation>(interpolation))) return StatusCode::UnknownInterpolation;
-  ResizeJob job;
-  status = PlanResize(src, srcSize, srcStep, srcRegion, dst, dstStep, dstSize, xFactor, yFactor, &job);
-  if (status != StatusCode::Success) return status;
-  if (IsCopy(job)) return ResampleNearest(job);
-  switch (FitToSource(static_cast<ResizeInterpolation>(interpolation), srcSize)) {
-    case ResizeInterpolation::Linear:
-      if (IsHalving(job)) {
-        Halve(job);
-        return StatusCode::Success;
-      }
-      return Resample<2>(job);
-    case ResizeInterpolation::Cubic:
-      return Resample<4>(job);
-    case ResizeInterpolation::EightPoint:
-      return Resample<8>(job);
-    default:
-      return ResampleNearest(job);
+template <int taps>
+StatusCode Resample(const ResizePlan& plan) {
+  if (plan.columns.factor == 1.0) {
+    ResampleRows<taps>(plan, [&](std::int32_t y) { return Row(plan.src, plan.srcStep, y); });
+    return StatusCode::Success;
   }
+  const ColumnTaps<taps> columnTaps(plan.columns);
+  if (!columnTaps) return StatusCode::WorkBufferUnavailable;
+  if (plan.rows.factor == 1.0) {
+    for (std::int32_t y = 0; y < plan.rows.extent; ++y) {
+      columnTaps.Resample(Row(plan.src, plan.srcStep, y), Row(plan.dst, plan.dstStep, y));
+    }
+    return StatusCode::Success;
+  }
+  RowRing<taps> ring(plan, columnTaps);
+  if (!ring) return StatusCode::WorkBufferUnavailable;
+  ResampleRows<taps>(plan, [&](std::int32_t y) { return ring.Get(y); });
+  return StatusCode::Success;
 }
+
+template StatusCode Resample<2>(const ResizePlan& plan);
+template StatusCode Resample<4>(const ResizePlan& plan);
+template StatusCode Resample<8>(const ResizePlan& plan);
 
 }  // namespace norvala
