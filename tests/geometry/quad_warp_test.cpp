@@ -207,6 +207,19 @@ TEST(QuadWarpTest, EqualRectanglesCopy) {
   EXPECT_EQ(dst.Bytes(), expected.Bytes());
 }
 
+// Columns 5 to 55 of the last row show the source's last row at half its pitch, from border to border.
+TEST(QuadWarpTest, PerspectiveReachesTheBorderOfTheRegion) {
+  Random random(9);
+  Image<BW8> src(26, 18);
+  src.FillRandom(random);
+  Image<BW8> dst(64, 35);
+  Image<BW8> expected(dst);
+  Warp(Norvala_WarpPerspectiveQuad, src, WholeOf(src), {-4, 0, 29, 0, 29, 17, -4, 17}, dst, WholeOf(dst),
+       {13.5, 0, 46.5, 0, 63, 34, -3, 34}, kLinear);
+  for (int x = 0; x < 26; ++x) EXPECT_EQ(dst.Get(5 + 2 * x, 34), src.Get(x, 17)) << x;
+  for (const int x : {4, 56}) EXPECT_EQ(dst.Get(x, 34), expected.Get(x, 34)) << x;
+}
+
 TEST(QuadWarpTest, StaysInsideBothImages) {
   Random random(7);
   constexpr double kFar[] = {1e-300, 1e-12, 1e6, -1e6, 3e9, 1e18, -1e18, 1e155, -1e155, 1e308, -1e308, INFINITY, NAN};

@@ -3,6 +3,7 @@
 #include "geometry/geometry.h"
 #include "geometry/warp/quad_checks.h"
 #include "geometry/warp/row_spans.h"
+#include "geometry/warp/sample_pixel.h"
 
 namespace norvala {
 namespace {
@@ -122,8 +123,11 @@ StatusCode WarpPerspectiveQuad(const void* src, RegionSize srcSize, std::int32_t
   const RowSpans spans(ClipPolygon(Polygon(quads.destination), box), box, quads.clockwise);
   if (!spans) return StatusCode::NoDestinationOverlap;
 
+  // The division leaves some positions on the region's border a little outside.
   const Box region = Corners(request.EffectiveRegion());
-  WarpRowsPerspective(request.Source(), inverse, spans, quads.sourceInside ? nullptr : &region, depth, request.Kernel(),
+  const Box limit = {region.left - kPositionTolerance, region.top - kPositionTolerance,
+                     region.right + kPositionTolerance, region.bottom + kPositionTolerance};
+  WarpRowsPerspective(request.Source(), inverse, spans, quads.sourceInside ? nullptr : &limit, depth, request.Kernel(),
                       dst, dstStep);
   return StatusCode::Success;
 }
