@@ -58,10 +58,11 @@ StatusCode WarpAffine(const void* src, RegionSize srcSize, std::int32_t srcStep,
   if (!IsConvex(shape)) return StatusCode::BadCoefficients;
   const bool clockwise = shape == QuadrilateralShape::Clockwise;
   const Box box = request.DestinationBox();
-  const RowSpans spans(ClipPolygon(Polygon(quad), box), box, clockwise);
-  if (!spans) return StatusCode::NoDestinationOverlap;
-
-  WarpRowsAffine(request.Source(), InvertToRectangle(quad, corners), spans, depth, request.Kernel(), dst, dstStep);
+  {
+    const RowSpans spans(ClipPolygon(Polygon(quad), box), box, clockwise);
+    if (!spans) return StatusCode::NoDestinationOverlap;
+    WarpRowsAffine(request.Source(), InvertToRectangle(quad, corners), spans, depth, request.Kernel(), dst, dstStep);
+  }
   if (request.HasSmoothEdge()) SmoothEdge(dst, dstStep, depth, quad, box, clockwise);
   return StatusCode::Success;
 }

@@ -60,10 +60,11 @@ StatusCode WarpAffineQuad(const void* src, RegionSize srcSize, std::int32_t srcS
     }
   }
   const Box box = request.DestinationBox();
-  const RowSpans spans(ClipPolygon(written, box), box, quads.clockwise);
-  if (!spans) return StatusCode::NoDestinationOverlap;
-
-  WarpRowsAffine(request.Source(), inverse, spans, depth, request.Kernel(), dst, dstStep);
+  {
+    const RowSpans spans(ClipPolygon(written, box), box, quads.clockwise);
+    if (!spans) return StatusCode::NoDestinationOverlap;
+    WarpRowsAffine(request.Source(), inverse, spans, depth, request.Kernel(), dst, dstStep);
+  }
   if (request.HasSmoothEdge() && quads.sourceInside) {
     SmoothEdge(dst, dstStep, depth, quads.destination, box, quads.clockwise);
   }
