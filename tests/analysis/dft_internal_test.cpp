@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <utility>
 #include <vector>
 
 #include "analysis/analysis.h"
@@ -186,6 +187,24 @@ TEST(Dft2DTest, StatusesInOrder) {
   EXPECT_EQ(kExpandPackedFLOAT32(image, {0, 4}, 0, spectrum, 0), NonPositiveSize);
   EXPECT_EQ(kExpandPackedFLOAT32(image, {5, 4}, 0, spectrum, 40), NonPositiveStep);
   EXPECT_EQ(kExpandPackedFLOAT32(image, {5, 4}, 20, spectrum, 0), NonPositiveStep);
+}
+
+// A wrong tag inside is found before anything is written, whatever the transform would have read of it.
+TEST(Dft2DTest, ChecksTheTagOfEverySpecificationInside) {
+  for (const auto& [width, height] : {std::pair(12, 9), {1, 9}, {12, 1}, {40, 8}}) {
+    Image<FLOAT32> src(width, height);
+    src.Fill([] { return 1.0F; });
+    const Image<FLOAT32> dst(width, height);
+    const auto untouched = dst.Bytes();
+    const Spec2D spec(width, height);
+    for (std::int32_t* const tag :
+         {&spec->rowRealSpec->tag, &spec->columnRealSpec->tag, &spec->columnComplexSpec->tag}) {
+      const std::int32_t right = std::exchange(*tag, kDftSpec2DTag);
+      EXPECT_EQ(Transform(src, dst, spec), WrongStateKind) << width << " x " << height;
+      EXPECT_EQ(dst.Bytes(), untouched);
+      *tag = right;
+    }
+  }
 }
 
 TEST(Dft2DTest, SpecificationFields) {

@@ -146,6 +146,16 @@ StatusCode TransformColumns(const Packed& packed, const DftSpec2D& spec, const D
   return packed.width % 2 == 0 ? TransformRealColumn(packed, packed, last, real) : StatusCode::Success;
 }
 
+StatusCode CheckNestedSpecs(const DftSpec2D& spec) {
+  if (spec.rowRealSpec == nullptr || spec.columnComplexSpec == nullptr) return StatusCode::NullPointer;
+  const auto isWrong = [](const auto* nested, std::int32_t tag) { return nested != nullptr && nested->tag != tag; };
+  if (isWrong(spec.rowRealSpec, kDftSpec1DRealTag) || isWrong(spec.columnRealSpec, kDftSpec1DRealTag) ||
+      isWrong(spec.columnComplexSpec, kDftSpec1DComplexTag) || isWrong(spec.reservedSpec, kDftSpec1DComplexTag)) {
+    return StatusCode::WrongStateKind;
+  }
+  return StatusCode::Success;
+}
+
 }  // namespace
 
 StatusCode TransformPackedFLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
@@ -156,6 +166,7 @@ StatusCode TransformPackedFLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOA
   if (srcStep < 1 || dstStep < 1) return StatusCode::NonPositiveStep;
   const Scratch memory(scratch, spec->workSize);
   if (!memory) return StatusCode::WorkBufferUnavailable;
+  if (const StatusCode status = CheckNestedSpecs(*spec); status != StatusCode::Success) return status;
 
   const DftSpec1DReal& columnReal = spec->columnRealSpec == nullptr ? *spec->rowRealSpec : *spec->columnRealSpec;
   const Packed packed = {dst, dstStep, spec->width, spec->height, memory.data()};
