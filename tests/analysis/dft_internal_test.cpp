@@ -207,6 +207,17 @@ TEST(Dft2DTest, ChecksTheTagOfEverySpecificationInside) {
   }
 }
 
+// Sizes are refused for what their scratch does not fit into, not before, and after a bad normalisation.
+TEST(Dft2DTest, SizesUpToTheFieldOfTheScratch) {
+  DftSpec2D* failed = nullptr;
+  for (const auto& [width, height] : {std::pair(1 << 28, 1), {1, 1 << 26}, {INT32_MAX, INT32_MAX}}) {
+    EXPECT_EQ(kCreateDftSpec2D(&failed, width, height, 0, 2), BadNormalisation);
+    EXPECT_EQ(kCreateDftSpec2D(&failed, width, height, 8, 2), WorkBufferUnavailable);
+  }
+  const Spec2D spec(1, 1 << 24);
+  EXPECT_GT(spec->workSize, std::uint32_t{INT32_MAX});
+}
+
 TEST(Dft2DTest, SpecificationFields) {
   const HeapWatch heap;
   {

@@ -11,10 +11,12 @@ namespace {
 StatusCode Fill(DftSpec2D& spec, std::int32_t normalisation) {
   const std::int64_t width = spec.width;
   const std::int64_t height = spec.height;
-  // Sizes beyond any scratch fail before long tables are made for them.
-  if (std::max(width * 16, height * 64) > INT32_MAX) return StatusCode::WorkBufferUnavailable;
+  // A bad flag is told before a size that is too large, and that before long tables are made for it.
+  StatusCode status = dft::Normalisation{}.Set(normalisation, spec.width);
+  if (status != StatusCode::Success) return status;
+  if (std::max(width * 16, height * 64) > UINT32_MAX) return StatusCode::WorkBufferUnavailable;
   dft::SharedRoots roots;
-  StatusCode status = CreateDftSpec1DReal(&spec.rowRealSpec, spec.width, normalisation, spec.hint, roots);
+  status = CreateDftSpec1DReal(&spec.rowRealSpec, spec.width, normalisation, spec.hint, roots);
   if (status != StatusCode::Success) return status;
   const DftSpec1DReal* columnReal = spec.rowRealSpec;
   if (height != width) {
@@ -27,7 +29,7 @@ StatusCode Fill(DftSpec2D& spec, std::int32_t normalisation) {
   const std::int64_t workSize =
       std::max({width * 16 + spec.rowRealSpec->scratchSize, height * 16 + columnReal->scratchSize,
                 height * 64 + spec.columnComplexSpec->scratchSize});
-  if (workSize > INT32_MAX) return StatusCode::WorkBufferUnavailable;
+  if (workSize > UINT32_MAX) return StatusCode::WorkBufferUnavailable;
   spec.workSize = static_cast<std::uint32_t>(workSize);
   return StatusCode::Success;
 }
