@@ -64,10 +64,10 @@ StatusCode PyrDownGetBufSizeGauss5x5(std::int32_t width, std::int32_t elementTyp
   if (width < 1) return StatusCode::NonPositiveSize;
   if (channels != 1 && channels != 3) return StatusCode::UnsupportedChannels;
   if (elementType != 1 && elementType != 2 && elementType != 9) return StatusCode::UnsupportedDataType;
-  const std::int64_t accumulator = (std::int64_t{width} * channels * 4 + 15) & ~std::int64_t{15};
+  const std::int64_t accumulator = AlignUp<std::int64_t>(std::int64_t{width} * channels * 4, 16);
   const std::int64_t size = accumulator * 6 + 32;
   if (size > INT32_MAX) return StatusCode::NonPositiveSize;
-  *reinterpret_cast<Unaligned<std::int32_t>*>(bufferSize) = static_cast<std::int32_t>(size);
+  StoreUnaligned(bufferSize, static_cast<std::int32_t>(size));
   return StatusCode::Success;
 }
 

@@ -23,14 +23,13 @@ template <class Sum>
 class RowAccumulators {
  public:
   RowAccumulators(std::uint8_t* buffer, std::int32_t dstWidth)
-      : first_((reinterpret_cast<std::uintptr_t>(buffer) + 31) & ~std::uintptr_t{31}),
-        size_((static_cast<std::size_t>(dstWidth) * 4 + 15) & ~std::size_t{15}) {}
+      : first_(AlignUp(buffer, 32)), size_(AlignUp<std::size_t>(static_cast<std::size_t>(dstWidth) * 4, 16)) {}
 
   Sum* Of(std::int64_t row) const { return reinterpret_cast<Sum*>(first_ + static_cast<std::size_t>(row % 6) * size_); }
 
  private:
   static_assert(sizeof(Sum) <= 4);
-  std::uintptr_t first_;
+  std::uint8_t* first_;
   std::size_t size_;
 };
 

@@ -33,17 +33,6 @@ FLOAT32 LastSumOfEvenWidth(const Pixel* end) {
 // The whole of a direction of one or two pixels, from the sums across it at its first and last pixel.
 FLOAT32 TwoSums(FLOAT32 first, FLOAT32 last) { return static_cast<FLOAT32>((double{first} + last) * 8 * kScale); }
 
-// Two floats as doubles.
-F64x2 LoadPair(const Pixel* source) {
-  const F64x2 bits = {LoadUnaligned<double>(source)};
-  const auto wide = ConvertLanes<F64x4>(BitCastLanes<F32x4>(bits));
-  return __builtin_shufflevector(wide, wide, 0, 1);
-}
-
-void StoreFour(Pixel* destination, F64x2 low, F64x2 high) {
-  StoreUnaligned(destination, ConvertLanes<F32x4>(__builtin_shufflevector(low, high, 0, 1, 2, 3)));
-}
-
 // The sums of a row at its even columns.
 void FilterRow(const Pixel* __restrict src, std::int32_t width, FLOAT32* __restrict sums) {
   const std::int32_t count = HalfSize(width);
@@ -73,12 +62,12 @@ void FilterRow(const Pixel* __restrict src, std::int32_t width, FLOAT32* __restr
 void CombineRows(const FLOAT32* const (&rows)[5], std::int32_t count, Pixel* __restrict dst) {
   const FLOAT32 *above2 = rows[0], *above = rows[1], *centre = rows[2], *below = rows[3], *below2 = rows[4];
   const auto two = [&](std::int32_t j) {
-    return FiveSum(LoadPair(above2 + j), LoadPair(above + j), LoadPair(centre + j), LoadPair(below + j),
-                   LoadPair(below2 + j)) *
+    return FiveSum(LoadFloatsAsDoubles(above2 + j), LoadFloatsAsDoubles(above + j), LoadFloatsAsDoubles(centre + j),
+                   LoadFloatsAsDoubles(below + j), LoadFloatsAsDoubles(below2 + j)) *
            kScale;
   };
   std::int32_t j = 0;
-  for (; j <= count - 4; j += 4) StoreFour(dst + j, two(j), two(j + 2));
+  for (; j <= count - 4; j += 4) StoreUnaligned(dst + j, ConvertFromDoubles<F32x4>(two(j), two(j + 2)));
   for (; j < count; ++j) {
     dst[j] = static_cast<FLOAT32>(FiveSum<double>(above2[j], above[j], centre[j], below[j], below2[j]) * kScale);
   }
