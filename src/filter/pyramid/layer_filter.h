@@ -176,7 +176,7 @@ class IntegerFilter {
 bool SumsAreNarrow(const PyramidLayerState& state);
 bool SumsAreIntegers(const PyramidLayerState& state);
 
-// The filtered rows of an image, to be asked for from top to bottom.
+// The filtered rows of an image, made on request from top to bottom.
 template <class Filter>
 class FilteredRows {
  public:
