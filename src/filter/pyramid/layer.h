@@ -19,22 +19,15 @@ struct PyramidLayerState {
 
 namespace norvala {
 
-// Stores the taps of a kernel so that a flat region keeps its level times 8192; of the kernel only the centre and the
-// left half count. Returns whether the right half mirrors the left. `normalised` is zeroed and has room for one tap
-// more than `size`: a kernel whose taps sum to 0 is stored as given, its left half mirrored one place too far right.
-bool NormaliseLayerKernel(const std::int16_t* kernel, std::int32_t size, std::int16_t* normalised);
+inline bool IsLayerRate(FLOAT32 rate) { return rate > 1.0F && rate <= 10.0F; }
 
-// Pixels of a direction after reduction.
-std::int32_t ReducedSize(std::int32_t size, FLOAT32 rate);
+// Vector loops run over whole groups of columns.
+inline constexpr std::int32_t kColumnsAtOnce = 8;
 
-// Reduces an image that passed all checks and is no larger than the state was made for.
-void ReduceLayer(const BW8* src, std::int32_t srcStep, RegionSize srcSize, BW8* dst, std::int32_t dstStep,
-                 RegionSize dstSize, const PyramidLayerState& state);
-
-// The buffers of a reduction in the first work area, for rows of `width` pixels and `kernelSize` taps. Vector loops
-// run over whole groups of 8, so every line has its width rounded up.
+// The buffers of a reduction in the first work area, for rows of `width` pixels and `kernelSize` taps. Every line
+// has its width rounded up to whole groups of columns.
 struct LayerLines {
-  std::int32_t columns;     // width rounded up to a multiple of 8
+  std::int32_t columns;     // width rounded up
   std::uint16_t* padded;    // a source row between its mirrored borders: columns + kernelSize - 1
   std::int16_t* filtered;   // a filtered row: columns, and one more that may be read
   std::int16_t* resampled;  // two resampled rows: 2 * columns
