@@ -25,7 +25,8 @@ def main():
         imports = sorted(re.findall(r"DLL Name: (\S+)", dump))
         if imports != ["KERNEL32.dll", "msvcrt.dll"]:
             problems.append(f"imports {imports}")
-        for flag in ("DYNAMIC_BASE", "NX_COMPAT"):
+        bitness = "NO_SEH" if "pei-i386" in dump else "HIGH_ENTROPY_VA"
+        for flag in ("DYNAMIC_BASE", "NX_COMPAT", bitness):
             if flag not in dump:
                 problems.append(f"lacks the flag {flag}")
         if not re.search(r"^Entry 2 (?!0+ )\S+ \S+ Resource Directory", dump, re.MULTILINE):

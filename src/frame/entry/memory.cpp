@@ -5,7 +5,7 @@
 
 using namespace norvala;
 
-const char* Norvala_GetVersion(void) { return "1.0.0.0"; }
+const char* Norvala_GetVersion(void) { return NORVALA_VERSION; }
 
 BW8* Norvala_1DMallocBW8(int32_t count) { return static_cast<BW8*>(kMalloc1DBW8(count)); }
 FLOAT32* Norvala_1DMallocFLOAT32(int32_t count) { return static_cast<FLOAT32*>(kMalloc1DFLOAT32(count)); }
