@@ -7,7 +7,7 @@
 #include "analysis/analysis.h"
 #include "analysis/dft/spec2d.h"
 #include "support/failing_heap.h"
-#include "support/image.h"
+#include "support/old_image.h"
 
 namespace norvala {
 namespace {

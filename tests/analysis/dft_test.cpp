@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "norvala.h"
-#include "support/image.h"
+#include "support/old_image.h"
 
 namespace norvala_test {
 namespace {

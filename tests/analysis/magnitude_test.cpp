@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "norvala.h"
-#include "support/image.h"
+#include "support/old_image.h"
 
 namespace norvala_test {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "norvala.h"
 #include "support/guarded_memory.h"
-#include "support/image.h"
+#include "support/old_image.h"
 
 namespace norvala_test {
 namespace {

@@ -5,7 +5,7 @@
 
 #include "filter/naive_mirror.h"
 #include "norvala.h"
-#include "support/image.h"
+#include "support/old_image.h"
 
 namespace norvala_test {
 namespace {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "norvala.h"
-#include "support/image.h"
+#include "support/old_image.h"
 
 namespace norvala_test {
 namespace {

@@ -11,7 +11,7 @@
 #endif
 
 #include "norvala.h"
-#include "support/image.h"
+#include "support/old_image.h"
 
 namespace norvala_test {
 namespace {

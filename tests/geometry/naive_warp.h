@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "norvala.h"
-#include "support/image.h"
+#include "support/old_image.h"
 
 // Warps in their plainest form, pixel by pixel, as the yardstick of the library's.
 

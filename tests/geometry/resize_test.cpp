@@ -7,7 +7,7 @@
 #include <numbers>
 
 #include "norvala.h"
-#include "support/image.h"
+#include "support/old_image.h"
 
 namespace norvala_test {
 namespace {

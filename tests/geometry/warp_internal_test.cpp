@@ -10,7 +10,7 @@
 #include "geometry/warp/row_spans.h"
 #include "geometry/warp/sample_pixel.h"
 #include "support/failing_heap.h"
-#include "support/image.h"
+#include "support/old_image.h"
 
 namespace norvala {
 namespace {

@@ -15,25 +15,6 @@
 
 namespace norvala_test {
 
-std::uint8_t Choices::Byte() {
-  if (!finite_) return static_cast<std::uint8_t>(random_());
-  if (size_ == 0) return 0;
-  --size_;
-  return *data_++;
-}
-
-std::uint32_t Choices::Word() {
-  std::uint32_t word = 0;
-  for (int i = 0; i < 4; ++i) word = word << 8 | Byte();
-  return word;
-}
-
-int Choices::Int(int low, int high) {
-  const std::uint32_t range = static_cast<std::uint32_t>(high) - static_cast<std::uint32_t>(low) + 1;
-  const std::uint32_t word = range != 0 && range <= 256 ? Byte() : Word();
-  return static_cast<int>(static_cast<std::uint32_t>(low) + (range == 0 ? word : word % range));
-}
-
 void Outcome::Result(std::int32_t result) {
   failed_ = failed_ || result != 0;
   Add(result);
@@ -142,7 +123,7 @@ class Pixels {
     bytes_ = static_cast<std::size_t>(bytes);
     begin_ = memory_.get() + misalign;
     origin_ = begin_ + origin;
-    std::mt19937 random(choices.ContentSeed());
+    std::mt19937 random(choices.Word());
     for (std::size_t i = 0; i + kElement <= bytes_; i += kElement) {
       const T value = ContentValue<T>(random);
       std::memcpy(begin_ + i, &value, sizeof value);
@@ -262,7 +243,7 @@ void Round(Choices& c, Outcome& o) {
 
 template <auto call, class T>
 void Set(Choices& c, Outcome& o) {
-  std::mt19937 random(c.ContentSeed());
+  std::mt19937 random(c.Word());
   const T value = ContentValue<T>(random);
   OneImage<T>(c, o, [&](auto... arguments) { return call(value, arguments...); });
 }
@@ -310,7 +291,7 @@ void Shift(Choices& c, Outcome& o) {
 }
 
 void Divide(Choices& c, Outcome& o) {
-  std::mt19937 random(c.ContentSeed());
+  std::mt19937 random(c.Word());
   const auto divisor = c.OneIn(8) ? (c.OneIn(2) ? 0.0F : -0.0F) : ContentValue<FLOAT32>(random);
   OneImage<FLOAT32>(c, o, [&](auto... arguments) { return Norvala_DivCFLOAT32_C1IR(divisor, arguments...); });
 }
@@ -356,7 +337,7 @@ void Grey(Choices& c, Outcome& o) {
 
 template <class Tap>
 std::vector<Tap> Taps(Choices& c, int count) {
-  std::mt19937 random(c.ContentSeed());
+  std::mt19937 random(c.Word());
   const int kind = c.Int(0, 3);
   std::vector<Tap> taps(static_cast<std::size_t>(std::max(count, 1)));
   for (Tap& tap : taps) {
@@ -432,7 +413,7 @@ class WorkBuffer {
 class PipelineRows {
  public:
   PipelineRows(Choices& c, int rows, int width) : width_(static_cast<std::size_t>(std::max(width, 1))) {
-    std::mt19937 random(c.ContentSeed());
+    std::mt19937 random(c.Word());
     for (int y = 0; y < rows; ++y) {
       memory_.emplace_back(new std::int16_t[width_]);
       std::generate_n(memory_.back().get(), width_, [&] { return static_cast<std::int16_t>(random()); });
@@ -733,7 +714,7 @@ void Dft(Choices& c, Outcome& o) {
   Pixels<FLOAT32> dst(c, width < 1 ? width : 2 * width, height, dstStep);
   // Plain values: with infinities or wide ranges nothing could be compared within a bound.
   if (src.data() != nullptr && width > 0 && height > 0 && src.step() >= 1) {
-    std::mt19937 random(c.ContentSeed());
+    std::mt19937 random(c.Word());
     for (int y = 0; y < height; ++y) {
       for (int x = 0; x < width; ++x) {
         const auto value = static_cast<float>(random() % 256);
@@ -772,7 +753,7 @@ void Distance(Choices& c, Outcome& o) {
   Pixels<FLOAT32> dst(c, width, height, StepRule::Row);
   // A mask of mostly set pixels.
   if (src.data() != nullptr && width > 0 && height > 0 && src.step() >= width) {
-    std::mt19937 random(c.ContentSeed());
+    std::mt19937 random(c.Word());
     const unsigned sparse = 1U << c.Int(0, 12);
     for (int y = 0; y < height; ++y) {
       for (int x = 0; x < width; ++x) src.data()[std::ptrdiff_t{y} * src.step() + x] = random() % sparse != 0;

@@ -6,30 +6,9 @@
 #include <span>
 #include <vector>
 
+#include "support/choices.h"
+
 namespace norvala_test {
-
-// Where the arguments of a call come from: an endless pseudo-random sequence, or the bytes of a fuzzer's input (zeros
-// once they are used up). The same on every platform.
-class Choices {
- public:
-  explicit Choices(std::uint32_t seed) : random_(seed) {}
-  Choices(const std::uint8_t* data, std::size_t size) : data_(data), size_(size), finite_(true) {}
-
-  std::uint32_t Word();
-  int Int(int low, int high);  // both included
-  bool OneIn(int n) { return Int(0, n - 1) == n - 1; }
-
-  // Seed for filling a buffer: contents need no choices of their own.
-  std::uint32_t ContentSeed() { return Word(); }
-
- private:
-  std::uint8_t Byte();
-
-  std::mt19937 random_;
-  const std::uint8_t* data_ = nullptr;
-  std::size_t size_ = 0;
-  bool finite_ = false;
-};
 
 // What a call returned and wrote: exact results as a hash, results that rest on the runtime's sine and cosine as
 // values to be compared within a bound.

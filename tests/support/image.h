@@ -3,142 +3,139 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <iterator>
-#include <limits>
 #include <random>
+#include <span>
 #include <type_traits>
 #include <vector>
 
-#include "support/guarded_memory.h"
+#include "support/choices.h"
 
 namespace norvala_test {
 
-using Random = std::mt19937;
+// Memory between two pages that may not be touched.
+class GuardedPages {
+ public:
+  explicit GuardedPages(std::size_t bytes);
+  GuardedPages(GuardedPages&& other) noexcept;
+  GuardedPages& operator=(GuardedPages&&) = delete;
+  ~GuardedPages();
 
-inline int RandomInt(Random& random, int low, int high) {
-  return std::uniform_int_distribution<int>(low, high)(random);
-}
+  // Whole pages: at least the bytes asked for.
+  std::span<unsigned char> bytes() const { return {data_, size_}; }
 
-// A width or height worth testing: mostly 1 to 70, now and then some hundreds or thousands.
-inline int RandomSize(Random& random) {
-  return RandomInt(random, 0, 15) == 0 ? RandomInt(random, 71, 3000) : RandomInt(random, 1, 70);
-}
-
-// Values at which float code goes wrong, mixed with ordinary ones of several magnitudes.
-inline float RandomFloat(Random& random) {
-  constexpr float kInfinity = std::numeric_limits<float>::infinity();
-  constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-  static constexpr float kSpecial[] = {0.0F,          -0.0F,          0.5F,      -0.5F,      1.5F,
-                                       254.5F,        255.0F,         65534.5F,  65535.0F,   1e-40F,
-                                       3.4028235e38F, -3.4028235e38F, kInfinity, -kInfinity, kNaN};
-  const int kind = RandomInt(random, 0, 19);
-  if (kind == 0) return kSpecial[RandomInt(random, 0, static_cast<int>(std::size(kSpecial)) - 1)];
-  const float unit = std::uniform_real_distribution<float>(-1.0F, 1.0F)(random);
-  if (kind < 8) return unit * 300.0F;
-  if (kind < 12) return unit * 70000.0F;
-  if (kind < 16) return static_cast<float>(RandomInt(random, -600, 600)) * 0.5F;
-  return unit * 1e30F;
-}
-
-template <class T>
-T RandomValue(Random& random) {
-  if constexpr (std::is_floating_point_v<T>) {
-    return static_cast<T>(RandomFloat(random));
-  } else {
-    return static_cast<T>(random());
-  }
-}
-
-// Where an image lies in its memory.
-struct Layout {
-  int margin = 0;    // readable pixels on every side of the region
-  int padding = 0;   // bytes between the end of a row (margins included) and the next, any number
-  int misalign = 0;  // bytes by which the first pixel misses the alignment of its type
+ private:
+  unsigned char* data_;
+  std::size_t size_;
 };
 
-inline Layout RandomLayout(Random& random, int margin = 0) {
-  const bool odd = RandomInt(random, 0, 1) != 0;
-  return {margin, odd ? RandomInt(random, 0, 9) : 4 * RandomInt(random, 0, 4), odd ? RandomInt(random, 0, 3) : 0};
-}
+// Which steps an operation serves, so which may be drawn for it.
+enum class Steps {
+  Any,       // zero and negative ones, too
+  Positive,  // rows may overlap
+  Row,       // a row must fit
+};
 
-// An image in guarded memory: the last byte of its last row (its margin included) lies against a no-access page, or,
-// flush at the start, the first byte of its first row does. Padding bytes hold a pattern whose change can be told.
+// What may be used around an image's region, in elements, and what is known of its step.
+struct Around {
+  int left = 0, right = 0, above = 0, below = 0;
+  Steps steps = Steps::Row;
+  int unit = 1;       // the operation rounds the step down to a multiple of this
+  bool bits = false;  // floats are compared as bits; otherwise every NaN is as good as another
+};
+
+// A value at which code goes wrong, or an ordinary one of some magnitude.
 template <class T>
+T Noise(std::mt19937& random);
+
+// An image in memory of its own: exactly the bytes that its rows span, whatever the step, up to a no-access page on one
+// side. A kernel, a list of pointers or one result is an image, too. Filled with noise.
 class Image {
  public:
-  Image(int width, int height, Layout layout = {}, GuardedMemory::Flush flush = GuardedMemory::Flush::End)
-      : width_(width),
-        height_(height),
-        layout_(layout),
-        flush_(flush),
-        margin_(layout.margin),
-        step_((width + 2 * layout.margin) * static_cast<int>(sizeof(T)) + layout.padding),
-        memory_(ByteCount(width, height, layout, step_), flush) {
-    // The last row ends the memory; flush at the end, misalignment follows from trailing bytes left unused.
-    const std::ptrdiff_t first = flush == GuardedMemory::Flush::End ? 0 : layout.misalign;
-    origin_ = memory_.data() + first + std::ptrdiff_t{margin_} * step_ + margin_ * static_cast<int>(sizeof(T));
-    for (std::size_t i = 0; i < memory_.size(); ++i) memory_.data()[i] = static_cast<unsigned char>(0xA5 ^ i);
+  enum class Kind { Bits, Float32, Float64, Pointers };
+
+  template <class T>
+  static Image Of(Choices& choices, RegionSize size, const Around& around) {
+    Image image(choices, size, around, sizeof(T),
+                std::is_pointer_v<T>                          ? Kind::Pointers
+                : !std::is_floating_point_v<T> || around.bits ? Kind::Bits
+                : sizeof(T) == 4                              ? Kind::Float32
+                                                              : Kind::Float64);
+    std::mt19937 random(choices.Word());
+    if constexpr (!std::is_pointer_v<T>) image.Fill<T>([&] { return Noise<T>(random); });
+    return image;
   }
 
-  // A copy with the same layout and the same bytes, to which a naive reference is applied.
-  Image(const Image& other) : Image(other.width_, other.height_, other.layout_, other.flush_) {
-    SetBytes(other.Bytes());
-  }
-
-  int width() const { return width_; }
-  int height() const { return height_; }
+  void* data() const { return origin_; }
   int step() const { return step_; }
-  T* data() const { return reinterpret_cast<T*>(origin_); }
+  std::ptrdiff_t origin() const { return origin_ - memory_.bytes().data(); }  // where the region begins
 
-  // Reads or writes one pixel; coordinates may reach into the margin.
-  T Get(int x, int y) const {
-    T value;
+  template <class T>
+  void Set(int x, int y, T value) {
+    std::memcpy(Address(x, y), &value, sizeof value);
+  }
+  // Makes all elements, those around the region included, row by row.
+  template <class T, class Make>
+  void Fill(Make make) {
+    for (int y = -around_.above; y < size_.height + around_.below; ++y) {
+      for (int x = -around_.left; x < size_.width + around_.right; ++x) Set<T>(x, y, make());
+    }
+  }
+
+  // All of the memory, what lies outside of the rows included: equal bytes mean that nothing else was written.
+  std::vector<unsigned char> Bytes() const;
+  void SetBytes(const std::vector<unsigned char>& bytes);
+  // Makes all NaNs of the region one and the same, unless they are compared as bits.
+  void UnifyNaNs();
+  // The elements of the region of a float image.
+  std::vector<double> Values() const;
+  Kind kind() const { return kind_; }
+
+ private:
+  Image(Choices& choices, RegionSize size, const Around& around, int elementSize, Kind kind);
+  unsigned char* Address(int x, int y) const {
+    return origin_ + std::ptrdiff_t{y} * rowStep_ + std::ptrdiff_t{x} * elementSize_;
+  }
+  template <class T>
+  void UnifyNaNsOf();
+
+  RegionSize size_;
+  int elementSize_;
+  Around around_;
+  Kind kind_;
+  int step_;
+  std::ptrdiff_t rowStep_;
+  GuardedPages memory_;
+  unsigned char* origin_ = nullptr;
+};
+
+// The pixels of an image as a naive reference sees them: any address, any step.
+template <class T>
+class View {
+ public:
+  using Pixel = std::remove_const_t<T>;
+
+  View(T* data, std::ptrdiff_t step = 0) : data_(reinterpret_cast<std::uintptr_t>(data)), step_(step) {}
+  Pixel operator()(int x, int y = 0) const {
+    Pixel value;
     std::memcpy(&value, Address(x, y), sizeof value);
     return value;
   }
-  void Set(int x, int y, T value) { std::memcpy(Address(x, y), &value, sizeof value); }
-
-  // Fills region and margin.
-  template <class Make>
-  void Fill(Make make) {
-    for (int y = -margin_; y < height_ + margin_; ++y) {
-      for (int x = -margin_; x < width_ + margin_; ++x) Set(x, y, make());
-    }
-  }
-  void FillRandom(Random& random) {
-    Fill([&] { return RandomValue<T>(random); });
-  }
-
-  // Makes every pixel of the region from its place, row by row from the top.
-  template <class Make>
-  void FillAt(Make make) {
-    for (int y = 0; y < height_; ++y) {
-      for (int x = 0; x < width_; ++x) Set(x, y, make(x, y));
-    }
-  }
-
-  // All bytes of the image, margins and padding included: equal bytes mean that nothing else was written.
-  std::vector<unsigned char> Bytes() const { return {memory_.data(), memory_.data() + memory_.size()}; }
-  void SetBytes(const std::vector<unsigned char>& bytes) { std::memcpy(memory_.data(), bytes.data(), bytes.size()); }
+  void Set(int x, int y, T value) const { std::memcpy(Address(x, y), &value, sizeof value); }
 
  private:
-  static std::size_t ByteCount(int width, int height, Layout layout, int step) {
-    const int rows = height + 2 * layout.margin;
-    return static_cast<std::size_t>(rows - 1) * static_cast<std::size_t>(step) +
-           static_cast<std::size_t>(width + 2 * layout.margin) * sizeof(T) + static_cast<std::size_t>(layout.misalign);
-  }
   unsigned char* Address(int x, int y) const {
-    return origin_ + std::ptrdiff_t{y} * step_ + x * static_cast<std::ptrdiff_t>(sizeof(T));
+    return reinterpret_cast<unsigned char*>(data_ + static_cast<std::uintptr_t>(y * step_) +
+                                            static_cast<std::uintptr_t>(x * static_cast<std::ptrdiff_t>(sizeof(T))));
   }
-
-  int width_;
-  int height_;
-  Layout layout_;
-  GuardedMemory::Flush flush_;
-  int margin_;
-  int step_;
-  GuardedMemory memory_;
-  unsigned char* origin_;
+  std::uintptr_t data_;
+  std::ptrdiff_t step_;
 };
+
+template <class F>
+void ForEachPixel(RegionSize size, F f) {
+  for (int y = 0; y < size.height; ++y) {
+    for (int x = 0; x < size.width; ++x) f(x, y);
+  }
+}
 
 }  // namespace norvala_test

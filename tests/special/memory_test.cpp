@@ -27,9 +27,19 @@ TEST(AlignedMemoryTest, RefusesWithoutTheHeapAndFailsWithIt) {
   HeapWatch heap;
   std::int32_t step = 0;
   EXPECT_EQ(kMalloc1DBW8(0), nullptr);
-  EXPECT_EQ(kMalloc1DFLOAT64(INT32_MAX), nullptr);
-  EXPECT_EQ(kMalloc2DFLOAT32(0, 1, &step), nullptr);
+  EXPECT_EQ(kMalloc1DFLOAT32(INT32_MAX), nullptr);
+  EXPECT_EQ(kMalloc1DINT32(0x3FFFFFF8), nullptr);  // the elements fit, the bookkeeping does not
+  EXPECT_EQ(kMalloc1DFLOAT64(0x20000000), nullptr);
   EXPECT_EQ(kMalloc2DFLOAT32(1, 1, nullptr), nullptr);
+  struct Refusal {
+    std::int32_t width, height, step;
+  };
+  // The last two: the rows do not fit, the step does; the step does not fit.
+  for (const Refusal r : {Refusal{0, 5, 0}, {5, 0, 0}, {5, INT32_MIN, 0}, {1, INT32_MAX, 32}, {INT32_MAX, 1, 0}}) {
+    step = 77;
+    EXPECT_EQ(kMalloc2DFLOAT32(r.width, r.height, &step), nullptr);
+    EXPECT_EQ(step, r.step) << r.width << "x" << r.height;
+  }
   EXPECT_EQ(heap.allocations(), 0);
   heap.FailAt(0);
   EXPECT_EQ(kMalloc1DFLOAT32(8), nullptr);

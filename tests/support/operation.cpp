@@ -1,0 +1,167 @@
+#include "support/operation.h"
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <limits>
+#include <sstream>
+
+namespace norvala_test {
+
+Checks operator+(Checks first, const Checks& then) {
+  first.insert(first.end(), then.begin(), then.end());
+  return first;
+}
+
+Change Set(int argument, const Value& value) {
+  return [=](Arguments& a) { a[argument] = value; };
+}
+
+Check NotNull(int argument) { return {StatusCode::NullPointer, {Set(argument, static_cast<void*>(nullptr))}}; }
+
+Check AtLeast(int argument, Bound bound, StatusCode status) {
+  const auto to = [=](std::int64_t below, int most) -> Change {
+    return [=](Arguments& a) {
+      Set(argument, std::clamp<std::int64_t>(std::min<std::int64_t>(bound(a) - below, most), INT_MIN, INT_MAX))(a);
+    };
+  };
+  return {status, {to(1, INT_MAX), to(1, 0), to(1, -1), to(1, INT_MIN)}, {to(0, INT_MAX)}};
+}
+Check AtLeast(int argument, int bound, StatusCode status) {
+  return AtLeast(
+      argument, [=](const Arguments&) { return bound; }, status);
+}
+
+Check RowStep(int argument, int elementSize, int width) {
+  Check check = AtLeast(
+      argument, [=](const Arguments& a) { return a[width].integer * elementSize; }, StatusCode::NonPositiveStep);
+  check.refused.push_back([=](Arguments& a) {
+    a[width] = INT_MAX;
+    Set(argument, INT_MAX / 2)(a);
+  });
+  return check;
+}
+
+Check NoneOf(int argument, std::initializer_list<Value> refused, std::initializer_list<Value> served,
+             StatusCode status) {
+  Check check{status, {}};
+  for (const Value& value : refused) check.refused.push_back(Set(argument, value));
+  for (const Value& value : served) check.served.push_back(Set(argument, value));
+  return check;
+}
+
+const std::vector<Operation>& Operations() {
+  static const std::vector<Operation> operations = [] {
+    std::vector<Operation> all;
+    for (const auto& family : {FrameOperations(), PixelOperations()}) {
+      all.insert(all.end(), family.begin(), family.end());
+    }
+    return all;
+  }();
+  return operations;
+}
+
+namespace {
+
+template <class Has>
+std::vector<Operation> OperationsThat(Has has) {
+  std::vector<Operation> some;
+  std::copy_if(Operations().begin(), Operations().end(), std::back_inserter(some), has);
+  return some;
+}
+
+}  // namespace
+
+std::vector<Operation> WithExport() {
+  return OperationsThat([](const Operation& o) { return o.call.address != nullptr; });
+}
+std::vector<Operation> WithPrimitive() {
+  return OperationsThat([](const Operation& o) { return o.primitive != nullptr; });
+}
+
+Snapshot Take(const Trial& trial) {
+  Snapshot snapshot;
+  for (const Image& image : trial.images) snapshot.push_back(image.Bytes());
+  return snapshot;
+}
+
+void Restore(Trial& trial, const Snapshot& snapshot) {
+  for (std::size_t i = 0; i < snapshot.size(); ++i) trial.images[i].SetBytes(snapshot[i]);
+}
+
+std::string Difference(Trial& trial, const Snapshot& expected) {
+  std::ostringstream text;
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    Image& image = trial.images[i];
+    const bool isFloat = image.kind() == Image::Kind::Float32 || image.kind() == Image::Kind::Float64;
+    std::vector<unsigned char> actual = image.Bytes();
+    if (actual == expected[i]) continue;
+    image.UnifyNaNs();
+    actual = image.Bytes();
+    const std::vector<double> values = isFloat ? image.Values() : std::vector<double>();
+    image.SetBytes(expected[i]);
+    image.UnifyNaNs();
+    const std::vector<double> wanted = isFloat ? image.Values() : values;
+    if (trial.tolerance > 0 && isFloat) {
+      for (std::size_t j = 0; j < values.size(); ++j) {
+        if (std::abs(values[j] - wanted[j]) <= trial.tolerance || values[j] == wanted[j]) continue;
+        text << "image " << i << ", element " << j << ": " << values[j] << ", not " << wanted[j] << "; ";
+        break;
+      }
+      continue;
+    }
+    const std::vector<unsigned char> unified = image.Bytes();
+    const auto place = std::mismatch(actual.begin(), actual.end(), unified.begin());
+    if (place.first == actual.end()) continue;
+    text << "image " << i << ", step " << image.step() << ", byte " << (place.first - actual.begin()) - image.origin()
+         << " after its first pixel: " << int{*place.first} << ", not " << int{*place.second} << "; ";
+  }
+  return text.str();
+}
+
+std::string Compare(const Operation& operation, Trial& trial, const Arguments& arguments, bool byExport) {
+  const Snapshot before = Take(trial);
+  const StatusCode status = operation.reference(arguments);
+  const Snapshot expected = Take(trial);
+  Restore(trial, before);
+  const auto wanted = byExport ? norvala::Fold(status) : static_cast<std::int64_t>(status);
+  const auto result =
+      byExport ? operation.CallExport(arguments) : static_cast<std::int64_t>(operation.primitive(arguments));
+  if (result != wanted) return "returned " + std::to_string(result) + ", not " + std::to_string(wanted);
+  return Difference(trial, expected);
+}
+
+namespace {
+
+void Add(std::uint64_t& hash, std::span<const unsigned char> bytes) {
+  for (const unsigned char byte : bytes) hash = (hash ^ byte) * 1099511628211ULL;
+}
+
+}  // namespace
+
+RunOutcome Run(const Operation& operation, Trial& trial, AnyFunction address) {
+  Arguments arguments = operation.draw(trial);
+  if (!operation.checks.empty() && trial.OneIn(4)) {
+    const auto pick = [&](const auto& list) -> const auto& {
+      return list[static_cast<std::size_t>(trial.Int(0, static_cast<int>(list.size()) - 1))];
+    };
+    pick(pick(operation.checks).refused)(arguments);
+  }
+  const std::int64_t result = operation.call.invoke(address, arguments);
+  RunOutcome outcome;
+  outcome.hash = 14695981039346656037ULL ^ static_cast<std::uint64_t>(result);
+  for (Image& image : trial.images) {
+    const bool isFloat = image.kind() == Image::Kind::Float32 || image.kind() == Image::Kind::Float64;
+    if (image.kind() == Image::Kind::Pointers) continue;
+    image.UnifyNaNs();
+    if (trial.tolerance > 0 && isFloat) {
+      const std::vector<double> values = image.Values();
+      outcome.approximate.insert(outcome.approximate.end(), values.begin(), values.end());
+    } else {
+      Add(outcome.hash, image.Bytes());
+    }
+  }
+  return outcome;
+}
+
+}  // namespace norvala_test

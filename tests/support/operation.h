@@ -1,0 +1,278 @@
+#pragma once
+
+#include <concepts>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <initializer_list>
+#include <ostream>
+#include <string>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "frame/dispatch.h"
+#include "norvala.h"
+#include "support/image.h"
+
+namespace norvala_test {
+
+using norvala::StatusCode;
+
+// One argument of a call, of any type.
+struct Value {
+  template <class T>
+  Value(T* address) : pointer(const_cast<std::remove_const_t<T>*>(address)) {}
+  template <std::integral T>
+  Value(T number) : integer(number), real(static_cast<double>(number)), single(static_cast<float>(number)) {}
+  Value(double number) : real(number), single(static_cast<float>(number)) {}
+  Value(float number) : real(number), single(number) {}  // keeps the bits
+
+  void* pointer = nullptr;
+  std::int64_t integer = 0;
+  double real = 0;
+  float single = 0;
+};
+
+// The arguments of an export in its order; an image stands for its address and step. More may follow for the reference
+// or the primitive.
+struct Arguments : std::vector<Value> {
+  template <class... T>
+  Arguments(const T&... values) {
+    (Add(values), ...);
+  }
+  void Add(const Image& image) { insert(end(), {image.data(), image.step()}); }
+  void Add(RegionSize size) { insert(end(), {size.width, size.height}); }
+  void Add(const Value& value) { push_back(value); }
+  Value& operator[](int i) { return at(static_cast<std::size_t>(i)); }
+  const Value& operator[](int i) const { return at(static_cast<std::size_t>(i)); }
+};
+
+// One call being made up: the choices, and the memory that the call may use.
+class Trial : public Choices {
+ public:
+  using Choices::Choices;
+
+  template <class T>
+  Image& New(RegionSize size, const Around& around = {}) {
+    return images.emplace_back(Image::Of<T>(*this, size, around));
+  }
+  // A vector, such as a kernel; its address.
+  template <class T>
+  T* Array(std::initializer_list<T> values) {
+    Image& image = New<T>({static_cast<int>(values.size()), 1});
+    int i = 0;
+    for (const T value : values) image.Set(i++, 0, value);
+    return static_cast<T*>(image.data());
+  }
+  // Where a result goes.
+  template <class T>
+  T* Result(int count = 1) {
+    return static_cast<T*>(New<T>({count, 1}).data());
+  }
+
+  std::deque<Image> images;
+  double tolerance = 0;  // of floats, for results that rest on the runtime's sine
+};
+
+// ---- Calls ----
+
+using AnyFunction = void (*)();
+
+template <class T>
+inline constexpr bool kIsView = false;
+template <class T>
+inline constexpr bool kIsView<View<T>> = true;
+
+// Takes the arguments of a function from the list in its order, or those with the given numbers. A RegionSize takes two
+// of the list, and a View takes an address and a step; a Rect is read from an address.
+class Reader {
+ public:
+  Reader(const Arguments& arguments, std::initializer_list<int> order = {}) : arguments_(arguments), order_(order) {}
+
+  template <class T>
+  T Read() {
+    if constexpr (std::is_same_v<T, RegionSize>) {
+      const auto width = Read<std::int32_t>();
+      return {width, Read<std::int32_t>()};
+    } else if constexpr (kIsView<T>) {
+      auto* const data = Read<typename T::Pixel*>();
+      return {data, Read<std::int32_t>()};
+    } else if constexpr (std::is_same_v<T, Rect>) {
+      const View rect(Read<std::int32_t*>());
+      return {rect(0), rect(1), rect(2), rect(3)};
+    } else {
+      const int i = next_++;
+      const Value& value = arguments_[order_.size() == 0 ? i : order_.begin()[i]];
+      if constexpr (std::is_pointer_v<T>) {
+        return static_cast<T>(value.pointer);
+      } else if constexpr (std::is_same_v<T, float>) {
+        return value.single;
+      } else if constexpr (std::is_same_v<T, double>) {
+        return value.real;
+      } else {
+        return static_cast<T>(value.integer);
+      }
+    }
+  }
+
+ private:
+  const Arguments& arguments_;
+  std::initializer_list<int> order_;
+  int next_ = 0;
+};
+
+template <class R, class... P>
+R Apply(R (*function)(P...), const Arguments& arguments, std::initializer_list<int> order = {}) {
+  [[maybe_unused]] Reader reader(arguments, order);
+  return std::apply(function, std::tuple<P...>{reader.Read<P>()...});
+}
+
+// The name of a function, out of what the compiler calls an instance of this template.
+template <auto function>
+std::string NameOf() {
+  const std::string text = __PRETTY_FUNCTION__;
+  const std::size_t first = text.find("Norvala_");
+  return text.substr(first, text.find_first_of("];", first) - first);
+}
+
+// An export: its name and address, and how to call what has its type.
+struct Export {
+  std::string name;
+  AnyFunction address = nullptr;
+  std::int64_t (*invoke)(AnyFunction, const Arguments&) = nullptr;
+};
+
+template <auto function>
+Export Call() {
+  return {NameOf<function>(), reinterpret_cast<AnyFunction>(function),
+          [](AnyFunction f, const Arguments& a) -> std::int64_t {
+            return Apply(reinterpret_cast<decltype(function)>(f), a);
+          }};
+}
+
+// The same for exports whose results are not 0 or -1: a function of the tests, which gets the export before the
+// arguments, calls it and makes numbers of what it returns.
+template <auto function, auto use>
+Export CallBy() {
+  return {NameOf<function>(), reinterpret_cast<AnyFunction>(function),
+          [](AnyFunction f, const Arguments& a) -> std::int64_t {
+            const auto bound = [&]<class R, class F, class... P>(R (*by)(F, P...)) -> std::int64_t {
+              [[maybe_unused]] Reader reader(a);
+              const std::tuple<P...> rest{reader.Read<P>()...};
+              return std::apply([&](const P&... p) { return by(reinterpret_cast<F>(f), p...); }, rest);
+            };
+            return bound(use);
+          }};
+}
+
+// A naive reference takes what the export takes, and more if it likes. It returns nothing, or the status of a call that
+// ends with a warning.
+using Model = StatusCode (*)(const Arguments&);
+
+template <auto reference>
+Model Reference() {
+  return [](const Arguments& a) {
+    if constexpr (std::is_void_v<decltype(Apply(+reference, a))>) {
+      Apply(+reference, a);
+      return StatusCode::Success;
+    } else {
+      return Apply(+reference, a);
+    }
+  };
+}
+
+// The table of a primitive, which takes the export's arguments in their order, or those with the given numbers. Only
+// programs that contain the library's own parts can call it.
+template <const auto& table, int... order>
+Model Primitive() {
+#ifdef NORVALA_TEST_PRIMITIVES
+  return [](const Arguments& a) {
+    return [&]<class... P>(const norvala::PrimitiveTable<StatusCode(P...)>& typed) {
+      [[maybe_unused]] static constexpr std::initializer_list<int> kOrder = {order...};
+      Reader reader(a, kOrder);
+      const std::tuple<P...> arguments{reader.Read<P>()...};
+      return std::apply(typed, arguments);
+    }(table);
+  };
+#else
+  return nullptr;
+#endif
+}
+
+// ---- Argument checks ----
+
+using Change = std::function<void(Arguments&)>;
+
+// An argument check of a primitive: the status that it gives, changes of served arguments that make it fail, from the
+// last value refused to the extremes, and changes to the first values that it lets through.
+struct Check {
+  StatusCode status;
+  std::vector<Change> refused;
+  std::vector<Change> served = {};
+};
+using Checks = std::vector<Check>;
+
+Checks operator+(Checks first, const Checks& then);
+
+using Bound = std::function<std::int64_t(const Arguments&)>;
+Change Set(int argument, const Value& value);
+Check NotNull(int argument);
+Check AtLeast(int argument, Bound bound, StatusCode status);
+Check AtLeast(int argument, int bound, StatusCode status);
+inline Check Size(int argument) { return AtLeast(argument, 1, StatusCode::NonPositiveSize); }
+inline Check Step(int argument) { return AtLeast(argument, 1, StatusCode::NonPositiveStep); }
+// A step that must cover `elementSize` bytes for each of the elements that another argument counts.
+Check RowStep(int argument, int elementSize, int width);
+Check NoneOf(int argument, std::initializer_list<Value> refused, std::initializer_list<Value> served,
+             StatusCode status);
+
+// ---- Operations ----
+
+// Everything that tests know of an export: how to make up arguments that it serves, what it computes, and what it
+// refuses. A primitive that can do more than its export has a row of its own, which has a name but no export.
+struct Operation {
+  Export call;
+  Model primitive;
+  Arguments (*draw)(Trial&);
+  Model reference;
+  Checks checks;
+
+  friend void PrintTo(const Operation& operation, std::ostream* out) { *out << operation.call.name; }
+  std::int64_t CallExport(const Arguments& arguments) const { return call.invoke(call.address, arguments); }
+};
+
+// All operations, family by family.
+const std::vector<Operation>& Operations();
+
+std::vector<Operation> WithExport();
+std::vector<Operation> WithPrimitive();
+
+std::vector<Operation> FrameOperations();
+std::vector<Operation> PixelOperations();
+
+// ---- Runs ----
+
+// All memory of a trial.
+using Snapshot = std::vector<std::vector<unsigned char>>;
+Snapshot Take(const Trial& trial);
+void Restore(Trial& trial, const Snapshot& snapshot);
+
+// Where memory differs, as text; empty if it does not. Floats may differ by the trial's tolerance.
+std::string Difference(Trial& trial, const Snapshot& expected);
+
+// Makes a call and compares its result and all memory with what the reference gives; what differs, as text. An export
+// folds the reference's status to 0 or -1.
+std::string Compare(const Operation& operation, Trial& trial, const Arguments& arguments, bool byExport);
+
+// What a call returned and wrote: a hash, or the numbers of results that rest on the runtime's sine.
+struct RunOutcome {
+  std::uint64_t hash = 0;
+  std::vector<double> approximate;
+};
+
+// Makes up a call, now and then one with an argument that must be refused, and makes it at the given address.
+RunOutcome Run(const Operation& operation, Trial& trial, AnyFunction address);
+
+}  // namespace norvala_test

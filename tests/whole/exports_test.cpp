@@ -1,0 +1,60 @@
+// Every export of the shared library as a host calls it: equal to its reference, and refusing what it must.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <set>
+
+#include "support/operation.h"
+
+namespace norvala_test {
+namespace {
+
+constexpr std::uint32_t kTrials = 300;
+
+class ExportTest : public testing::TestWithParam<Operation> {};
+INSTANTIATE_TEST_SUITE_P(All, ExportTest, testing::ValuesIn(WithExport()),
+                         [](const auto& row) { return row.param.call.name; });
+
+TEST_P(ExportTest, EqualsItsReference) {
+  for (std::uint32_t seed = 0; seed < kTrials; ++seed) {
+    Trial trial(seed);
+    const Arguments arguments = GetParam().draw(trial);
+    ASSERT_EQ(Compare(GetParam(), trial, arguments, true), "") << "trial " << seed;
+  }
+}
+
+// -1, and nothing is written.
+TEST_P(ExportTest, RefusesWhatItMust) {
+  std::uint32_t seed = 0;
+  for (const Check& check : GetParam().checks) {
+    for (const Change& spoil : check.refused) {
+      Trial trial(seed++);
+      Arguments arguments = GetParam().draw(trial);
+      spoil(arguments);
+      const Snapshot before = Take(trial);
+      ASSERT_EQ(GetParam().CallExport(arguments), -1) << "trial " << seed;
+      ASSERT_EQ(Take(trial), before) << "trial " << seed;
+    }
+  }
+}
+
+// The table names the exports of the header, all of them.
+TEST(OperationsTest, AreTheExports) {
+  std::ifstream header(NORVALA_HEADER);
+  const std::string text{std::istreambuf_iterator<char>(header), {}};
+  const std::regex declaration("NORVALA_CALL\\s+(Norvala_\\w+)");
+  std::set<std::string> exports;
+  for (std::sregex_iterator match(text.begin(), text.end(), declaration), end; match != end; ++match) {
+    exports.insert((*match)[1]);
+  }
+  std::set<std::string> names;
+  for (const Operation& operation : WithExport()) names.insert(operation.call.name);
+  EXPECT_TRUE(std::includes(exports.begin(), exports.end(), names.begin(), names.end()));
+}
+
+}  // namespace
+}  // namespace norvala_test

@@ -1,0 +1,81 @@
+// Every primitive, in a program that contains the library over a heap of the test's own: equal to its reference, with
+// its argument checks in their order and at their bounds, and whole after a failed allocation.
+
+#include <gtest/gtest.h>
+
+#include "support/failing_heap.h"
+#include "support/operation.h"
+
+namespace norvala_test {
+namespace {
+
+class PrimitiveTest : public testing::TestWithParam<Operation> {};
+INSTANTIATE_TEST_SUITE_P(All, PrimitiveTest, testing::ValuesIn(WithPrimitive()),
+                         [](const auto& row) { return row.param.call.name; });
+
+TEST_P(PrimitiveTest, EqualsItsReference) {
+  for (std::uint32_t seed = 1000; seed < 1050; ++seed) {
+    Trial trial(seed);
+    const Arguments arguments = GetParam().draw(trial);
+    ASSERT_EQ(Compare(GetParam(), trial, arguments, false), "") << "trial " << seed;
+  }
+}
+
+// Each refused value gives its check's status, alone and together with what all later checks refuse, and nothing
+// changes. The first values that a check lets through are served.
+TEST_P(PrimitiveTest, ChecksItsArgumentsInOrder) {
+  const Checks& checks = GetParam().checks;
+  std::uint32_t seed = 0;
+  for (std::size_t i = 0; i < checks.size(); ++i) {
+    for (const Change& spoil : checks[i].refused) {
+      for (const bool withLater : {false, true}) {
+        Trial trial(seed++);
+        Arguments arguments = GetParam().draw(trial);
+        for (std::size_t later = checks.size() - 1; withLater && later > i; --later) {
+          checks[later].refused[seed % checks[later].refused.size()](arguments);
+        }
+        spoil(arguments);
+        const Snapshot before = Take(trial);
+        ASSERT_EQ(static_cast<int>(GetParam().primitive(arguments)), static_cast<int>(checks[i].status))
+            << "check " << i << ", trial " << seed;
+        ASSERT_EQ(Take(trial), before) << "check " << i << ", trial " << seed;
+      }
+    }
+    for (const Change& mend : checks[i].served) {
+      Trial trial(seed++);
+      Arguments arguments = GetParam().draw(trial);
+      mend(arguments);
+      ASSERT_EQ(Compare(GetParam(), trial, arguments, false), "") << "bound of check " << i << ", trial " << seed;
+    }
+  }
+}
+
+class FailingHeapTest : public testing::TestWithParam<Operation> {};
+INSTANTIATE_TEST_SUITE_P(All, FailingHeapTest, testing::ValuesIn(WithExport()),
+                         [](const auto& row) { return row.param.call.name; });
+
+// Every allocation fails once: the export reports it, releases what it had, and has written nothing.
+TEST_P(FailingHeapTest, IsReportedAndLeavesNothing) {
+  for (std::uint32_t seed = 0; seed < 40; ++seed) {
+    HeapWatch heap;
+    for (int failing = -1, allocations = 0; failing < allocations; ++failing) {
+      Trial trial(seed);
+      const Arguments arguments = GetParam().draw(trial);
+      const Snapshot before = Take(trial);
+      const int live = heap.live();
+      heap.FailAt(failing);
+      const std::int64_t result = GetParam().CallExport(arguments);
+      if (failing < 0) {
+        allocations = heap.allocations();
+        ASSERT_EQ(heap.live() - live, GetParam().call.name == "Norvala_RandUniform_BW8" ? 2 : 0) << "trial " << seed;
+      } else {
+        ASSERT_EQ(result, -1) << "trial " << seed << ", allocation " << failing;
+        ASSERT_EQ(heap.live(), live) << "trial " << seed << ", allocation " << failing;
+        ASSERT_EQ(Take(trial), before) << "trial " << seed << ", allocation " << failing;
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace norvala_test
