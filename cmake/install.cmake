@@ -4,7 +4,8 @@ set(CMAKE_INSTALL_MESSAGE NEVER)
 include(GNUInstallDirs)
 
 install(TARGETS norvala RUNTIME LIBRARY ARCHIVE)
-install(FILES include/norvala.h TYPE INCLUDE)
+install(FILES include/norvala.h include/norvala.hpp include/norvala_helpers.h include/norvala_load.h
+  ${PROJECT_BINARY_DIR}/include/norvala_functions.h TYPE INCLUDE)
 
 math(EXPR bits "8 * ${CMAKE_SIZEOF_VOID_P}")
 include(CMakePackageConfigHelpers)
@@ -33,7 +34,8 @@ install(DIRECTORY ${html}/ DESTINATION docs OPTIONAL FILES_MATCHING PATTERN *.ht
 install(DIRECTORY docs/pictures/ DESTINATION docs)
 if(NORVALA_GALLERY)
   install(TARGETS gallery RUNTIME DESTINATION examples)
-  install(FILES examples/smooth.c examples/data/coffee.png examples/data/photographs.md DESTINATION examples)
+  install(FILES examples/linked.c examples/linked.cpp examples/loaded.c examples/data/coffee.png
+    examples/data/photographs.md DESTINATION examples)
 
   set(archive norvala-${PROJECT_VERSION}-win${bits})
   add_custom_target(norvala_archive

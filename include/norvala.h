@@ -37,16 +37,15 @@
 extern "C" {
 #endif
 
-/** @name Pixel and element types
+/** @defgroup types Types and constants
+ *  @{ */
+/** @name Pixels and elements
  *  @{ */
 typedef uint8_t BW8;    /**< unsigned 8-bit pixel */
 typedef uint16_t BW16;  /**< 16-bit pixel: unsigned, but read as signed by the 16-bit filters */
 typedef uint32_t BW32;  /**< 32-bit pixel */
 typedef float FLOAT32;  /**< 32-bit IEEE float */
 typedef double FLOAT64; /**< 64-bit IEEE float */
-#if !defined(_BASETSD_H) && !defined(_BASETSD_H_)
-typedef int32_t INT32; /**< signed 32-bit element; the Windows headers define the same name for the same type */
-#endif
 
 /** Complex number of two floats. */
 typedef struct ComplexFLOAT32Number {
@@ -58,21 +57,73 @@ typedef struct ComplexFLOAT32Number {
 /** @name Sizes and rectangles
  *  @{ */
 /** Width and height in pixels. */
-typedef struct RegionSize {
+typedef struct NorvalaRegionSize {
   int32_t width;  /**< pixels in a row */
   int32_t height; /**< rows */
-} RegionSize;
+} NorvalaRegionSize;
 
 /** A rectangle in pixels: column and row of its first pixel, then its size. */
-typedef struct Rect {
+typedef struct NorvalaRect {
   int32_t x;      /**< first column */
   int32_t y;      /**< first row */
   int32_t width;  /**< columns */
   int32_t height; /**< rows */
-} Rect;
+} NorvalaRect;
 /** @} */
 
-/** @name Version
+#if !defined(NORVALA_NO_SHORT_NAMES)
+/** @name Short names
+ *  Define NORVALA_NO_SHORT_NAMES before the header where they collide with names of your own.
+ *  @{ */
+typedef NorvalaRect Rect;             /**< see NorvalaRect */
+typedef NorvalaRegionSize RegionSize; /**< see NorvalaRegionSize */
+#if !defined(_BASETSD_H) && !defined(_BASETSD_H_)
+typedef int32_t INT32; /**< signed 32-bit element; the Windows headers define the same name for the same type */
+#endif
+/** @} */
+#endif
+
+/** @name Values of arguments
+ *  @{ */
+/** How float pixels become integers. */
+enum NorvalaRounding {
+  NORVALA_ROUND_TO_ZERO = 0,   /**< towards zero, as any other value but 1 */
+  NORVALA_ROUND_TO_NEAREST = 1 /**< to the nearest integer, halves to the even one: 2.5 gives 2, 3.5 gives 4 */
+};
+
+/** The masks of Norvala_FilterGauss. */
+enum NorvalaGaussMask {
+  NORVALA_GAUSS_3X3 = 33, /**< 3 rows of 3 weights: reads 1 pixel around the region */
+  NORVALA_GAUSS_5X5 = 55  /**< 5 rows of 5 weights: reads 2 pixels around the region */
+};
+
+/** What lies outside a row for Norvala_FilterRowBorderPipelineBW8. */
+enum NorvalaBorder {
+  NORVALA_BORDER_CONSTANT = 0,        /**< a constant */
+  NORVALA_BORDER_REPLICATE = 1,       /**< the nearest edge pixel (0 0 | 0 1 2) */
+  NORVALA_BORDER_WRAP = 2,            /**< the row again (1 2 | 0 1 2) */
+  NORVALA_BORDER_MIRROR = 3,          /**< the row mirrored about its edge pixel (2 1 | 0 1 2) */
+  NORVALA_BORDER_MIRROR_WITH_EDGE = 4 /**< the row mirrored, its edge pixel repeated (1 0 | 0 1 2) */
+};
+
+/** The mode of Norvala_PyramidLayerDownInitAllocBW8. */
+enum NorvalaLayerMode {
+  NORVALA_LAYER_MODE = 2 /**< the only one */
+};
+
+/** How warps and Norvala_Resize read between pixels. */
+enum NorvalaInterpolation {
+  NORVALA_NEAREST = 1,             /**< the nearest pixel */
+  NORVALA_LINEAR = 2,              /**< straight lines through 2 x 2 pixels */
+  NORVALA_CUBIC = 4,               /**< cubic Lagrange polynomials through 4 x 4 pixels */
+  NORVALA_REDUCE = 8,              /**< the mean over the area that a pixel covers; Norvala_Resize only */
+  NORVALA_EIGHT_POINT = 16,        /**< windowed sinc over 8 x 8 pixels; Norvala_Resize only */
+  NORVALA_SMOOTH_EDGES = INT32_MIN /**< added to one of the first three: warps smooth the edges of what they write */
+};
+/** @} */
+/** @} */
+
+/** @defgroup version Version
  *  @{ */
 /** Version of the library.
  *  @return the constant text "1.0.0.0": static memory, the same pointer at every call, not to be changed or
@@ -80,7 +131,7 @@ typedef struct Rect {
 NORVALA_API const char* NORVALA_CALL Norvala_GetVersion(void);
 /** @} */
 
-/** @name Aligned memory
+/** @defgroup memory Aligned memory
  *  Vectors and images that start on a 32-byte boundary. The contents are not initialised. Whatever one of these
  *  functions returns belongs to the caller until it is passed to Norvala_1DFree (vectors) or Norvala_2DFree (images).
  *  @{ */
@@ -90,7 +141,7 @@ NORVALA_API BW8* NORVALA_CALL Norvala_1DMallocBW8(int32_t count);
 /** Allocates a vector of `count` floats; otherwise as Norvala_1DMallocBW8. */
 NORVALA_API FLOAT32* NORVALA_CALL Norvala_1DMallocFLOAT32(int32_t count);
 /** Allocates a vector of `count` signed 32-bit integers; otherwise as Norvala_1DMallocBW8. */
-NORVALA_API INT32* NORVALA_CALL Norvala_1DMallocINT32(int32_t count);
+NORVALA_API int32_t* NORVALA_CALL Norvala_1DMallocINT32(int32_t count);
 /** Allocates a vector of `count` doubles; otherwise as Norvala_1DMallocBW8. */
 NORVALA_API FLOAT64* NORVALA_CALL Norvala_1DMallocFLOAT64(int32_t count);
 /** Releases a vector.
@@ -115,7 +166,7 @@ NORVALA_API ComplexFLOAT32Number* NORVALA_CALL Norvala_2DMallocComplexFLOAT32Num
 NORVALA_API void NORVALA_CALL Norvala_2DFree(void* aligned);
 /** @} */
 
-/** @name Copy, set and border replication
+/** @defgroup copy Copy, set and border replication
  *  Pixels move as bit patterns: NaN payloads and negative zero survive.
  *  @{ */
 /** Copies a region of 8-bit pixels. Steps are not checked: zero and negative steps are used as given. Overlapping
@@ -171,7 +222,7 @@ NORVALA_API int32_t NORVALA_CALL Norvala_CopyReplicateBorderFLOAT32(FLOAT32* ima
                                                                     int32_t outerHeight, int32_t top, int32_t left);
 /** @} */
 
-/** @name Type conversions
+/** @defgroup convert Type conversions
  *  From a source image into a separate destination image. Steps must hold a whole row.
  *  @{ */
 /** Converts float pixels to 8 bits with saturation. Values of 255 and above, infinity included, give 255; zero,
@@ -182,8 +233,8 @@ NORVALA_API int32_t NORVALA_CALL Norvala_CopyReplicateBorderFLOAT32(FLOAT32* ima
  *  @param dstStep  destination row step in bytes, at least 1
  *  @param width    pixels in a row, at least 1
  *  @param height   rows, at least 1
- *  @param rounding 1: to the nearest integer, halves to the even one (2.5 gives 2, 3.5 gives 4); any other value:
- *                  towards zero
+ *  @param rounding #NORVALA_ROUND_TO_NEAREST, halves to the even integer (2.5 gives 2, 3.5 gives 4), or
+ *                  #NORVALA_ROUND_TO_ZERO
  *  @return 0, or -1 when a pointer is null, or a size or step is below 1 */
 NORVALA_API int32_t NORVALA_CALL Norvala_ConvertFLOAT32toBW8(const FLOAT32* src, int32_t srcStep, BW8* dst,
                                                              int32_t dstStep, int32_t width, int32_t height,
@@ -213,7 +264,7 @@ NORVALA_API int32_t NORVALA_CALL Norvala_ConvertBW16toBW32(const BW16* src, int3
                                                            int32_t width, int32_t height);
 /** @} */
 
-/** @name Logical and shift operations
+/** @defgroup logic Logical and shift operations
  *  @{ */
 /** Bitwise AND of two images: dst = src1 & src2. The destination may be one of the sources.
  *  @param src1     first pixel of the first source
@@ -259,7 +310,7 @@ NORVALA_API int32_t NORVALA_CALL Norvala_LShiftCBW32(uint32_t count, BW32* image
                                                      int32_t height);
 /** @} */
 
-/** @name Arithmetic and statistics
+/** @defgroup arithmetic Arithmetic and statistics
  *  @{ */
 /** Adds an image to another in place: srcDst = srcDst + src, each sum rounded to a float. Steps are not checked: zero
  *  and negative steps are used as given.
@@ -315,7 +366,7 @@ NORVALA_API int32_t NORVALA_CALL Norvala_MaxIndx_BW8(const BW8* src, int32_t ste
                                                      BW8* maximum, int32_t* column, int32_t* row);
 /** @} */
 
-/** @name Colour to grey
+/** @defgroup grey Colour to grey
  *  @{ */
 /** Grey from interleaved colour: (1225 * red + 2404 * green + 467 * blue) / 4096, truncated; the luma weights of ITU-R
  *  BT.601 in 12 bits. Steps are not checked: zero and negative steps are used as given.
@@ -330,7 +381,7 @@ NORVALA_API int32_t NORVALA_CALL Norvala_RGBToGray_BW8_C3C1R(const BW8* src, int
                                                              int32_t width, int32_t height);
 /** @} */
 
-/** @name Separable filters
+/** @defgroup separable Separable filters
  *  Convolution of a one-channel image with a one-dimensional kernel, along rows or along columns. Running one after the
  *  other filters with a separable two-dimensional kernel.
  *
@@ -340,7 +391,11 @@ NORVALA_API int32_t NORVALA_CALL Norvala_RGBToGray_BW8_C3C1R(const BW8* src, int
  *  before and a after each row, or as many rows above and below the region. An anchor outside 0 .. K - 1 moves the
  *  whole reach before or after the output pixel. Any number of taps serves.
  *  @{ */
-/** Filters 8-bit pixels along rows with an integer kernel. The sum, which wraps in 32 bits, is divided by the divisor,
+/** Filters 8-bit pixels along rows with an integer kernel.
+ *
+ *  @warning With the divisor -2147483648 the call never returns.
+ *
+ *  The sum, which wraps in 32 bits, is divided by the divisor,
  *  rounded and clamped to 0..255: exact and half up for powers of two; for other divisors, negative ones included, as
  *  the product with the reciprocal in single precision, half up.
  *  @param src        first source pixel of the region
@@ -352,9 +407,12 @@ NORVALA_API int32_t NORVALA_CALL Norvala_RGBToGray_BW8_C3C1R(const BW8* src, int
  *  @param kernel     the taps
  *  @param kernelSize number of taps, at least 1
  *  @param anchor     index of the tap that weighs the pixel at the output position; any value
- *  @param divisor    any value but 0; with -2147483648 the call never returns
- *  @return 0, or -1 with nothing written when a pointer is null, a size is below 1, the divisor is 0 or a step is too
- *          small */
+ *  @param divisor    any value but 0 and -2147483648
+ *  @return 0, or -1 with nothing written when
+ *          - a pointer is null
+ *          - a size is below 1
+ *          - the divisor is 0
+ *          - a step is too small */
 NORVALA_API int32_t NORVALA_CALL Norvala_FilterRowBW8(const BW8* src, int32_t srcStep, BW8* dst, int32_t dstStep,
                                                       int32_t width, int32_t height, const int32_t* kernel,
                                                       int32_t kernelSize, int32_t anchor, int32_t divisor);
@@ -376,8 +434,12 @@ NORVALA_API int32_t NORVALA_CALL Norvala_FilterColumnBW8(const BW8* src, int32_t
  *  @param kernelSize number of taps, at least 1
  *  @param anchor     index of the tap that weighs the pixel at the output position; any value
  *  @param divisor    any value but 0
- *  @return 0, or -1 with nothing written when a pointer is null, a size is below 1, the divisor is 0, a step is too
- *          small or the memory cannot be had */
+ *  @return 0, or -1 with nothing written when
+ *          - a pointer is null
+ *          - a size is below 1
+ *          - the divisor is 0
+ *          - a step is too small
+ *          - the memory cannot be had */
 NORVALA_API int32_t NORVALA_CALL Norvala_FilterRowBW16(const BW16* src, int32_t srcStep, BW16* dst, int32_t dstStep,
                                                        int32_t width, int32_t height, const int32_t* kernel,
                                                        int32_t kernelSize, int32_t anchor, int32_t divisor);
@@ -398,7 +460,10 @@ NORVALA_API int32_t NORVALA_CALL Norvala_FilterColumnBW16(const BW16* src, int32
  *  @param kernel     the taps
  *  @param kernelSize number of taps, at least 1
  *  @param anchor     index of the tap that weighs the pixel at the output position; any value
- *  @return 0, or -1 with nothing written when a pointer is null, a size is below 1 or a step is too small */
+ *  @return 0, or -1 with nothing written when
+ *          - a pointer is null
+ *          - a size is below 1
+ *          - a step is too small */
 NORVALA_API int32_t NORVALA_CALL Norvala_FilterRow32fBW16(const BW16* src, int32_t srcStep, BW16* dst, int32_t dstStep,
                                                           int32_t width, int32_t height, const FLOAT32* kernel,
                                                           int32_t kernelSize, int32_t anchor);
@@ -418,7 +483,10 @@ NORVALA_API int32_t NORVALA_CALL Norvala_FilterColumn32fBW16(const BW16* src, in
  *  @param kernel     the taps
  *  @param kernelSize number of taps, at least 1
  *  @param anchor     index of the tap that weighs the pixel at the output position; any value
- *  @return 0, or -1 with nothing written when a pointer is null, a size is below 1 or a step is too small */
+ *  @return 0, or -1 with nothing written when
+ *          - a pointer is null
+ *          - a size is below 1
+ *          - a step is too small */
 NORVALA_API int32_t NORVALA_CALL Norvala_FilterRowFLOAT32(const FLOAT32* src, int32_t srcStep, FLOAT32* dst,
                                                           int32_t dstStep, int32_t width, int32_t height,
                                                           const FLOAT32* kernel, int32_t kernelSize, int32_t anchor);
@@ -429,9 +497,7 @@ NORVALA_API int32_t NORVALA_CALL Norvala_FilterColumnFLOAT32(const FLOAT32* src,
                                                              const FLOAT32* kernel, int32_t kernelSize, int32_t anchor);
 /** @} */
 
-/* ---- Pipeline filters ---- */
-
-/** @name Pipeline filters
+/** @defgroup pipeline Pipeline filters
  *  A separable filter as a pipeline of rows: the row filter turns 8-bit source rows into signed 16-bit intermediate
  *  rows and completes their left and right borders itself; the column filter combines runs of intermediate rows into
  *  8-bit rows. Both reach the intermediate rows through an array of pointers, so that a caller may keep them in a ring,
@@ -469,15 +535,21 @@ NORVALA_API int32_t NORVALA_CALL Norvala_FilterColumnPipelineGetBufferSizeBW8(in
  *  @param kernelSize  at least 1, even or odd
  *  @param anchor      0 .. `kernelSize` - 1: the tap that weighs the pixel at the output position, which is the number
  *                     of border pixels before the row
- *  @param borderType  the pixels outside the row: 0 the constant `borderValue`; 1 the nearest edge pixel; 2 the row
- *                     repeated periodically; 3 the row mirrored without repeating its edge pixel (..2 1 | 0 1 2..);
- *                     4 mirrored with it (..1 0 | 0 1 2..). Borders longer than the row continue in the same manner.
- *  @param borderValue the constant of border type 0, ignored by the others
+ *  @param borderType  the pixels outside the row: #NORVALA_BORDER_CONSTANT, #NORVALA_BORDER_REPLICATE,
+ *                     #NORVALA_BORDER_WRAP, #NORVALA_BORDER_MIRROR or #NORVALA_BORDER_MIRROR_WITH_EDGE. Borders longer
+ *                     than the row continue in the same manner.
+ *  @param borderValue the value of #NORVALA_BORDER_CONSTANT, ignored by the others
  *  @param divisor     any value but 0
  *  @param buffer      work buffer of the size that Norvala_FilterRowBorderPipelineGetBufferSizeBW8 reports
- *  @return 0, or -1 when a pointer is null, a size is below 1, the anchor lies outside the kernel, the step is below
- *          `width`, the border type is none of 0 .. 4, the divisor is 0, or an entry of `dstRows` is null: the rows
- *          before that entry are complete then, and no later one is touched */
+ *  @return 0, or -1 when
+ *          - a pointer is null
+ *          - a size is below 1
+ *          - the anchor lies outside the kernel
+ *          - the step is below `width`
+ *          - the border type is none of the above
+ *          - the divisor is 0
+ *          - an entry of `dstRows` is null: the rows before that entry are complete then, and no later one is touched
+ */
 NORVALA_API int32_t NORVALA_CALL Norvala_FilterRowBorderPipelineBW8(
     const BW8* src, int32_t srcStep, int16_t* const* dstRows, int32_t width, int32_t height, const int16_t* kernel,
     int32_t kernelSize, int32_t anchor, int32_t borderType, BW8 borderValue, int32_t divisor, BW8* buffer);
@@ -492,17 +564,18 @@ NORVALA_API int32_t NORVALA_CALL Norvala_FilterRowBorderPipelineBW8(
  *  @param kernelSize at least 1, even or odd
  *  @param divisor    any value but 0
  *  @param buffer     work buffer of the size that Norvala_FilterColumnPipelineGetBufferSizeBW8 reports
- *  @return 0, or -1 when a pointer or an entry of `srcRows` is null, a size is below 1, the step is below `width` or
- *          the divisor is 0; nothing is written then */
+ *  @return 0, or -1 with nothing written when
+ *          - a pointer or an entry of `srcRows` is null
+ *          - a size is below 1
+ *          - the step is below `width`
+ *          - the divisor is 0 */
 NORVALA_API int32_t NORVALA_CALL Norvala_FilterColumnPipelineBW8(const int16_t* const* srcRows, BW8* dst,
                                                                  int32_t dstStep, int32_t width, int32_t height,
                                                                  const int16_t* kernel, int32_t kernelSize,
                                                                  int32_t divisor, BW8* buffer);
 /** @} */
 
-/* ---- Gaussian filter ---- */
-
-/** @name Gaussian filter
+/** @defgroup gauss Gaussian filter
  *  @{ */
 /** Smooths 8-bit pixels with a fixed Gaussian mask. Reads the pixels around the region, 1 on every side with the 3x3
  *  mask and 2 with the 5x5 mask, and never invents any: the caller sees to it that they exist (with
@@ -524,15 +597,17 @@ NORVALA_API int32_t NORVALA_CALL Norvala_FilterColumnPipelineBW8(const int16_t* 
  *  @param dstStep  destination row step in bytes, at least 1
  *  @param width    pixels in a row, at least 1
  *  @param height   rows, at least 1
- *  @param maskCode 33 for the 3x3 mask, 55 for the 5x5 mask
- *  @return 0, or -1 when a pointer is null, a size or step is below 1, the mask code is another or the work memory (12
- *          or 48 bytes for each pixel of a row) cannot be had; nothing is written then */
+ *  @param maskCode #NORVALA_GAUSS_3X3 or #NORVALA_GAUSS_5X5
+ *  @return 0, or -1 with nothing written when
+ *          - a pointer is null
+ *          - a size or a step is below 1
+ *          - the mask code is another
+ *          - work memory is lacking: 12 or 48 bytes for each pixel of a row */
 NORVALA_API int32_t NORVALA_CALL Norvala_FilterGauss(const BW8* src, int32_t srcStep, BW8* dst, int32_t dstStep,
                                                      int32_t width, int32_t height, int32_t maskCode);
 /** @} */
 
-/* ---- Gaussian pyramid step ---- */
-/** @name Gaussian pyramid step
+/** @defgroup step Gaussian pyramid step
  *  Halves a one-channel image in both directions after smoothing it with the outer product of [1 4 6 4 1] / 16 with
  *  itself (P. Burt, E. Adelson, "The Laplacian Pyramid as a Compact Image Code", 1983). The result has
  *  (width + 1) / 2 x (height + 1) / 2 pixels, divisions rounded down; its pixel (j, k) is centred on source pixel
@@ -575,7 +650,7 @@ NORVALA_API int32_t NORVALA_CALL Norvala_PyrDownGauss5x5FLOAT32(const FLOAT32* s
                                                                 uint8_t* buffer);
 /** @} */
 
-/** @name Pyramid layers
+/** @defgroup layers Pyramid layers
  *  Reduces 8-bit images by any rate above 1 and up to 10: smoothing with a symmetric kernel, then linear interpolation
  *  (at rates from 1.99998 to 2.00002, every second pixel of every second row). A state holds the kernel and all work
  *  memory; it is created once and serves any number of reductions, one at a time.
@@ -603,10 +678,13 @@ typedef struct PyramidLayerState PyramidLayerState;
  *                     symmetric: only its centre and left half count. Taps that sum to 0 are not normalised. The kernel
  *                     is copied.
  *  @param kernelSize  number of taps, odd and at least 3
- *  @param mode        2
- *  @return 0, or -1 when a pointer is null, an argument is out of its range or the memory cannot be had. A kernel that
- *  is not symmetric gives -1 as a warning: `statePtrOut` holds a live state, which works with the left half and must
- *  be released. */
+ *  @param mode        #NORVALA_LAYER_MODE
+ *  @return 0, or -1 when
+ *          - a pointer is null
+ *          - an argument is out of its range
+ *          - the memory cannot be had
+ *          - the kernel is not symmetric, as a warning: `statePtrOut` holds a live state, which works with the left
+ *            half and must be released */
 NORVALA_API int32_t NORVALA_CALL Norvala_PyramidLayerDownInitAllocBW8(PyramidLayerState** statePtrOut, int32_t width,
                                                                       int32_t height, FLOAT32 rate,
                                                                       const int16_t* kernel, int32_t kernelSize,
@@ -622,17 +700,22 @@ NORVALA_API int32_t NORVALA_CALL Norvala_PyramidLayerDownFreeBW8(PyramidLayerSta
  *  @param srcHeight source rows, at least 1 and at most the height that the state was created for
  *  @param dst       first destination pixel
  *  @param dstStep   destination row step in bytes, at least `dstWidth`
- *  @param dstWidth  pixels in a destination row: exactly what `srcWidth` reduces to, see above
+ *  @param dstWidth  pixels in a destination row: exactly what `srcWidth` reduces to, see above; `NorvalaLayerSize` of
+ *                  norvala_helpers.h tells it
  *  @param dstHeight destination rows: exactly what `srcHeight` reduces to
  *  @param state     the layer's state; its work memory is written, so calls that run at the same time need a state each
- *  @return 0, or -1 when a pointer is null, a step is too small or a size is out of its range */
+ *  @return 0, or -1 when
+ *          - a pointer is null
+ *          - a source size is out of its range
+ *          - a step is too small
+ *          - the destination size is not what the source reduces to */
 NORVALA_API int32_t NORVALA_CALL Norvala_PyramidLayerDownBW8(const BW8* src, int32_t srcStep, int32_t srcWidth,
                                                              int32_t srcHeight, BW8* dst, int32_t dstStep,
                                                              int32_t dstWidth, int32_t dstHeight,
                                                              PyramidLayerState* state);
 /** @} */
 
-/** @name 2x2 down-sampling
+/** @defgroup sampledown 2x2 down-sampling
  *  @{ */
 /** Halves an 8-bit plane in both directions, as a JPEG encoder does with chroma planes: each destination pixel is the
  *  mean of a block of 2x2 source pixels, (a + b + c + d + 3) / 4, any fraction rounded up.
@@ -651,9 +734,7 @@ NORVALA_API int32_t NORVALA_CALL Norvala_SampleDownH2V2_JPEGBW8(const BW8* src, 
                                                                 int32_t dstWidth, int32_t dstHeight);
 /** @} */
 
-/* ---- Affine warp ---- */
-
-/** @name Affine warp
+/** @defgroup affine Affine warp
  *  Coordinates are those of whole images: the first pixel of an image is the point (0, 0), and every pixel's centre is
  *  an integer point. A region therefore does not move the pointer: pass the image's first pixel and say in the region
  *  where to work. `coefficients` are six doubles c00, c01, c02, c10, c11, c12 that take the source point (x, y) to the
@@ -662,16 +743,16 @@ NORVALA_API int32_t NORVALA_CALL Norvala_SampleDownH2V2_JPEGBW8(const BW8* src, 
  *  The corner pixels' centres of the source region (limited to the source image) are mapped to a quadrilateral. Exactly
  *  the pixels of the destination region whose centres lie in that quadrilateral, its edges included, are written; all
  *  others keep their values. Each written pixel is mapped back and sampled from the source image by `interpolation`:
- *  - 1, nearest: the pixel whose centre is nearest, moved unchanged;
- *  - 2, linear: between the four pixels around the position;
- *  - 4, cubic: the Lagrange cubic through the four by four pixels around the position, extrapolated at the image's
- *    border from the outermost block; 8-bit results saturate.
+ *  - #NORVALA_NEAREST: the pixel whose centre is nearest, moved unchanged;
+ *  - #NORVALA_LINEAR: between the four pixels around the position;
+ *  - #NORVALA_CUBIC: the Lagrange cubic through the four by four pixels around the position, extrapolated at the
+ *    image's border from the outermost block; 8-bit results saturate.
  *
  *  An image with a side of 1 pixel is sampled by nearest, one with a side below 4 pixels by linear in place of cubic.
- *  Adding bit 31 (INT32_MIN | 2, say) smooths the quadrilateral's edges afterwards: each pixel that an edge crosses
- *  becomes a mixture of its neighbour just inside and its neighbour just outside, by the part of the pixel that lies
- *  inside. The background must therefore be filled before the call. Edges on the destination region's own sides, and
- *  pixels whose neighbours would lie outside that region, stay as they are.
+ *  Adding #NORVALA_SMOOTH_EDGES (`NORVALA_LINEAR | NORVALA_SMOOTH_EDGES`, say) smooths the quadrilateral's edges
+ *  afterwards: each pixel that an edge crosses becomes a mixture of its neighbour just inside and its neighbour just
+ *  outside, by the part of the pixel that lies inside. The background must therefore be filled before the call. Edges
+ *  on the destination region's own sides, and pixels whose neighbours would lie outside that region, stay as they are.
  *  @{ */
 /** Warps a region of an 8-bit image.
  *  @param src           first pixel of the source image
@@ -682,31 +763,32 @@ NORVALA_API int32_t NORVALA_CALL Norvala_SampleDownH2V2_JPEGBW8(const BW8* src, 
  *                       part of it must be at least 2 by 2 pixels. Must not be null.
  *  @param dst           first pixel of the destination image
  *  @param dstStep       destination row step in bytes, at least 1
- *  @param dstRegion     the destination region, all of it readable and writable: bit 31 also reads pixels that
- *                       are not written; x and y at least 0, sizes at least 1. Must not be null.
+ *  @param dstRegion     the destination region, all of it readable and writable: #NORVALA_SMOOTH_EDGES also reads
+ *                       pixels that are not written; x and y at least 0, sizes at least 1. Must not be null.
  *  @param coefficients  six doubles, as above. Must not be null.
- *  @param interpolation 1, 2 or 4, with or without bit 31
- *  @return 0, or -1 with nothing written when a pointer is null, a size, step or region is out of its range, the
- *          interpolation is unknown, the coefficients are singular or not finite, the source region misses the image or
- *          leaves less than 2 by 2 pixels of it, no row or no column of the destination region's pixels crosses the
- *          quadrilateral, or work memory is lacking. The call needs 8 bytes of it for each row that it writes. A
- *          quadrilateral so thin that rows and columns cross it but no pixel's centre lies in it gives 0 with nothing
- *          written. */
+ *  @param interpolation #NORVALA_NEAREST, #NORVALA_LINEAR or #NORVALA_CUBIC, with or without #NORVALA_SMOOTH_EDGES
+ *  @return 0, also where the quadrilateral is so thin that no pixel's centre lies in it; or -1 with nothing written
+ *          when
+ *          - a pointer is null
+ *          - a size, a step or a region is out of its range
+ *          - the interpolation is unknown
+ *          - the coefficients are singular or not finite
+ *          - the source region misses the image or leaves less than 2 by 2 pixels of it
+ *          - no row or no column of the destination region's pixels crosses the quadrilateral
+ *          - work memory is lacking: 8 bytes for each row that the call writes */
 NORVALA_API int32_t NORVALA_CALL Norvala_WarpAffine_BW8(const BW8* src, int32_t srcWidth, int32_t srcHeight,
-                                                        int32_t srcStep, const Rect* srcRegion, BW8* dst,
-                                                        int32_t dstStep, const Rect* dstRegion,
+                                                        int32_t srcStep, const NorvalaRect* srcRegion, BW8* dst,
+                                                        int32_t dstStep, const NorvalaRect* dstRegion,
                                                         const double* coefficients, int32_t interpolation);
 /** Warps a region of a float image; otherwise as Norvala_WarpAffine_BW8. Nearest moves bit patterns. Results are
  *  computed in double precision, not limited to any range. */
 NORVALA_API int32_t NORVALA_CALL Norvala_WarpAffine_FLOAT32(const FLOAT32* src, int32_t srcWidth, int32_t srcHeight,
-                                                            int32_t srcStep, const Rect* srcRegion, FLOAT32* dst,
-                                                            int32_t dstStep, const Rect* dstRegion,
+                                                            int32_t srcStep, const NorvalaRect* srcRegion, FLOAT32* dst,
+                                                            int32_t dstStep, const NorvalaRect* dstRegion,
                                                             const double* coefficients, int32_t interpolation);
 /** @} */
 
-/* ---- Quadrilateral warps ---- */
-
-/** @name Quadrilateral warps
+/** @defgroup quadrilateral Quadrilateral warps
  *  Bring the content of a quadrilateral of the source image onto a quadrilateral of the destination image. A
  *  quadrilateral is eight doubles, the points x0, y0, x1, y1, x2, y2, x3, y3 in the order in which its sides join them;
  *  vertex k of the one goes to vertex k of the other. Both must be finite and convex, without three vertices on a line.
@@ -726,37 +808,39 @@ NORVALA_API int32_t NORVALA_CALL Norvala_WarpAffine_FLOAT32(const FLOAT32* src, 
  *  @param srcQuad       the source quadrilateral, eight doubles. Must not be null.
  *  @param dst           first pixel of the destination image
  *  @param dstStep       destination row step in bytes, at least 1
- *  @param dstRegion     the destination region, all of it readable and writable: bit 31 also reads pixels that
- *                       are not written; x and y at least 0, sizes at least 1. Must not be null.
+ *  @param dstRegion     the destination region, all of it readable and writable: #NORVALA_SMOOTH_EDGES also reads
+ *                       pixels that are not written; x and y at least 0, sizes at least 1. Must not be null.
  *  @param dstQuad       the destination quadrilateral, eight doubles. Must not be null.
- *  @param interpolation 1, 2 or 4, with or without bit 31
- *  @return 0; or -1 with the warp done when the fourth vertices do not fit the map, to about 12 digits; or -1 with
- *          nothing written when a pointer is null, a size, step or region is out of its range, the interpolation is
- *          unknown, a quadrilateral is degenerate, not convex or not a number, the source region misses the image, no
- *          row or no column of the destination region's pixels crosses what is to be written, or work memory is
- *          lacking. The call needs 8 bytes of it for each row that it writes. An area so thin that rows and columns
- *          cross it but no pixel's centre lies in it counts as warped, with nothing written. */
+ *  @param interpolation #NORVALA_NEAREST, #NORVALA_LINEAR or #NORVALA_CUBIC, with or without #NORVALA_SMOOTH_EDGES
+ *  @return 0, also where the area is so thin that no pixel's centre lies in it; -1 with the warp done when the fourth
+ *          vertices do not fit the map, to about 12 digits; -1 with nothing written when
+ *          - a pointer is null
+ *          - a size, a step or a region is out of its range
+ *          - the interpolation is unknown
+ *          - a quadrilateral is degenerate, not convex or not a number
+ *          - the source region misses the image
+ *          - no row or no column of the destination region's pixels crosses what is to be written
+ *          - work memory is lacking: 8 bytes for each row that the call writes */
 NORVALA_API int32_t NORVALA_CALL Norvala_WarpAffineQuad(const BW8* src, int32_t srcWidth, int32_t srcHeight,
-                                                        int32_t srcStep, const Rect* srcRegion, const double* srcQuad,
-                                                        BW8* dst, int32_t dstStep, const Rect* dstRegion,
-                                                        const double* dstQuad, int32_t interpolation);
+                                                        int32_t srcStep, const NorvalaRect* srcRegion,
+                                                        const double* srcQuad, BW8* dst, int32_t dstStep,
+                                                        const NorvalaRect* dstRegion, const double* dstQuad,
+                                                        int32_t interpolation);
 /** Warps by the projection that takes all four vertices of the source quadrilateral to those of the destination's;
  *  arguments as for Norvala_WarpAffineQuad. Where the source quadrilateral lies in the source region, all pixels of the
  *  destination quadrilateral inside the destination region are written; otherwise those whose position in the source
- *  falls outside the source region by more than 1e-7 keep their values. Edges are not smoothed: bit 31 is accepted
- *  without effect.
+ *  falls outside the source region by more than 1e-7 keep their values. Edges are not smoothed: #NORVALA_SMOOTH_EDGES
+ *  is accepted without effect.
  *  @return 0, or -1 with nothing written for the reasons of Norvala_WarpAffineQuad but the fourth vertices. A source
  *          quadrilateral wholly outside the source region gives 0 with nothing written. */
 NORVALA_API int32_t NORVALA_CALL Norvala_WarpPerspectiveQuad(const BW8* src, int32_t srcWidth, int32_t srcHeight,
-                                                             int32_t srcStep, const Rect* srcRegion,
+                                                             int32_t srcStep, const NorvalaRect* srcRegion,
                                                              const double* srcQuad, BW8* dst, int32_t dstStep,
-                                                             const Rect* dstRegion, const double* dstQuad,
+                                                             const NorvalaRect* dstRegion, const double* dstQuad,
                                                              int32_t interpolation);
 /** @} */
 
-/* ---- Bounds and rotation ---- */
-
-/** @name Bounds and rotation
+/** @defgroup bounds Bounds and rotation
  *  Where an affine warp will put a region, without doing it. Points are pixel centres, so a region of width w spans
  *  w - 1 in x. A bound is four doubles: least x, least y, greatest x, greatest y.
  *
@@ -771,7 +855,8 @@ NORVALA_API int32_t NORVALA_CALL Norvala_WarpPerspectiveQuad(const BW8* src, int
  *  @param coefficients six doubles, as for Norvala_WarpAffine_BW8. Must not be null.
  *  @return 0; -1 with the bound written when the mapped region is degenerate (a region one pixel wide or high, singular
  *          coefficients) or not finite; -1 with nothing written when the region is out of its range */
-NORVALA_API int32_t NORVALA_CALL Norvala_GetAffineBound(const Rect* region, double* bound, const double* coefficients);
+NORVALA_API int32_t NORVALA_CALL Norvala_GetAffineBound(const NorvalaRect* region, double* bound,
+                                                        const double* coefficients);
 /** The shift that makes a rotation keep a point in its place.
  *  @param xCentre column of the point
  *  @param yCentre row of the point
@@ -789,16 +874,14 @@ NORVALA_API int32_t NORVALA_CALL Norvala_GetRotateShift(double xCentre, double y
  *  @param xShift shift in x
  *  @param yShift shift in y
  *  @return 0, or -1 with nothing written when the region is out of its range */
-NORVALA_API int32_t NORVALA_CALL Norvala_GetRotateQuad(const Rect* region, double* quad, double angle, double xShift,
-                                                       double yShift);
+NORVALA_API int32_t NORVALA_CALL Norvala_GetRotateQuad(const NorvalaRect* region, double* quad, double angle,
+                                                       double xShift, double yShift);
 /** The bound of Norvala_GetRotateQuad's quadrilateral; `bound` receives four doubles, otherwise as there. */
-NORVALA_API int32_t NORVALA_CALL Norvala_GetRotateBound(const Rect* region, double* bound, double angle, double xShift,
-                                                        double yShift);
+NORVALA_API int32_t NORVALA_CALL Norvala_GetRotateBound(const NorvalaRect* region, double* bound, double angle,
+                                                        double xShift, double yShift);
 /** @} */
 
-/* ---- Resize ---- */
-
-/** @name Resize
+/** @defgroup resize Resize
  *  @{ */
 /** Scales a region of a float image by one factor across and one down. The destination extent is the region (cut to
  *  the image where it reaches beyond it) times the factors plus 1e-7, rounded down, but at least one pixel where half
@@ -807,13 +890,13 @@ NORVALA_API int32_t NORVALA_CALL Norvala_GetRotateBound(const Rect* region, doub
  *  (j + 0.5) / yFactor - 0.5) of the region. Beyond its edges the region continues with its edge pixels; nothing
  *  outside it is read. A direction with the factor 1 copies, and a constant region stays constant.
  *
- *  | interpolation | name       | value of a pixel                                                                   |
- *  |---------------|------------|------------------------------------------------------------------------------------|
- *  | 1             | Nearest    | the nearest source pixel, moved as a bit pattern                                   |
- *  | 2             | Linear     | straight lines through 2 x 2 pixels                                                |
- *  | 4             | Cubic      | cubic Lagrange polynomials through 4 x 4 pixels                                    |
- *  | 8             | Reduce     | the mean over the area that the pixel covers in the source; both factors at most 1 |
- *  | 16            | EightPoint | windowed sinc over 8 x 8 pixels                                                    |
+ *  | interpolation | number | value of a pixel |
+ *  |---|---|---|
+ *  | #NORVALA_NEAREST | 1 | the nearest source pixel, moved as a bit pattern |
+ *  | #NORVALA_LINEAR | 2 | straight lines through 2 x 2 pixels |
+ *  | #NORVALA_CUBIC | 4 | cubic Lagrange polynomials through 4 x 4 pixels |
+ *  | #NORVALA_REDUCE | 8 | the mean over the area that the pixel covers in the source; both factors at most 1 |
+ *  | #NORVALA_EIGHT_POINT | 16 | windowed sinc over 8 x 8 pixels |
  *
  *  In small images, whatever the region, EightPoint needs 8 source rows and columns and becomes Cubic below, Cubic
  *  needs 4 and becomes Linear, Linear needs 2 and becomes Nearest. Nearest to EightPoint look at a fixed number of
@@ -830,19 +913,21 @@ NORVALA_API int32_t NORVALA_CALL Norvala_GetRotateBound(const Rect* region, doub
  *  @param dstHeight     largest number of rows to write, at least 1
  *  @param xFactor       destination width over source width, above 0
  *  @param yFactor       destination height over source height, above 0
- *  @param interpolation 1, 2, 4, 8 or 16
- *  @return 0, or -1 with nothing written when `src` or `dst` is null, a size or the origin of the region is out of its
- *          range, a factor is not above 0, the interpolation is none of the above or is 8 with a factor above 1, less
- *          than half a pixel would be left in a direction, or work memory cannot be had */
+ *  @param interpolation one of the above
+ *  @return 0, or -1 with nothing written when
+ *          - `src` or `dst` is null
+ *          - a size or the origin of the region is out of its range
+ *          - a factor is not above 0
+ *          - the interpolation is none of the above, or #NORVALA_REDUCE with a factor above 1
+ *          - less than half a pixel would be left in a direction
+ *          - work memory cannot be had */
 NORVALA_API int32_t NORVALA_CALL Norvala_Resize(const FLOAT32* src, int32_t srcWidth, int32_t srcHeight,
-                                                int32_t srcStep, const Rect* srcRegion, FLOAT32* dst, int32_t dstStep,
-                                                int32_t dstWidth, int32_t dstHeight, FLOAT64 xFactor, FLOAT64 yFactor,
-                                                int32_t interpolation);
+                                                int32_t srcStep, const NorvalaRect* srcRegion, FLOAT32* dst,
+                                                int32_t dstStep, int32_t dstWidth, int32_t dstHeight, FLOAT64 xFactor,
+                                                FLOAT64 yFactor, int32_t interpolation);
 /** @} */
 
-/* ---- Discrete Fourier transform ---- */
-
-/** @name Discrete Fourier transform
+/** @defgroup dft Discrete Fourier transform
  *  @{ */
 /** Two-dimensional forward discrete Fourier transform of a real image, not normalised:
  *  dst(k, l) = sum over x, y of src(x, y) * exp(-2 pi i (k x / width + l y / height)). The whole spectrum is written,
@@ -858,15 +943,15 @@ NORVALA_API int32_t NORVALA_CALL Norvala_Resize(const FLOAT32* src, int32_t srcW
  *  @param dstStep spectrum row step in bytes, at least 1
  *  @param width   pixels in a row, at least 1
  *  @param height  rows, at least 1
- *  @return 0, or -1 when a pointer is null, a size or step is below 1 or the work memory cannot be had; a spectrum that
- *  was not computed is not written */
+ *  @return 0, or -1 with nothing written when
+ *          - a pointer is null
+ *          - a size or a step is below 1
+ *          - the work memory cannot be had */
 NORVALA_API int32_t NORVALA_CALL Norvala_DFTFwdFLOAT32(const FLOAT32* src, int32_t srcStep, ComplexFLOAT32Number* dst,
                                                        int32_t dstStep, int32_t width, int32_t height);
 /** @} */
 
-/* ---- Magnitude ---- */
-
-/** @name Magnitude
+/** @defgroup magnitude Magnitude
  *  @{ */
 /** Moduli of complex pixels, such as those of a spectrum: sqrt(re * re + im * im), summed and rooted in double
  *  precision and rounded to float, so that squares cannot overflow. Infinite and NaN parts propagate.
@@ -881,9 +966,7 @@ NORVALA_API int32_t NORVALA_CALL Norvala_MagnitudeFLOAT32(const ComplexFLOAT32Nu
                                                           FLOAT32* dst, int32_t dstStep, int32_t width, int32_t height);
 /** @} */
 
-/* ---- Distance transform ---- */
-
-/** @name Distance transform
+/** @defgroup distance Distance transform
  *  @{ */
 /** Distance of every pixel of a mask to its nearest zero pixel, along paths of horizontal, vertical and diagonal
  *  steps (two-pass chamfer distance; G. Borgefors, "Distance transformations in digital images", 1986). Zero pixels
@@ -899,16 +982,17 @@ NORVALA_API int32_t NORVALA_CALL Norvala_MagnitudeFLOAT32(const ComplexFLOAT32Nu
  *  @param width   pixels in a row, at least 1
  *  @param height  rows, at least 1
  *  @param metrics two weights, both above 0: of a horizontal or vertical step, then of a diagonal step
- *  @return 0, or -1 when a pointer is null, a size is below 1, a step is out of its range, or a weight is not above 0
- *  (NaN included) */
+ *  @return 0, or -1 when
+ *          - a pointer is null
+ *          - a size is below 1
+ *          - a step is out of its range
+ *          - a weight is not above 0 (NaN included) */
 NORVALA_API int32_t NORVALA_CALL Norvala_DistanceTransform3x3_BW8ToFLOAT32(const BW8* src, int32_t srcStep,
                                                                            FLOAT32* dst, int32_t dstStep, int32_t width,
                                                                            int32_t height, const FLOAT32* metrics);
 /** @} */
 
-/* ---- Random fill ---- */
-
-/** @name Random fill
+/** @defgroup random Random fill
  *  @{ */
 /** Fills a vector with uniformly distributed pseudo-random bytes. The same seed and bounds give the same bytes at every
  *  call. With `low` below `high` the values are `low` to `high` - 1, except that one draw in 2^32 may give `low` - 1;
@@ -916,7 +1000,7 @@ NORVALA_API int32_t NORVALA_CALL Norvala_DistanceTransform3x3_BW8ToFLOAT32(const
  *  a congruential sequence to a subtract-with-borrow one (G. Marsaglia and A. Zaman, "Some portable very-long-period
  *  random number generators", 1994).
  *
- *  Every successful call keeps about 150 bytes of memory until the process ends.
+ *  @warning Every successful call keeps about 150 bytes of memory until the process ends.
  *  @param dst    first byte to fill
  *  @param length bytes to fill, at least 1
  *  @param low    first bound; only its low 8 bits are used

@@ -23,7 +23,7 @@ foreach(language c cpp)
   target_link_libraries(linked_${language} PRIVATE Norvala::Norvala)
   target_link_options(linked_${language} PRIVATE -static-libgcc)
 endforeach()
-add_executable(loaded ${NORVALA_EXAMPLES}/smooth.c)
+add_executable(loaded ${NORVALA_EXAMPLES}/loaded.c)
 target_include_directories(loaded PRIVATE $<TARGET_PROPERTY:Norvala::Norvala,INTERFACE_INCLUDE_DIRECTORIES>)
 """
 

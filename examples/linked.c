@@ -1,0 +1,17 @@
+/* Smooths a small grey picture by the linked library. */
+#include <stdio.h>
+
+#include "norvala.h"
+
+int main(void) {
+  BW8 image[6][8] = {{0}}, smooth[4][6];
+  int x, y;
+  image[2][3] = 240; /* one bright pixel */
+  /* The region starts one pixel in, since the 3x3 mask reads one pixel on every side of it. */
+  if (Norvala_FilterGauss(&image[1][1], 8, &smooth[0][0], 6, 6, 4, NORVALA_GAUSS_3X3) != 0) return 1;
+  for (y = 0; y < 4; ++y) {
+    for (x = 0; x < 6; ++x) printf("%4d", smooth[y][x]);
+    printf("\n");
+  }
+  return 0;
+}
