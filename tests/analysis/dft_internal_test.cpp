@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "analysis/analysis.h"
-#include "analysis/dft/spec2d.h"
+#include "analysis/dft/plan2d.h"
 #include "support/failing_heap.h"
 #include "support/old_image.h"
 
@@ -63,14 +63,23 @@ std::vector<int> Factors(int length) {
 
 TEST(DftMethodTest, ListsFactorsInOrder) {
   using List = std::vector<int>;
-  for (const List& factors :
-       {List{2, 3}, {4, 3}, {3, 3}, {2, 4, 3}, {4, 4, 4, 3, 5}, {2, 4, 3, 3, 3, 5}, {2, 149}, {149, 149}}) {
+  for (const List& factors : {List{2},
+                              {4},
+                              {2, 4, 4},
+                              {2, 3},
+                              {4, 3},
+                              {3, 3},
+                              {2, 4, 3},
+                              {4, 4, 4, 3, 5},
+                              {2, 4, 3, 3, 3, 5},
+                              {2, 149},
+                              {149, 149}}) {
     int length = 1;
     for (const int factor : factors) length *= factor;
     EXPECT_EQ(Factors(length), factors);
   }
   // A single factor, a remainder above 150, a trial factor above 150.
-  for (const int length : {3, 149, 2 * 151, 149 * 151, 4 * 151 * 151, INT32_MAX}) EXPECT_EQ(Factors(length), List{});
+  for (const int length : {3, 149, 2 * 151, 149 * 151, 4 * 151 * 151, 1, INT32_MAX}) EXPECT_EQ(Factors(length), List{});
 }
 
 TEST(DftMethodTest, FollowsThresholds) {
@@ -81,20 +90,22 @@ TEST(DftMethodTest, FollowsThresholds) {
   // Even numbers of real values go by their halves.
   for (const Case c : {Case{1, Method::Small, Method::Small},
                        {4, Method::Small, Method::Small},
-                       {6, Method::Direct, Method::MixedRadix},
-                       {8, Method::PowerOfTwo, Method::PowerOfTwo},
-                       {1 << 30, Method::PowerOfTwo, Method::PowerOfTwo},
-                       {12, Method::MixedRadix, Method::MixedRadix},
+                       {6, Method::Direct, Method::Stockham},
+                       {8, Method::Stockham, Method::Stockham},
+                       {1 << 30, Method::Stockham, Method::Stockham},
+                       {12, Method::Stockham, Method::Stockham},
                        {149, Method::Direct, Method::Direct},
-                       {151, Method::Direct, Method::LargePrime},
-                       {179, Method::Direct, Method::LargePrime},
-                       {181, Method::LargePrime, Method::LargePrime},
-                       {298, Method::Direct, Method::MixedRadix},
-                       {302, Method::LargePrime, Method::LargePrime},
-                       {596, Method::MixedRadix, Method::MixedRadix}}) {
-    dft::FactorList list;
-    EXPECT_EQ(dft::ChooseRealMethod(c.length, list), c.real) << c.length;
-    EXPECT_EQ(dft::ChooseComplexMethod(c.length, list), c.complex) << c.length;
+                       {151, Method::Direct, Method::Bluestein},
+                       {179, Method::Direct, Method::Bluestein},
+                       {181, Method::Bluestein, Method::Bluestein},
+                       {298, Method::Direct, Method::Stockham},
+                       {302, Method::Bluestein, Method::Bluestein},
+                       {596, Method::Stockham, Method::Stockham}}) {
+    dft::Plan1D real, complex;
+    real.Choose(c.length, dft::Values::Real);
+    complex.Choose(c.length, dft::Values::Complex);
+    EXPECT_EQ(real.method, c.real) << c.length;
+    EXPECT_EQ(complex.method, c.complex) << c.length;
   }
 }
 
@@ -156,9 +167,8 @@ TEST(Dft1DTest, StatusesInOrder) {
   FreeDftSpec1DReal(real);
   FreeDftSpec1DComplex(complex);
 
-  dft::PowerOfTwoSpec powerOfTwo;
-  for (const int order : {-1, 31}) EXPECT_EQ(powerOfTwo.Create(order, 8, 0, nullptr, 1), BadTransformOrder);
-  EXPECT_EQ(powerOfTwo.Create(0, 8, 0, nullptr, 1), Success);
+  dft::BluesteinPlan tooLong;
+  EXPECT_EQ(tooLong.Create((1 << 29) + 1, 1, roots), BadTransformOrder);
 }
 
 TEST(Dft2DTest, StatusesInOrder) {
@@ -287,6 +297,23 @@ TEST(Dft2DTest, ScalesForward) {
         for (int x = 0; x < width; ++x) EXPECT_NEAR(scaled.Get(x, y), plain.Get(x, y) * scale, bound);
       }
     }
+  }
+}
+
+// A row comes out the same by itself and beside others, unless two rows are the parts of one complex row.
+TEST(Dft2DTest, RowsDoNotDependOnEachOther) {
+  Random random(6);
+  for (const int width : kLengths) {
+    Image<FLOAT32> one(width, 1), more(width, 2), packed(width, 1), both(width, 2);
+    one.Fill([&] { return Noise(random); });
+    more.Fill([] { return 0.0F; });
+    for (int x = 0; x < width; ++x) more.Set(x, 0, one.Get(x, 0));
+    const Spec2D spec(width, 1);
+    if (spec->rowRealSpec->PairsRows()) continue;
+    ASSERT_EQ(Transform(one, packed, spec), Success);
+    ASSERT_EQ(Transform(more, both, Spec2D(width, 2)), Success);
+    // The second row is 0: the columns' transforms repeat the first one.
+    for (int x = 0; x < width; ++x) EXPECT_EQ(both.Get(x, 0), packed.Get(x, 0)) << width << ": " << x;
   }
 }
 

@@ -13,7 +13,7 @@ struct Complex {
 };
 // The same value of four transforms.
 using ComplexLanes = Complex<F32x4>;
-// An entry of a table of roots of unity, shared by all lanes.
+// A root of unity, the same for all lanes.
 using Root = Complex<float>;
 
 template <class V>
@@ -25,8 +25,8 @@ inline Complex<V> operator-(Complex<V> a, Complex<V> b) {
   return {a.re - b.re, a.im - b.im};
 }
 template <class V>
-inline Complex<V> Multiply(Complex<V> a, Complex<V> b) {
-  return {a.re * b.re - a.im * b.im, a.im * b.re + a.re * b.im};
+inline Complex<V> Multiply(Complex<V> a, Root w) {
+  return {a.re * w.re - a.im * w.im, a.im * w.re + a.re * w.im};
 }
 template <class V>
 inline Complex<V> Conjugate(Complex<V> a) {
@@ -37,64 +37,33 @@ inline Complex<V> TimesMinusI(Complex<V> a) {
   return {a.im, -a.re};
 }
 
-template <class V>
-V Broadcast(float value);
-template <>
-inline float Broadcast<float>(float value) {
-  return value;
-}
-template <>
-inline F32x4 Broadcast<F32x4>(float value) {
-  return F32x4{value, value, value, value};
-}
-template <class V>
-inline Complex<V> Broadcast(Root root) {
-  return {Broadcast<V>(root.re), Broadcast<V>(root.im)};
-}
-
-// Replaces `v` by the results of a computation in double precision, each rounded once. `compute` changes an array of as
-// many doubles, or of pairs of lanes: one half of the lanes after the other, so that all stay in registers.
+// Computes in double precision from floats in memory and rounds every result once. `compute` replaces an array of n
+// values by their results. Four lanes are computed two by two, so that all values of two stay in registers.
 template <int n, class Compute>
-inline void InDouble(float (&v)[n], Compute compute) {
+inline void InDouble(const float* const (&from)[n], float (&to)[n], Compute compute) {
   double wide[n];
-  for (int i = 0; i < n; ++i) wide[i] = v[i];
+  for (int i = 0; i < n; ++i) wide[i] = *from[i];
   compute(wide);
-  for (int i = 0; i < n; ++i) v[i] = static_cast<float>(wide[i]);
+  for (int i = 0; i < n; ++i) to[i] = static_cast<float>(wide[i]);
 }
 template <int n, class Compute>
-inline void InDouble(F32x4 (&v)[n], Compute compute) {
-  F32x4 low[n];
+inline void InDouble(const F32x4* const (&from)[n], F32x4 (&to)[n], Compute compute) {
   F64x2 wide[n];
-  for (int i = 0; i < n; ++i) wide[i] = F64x2{v[i][0], v[i][1]};
+  F32x4 low[n];
+  for (int i = 0; i < n; ++i) wide[i] = LoadFloatsAsDoubles(from[i]);
   compute(wide);
-  for (int i = 0; i < n; ++i) low[i] = F32x4{static_cast<float>(wide[i][0]), static_cast<float>(wide[i][1]), 0, 0};
-  for (int i = 0; i < n; ++i) wide[i] = F64x2{v[i][2], v[i][3]};
+  for (int i = 0; i < n; ++i) low[i] = ConvertFromDoubles<F32x4>(wide[i], F64x2{});
+  for (int i = 0; i < n; ++i) wide[i] = LoadFloatsAsDoubles(reinterpret_cast<const unsigned char*>(from[i]) + 8);
   compute(wide);
   for (int i = 0; i < n; ++i) {
-    const F32x4 high = {static_cast<float>(wide[i][0]), static_cast<float>(wide[i][1]), 0, 0};
-    v[i] = __builtin_shufflevector(low[i], high, 0, 1, 4, 5);
+    to[i] = __builtin_shufflevector(low[i], ConvertFromDoubles<F32x4>(wide[i], F64x2{}), 0, 1, 4, 5);
   }
 }
 
-// Four lanes of sums in double precision.
-struct WideLanes {
-  F64x2 low;
-  F64x2 high;
-};
-inline WideLanes operator+(WideLanes a, WideLanes b) { return {a.low + b.low, a.high + b.high}; }
-inline WideLanes operator-(WideLanes a, WideLanes b) { return {a.low - b.low, a.high - b.high}; }
-inline WideLanes operator*(WideLanes a, double b) { return {a.low * b, a.high * b}; }
-
+// Values as doubles, and back.
 inline double Widen(float value) { return value; }
-inline WideLanes Widen(F32x4 v) { return {F64x2{v[0], v[1]}, F64x2{v[2], v[3]}}; }
-template <class V>
-inline auto WideZero() {
-  return decltype(Widen(V{})){};
-}
+inline F64x2x2 Widen(F32x4 v) { return ConvertToDoubles(v); }
 inline float Narrow(double value) { return static_cast<float>(value); }
-inline F32x4 Narrow(WideLanes w) {
-  return F32x4{static_cast<float>(w.low[0]), static_cast<float>(w.low[1]), static_cast<float>(w.high[0]),
-               static_cast<float>(w.high[1])};
-}
+inline F32x4 Narrow(F64x2x2 v) { return ConvertFromDoubles<F32x4>(v); }
 
 }  // namespace norvala::dft

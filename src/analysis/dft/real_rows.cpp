@@ -1,26 +1,28 @@
-#include "analysis/dft/spec1d.h"
+#include "analysis/dft/plan1d.h"
 
 namespace norvala::dft {
 namespace {
+
+bool IsPowerOfTwo(std::ptrdiff_t n) { return (n & (n - 1)) == 0; }
 
 // Where the real and imaginary part of frequency k lie in a packed row: here and in the next element.
 constexpr std::ptrdiff_t PairAt(std::ptrdiff_t k) { return 2 * k - 1; }
 
 template <class V>
-void StorePair(const RowLanes<V>& dst, std::ptrdiff_t k, Complex<V> value) {
+void StorePair(const DestinationRows<V>& dst, std::ptrdiff_t k, Complex<V> value) {
   dst.Store(PairAt(k), value.re);
   dst.Store(PairAt(k) + 1, value.im);
 }
 
 // Frequencies k and k + 1.
 template <class V>
-void StorePairs(const RowLanes<V>& dst, std::ptrdiff_t k, Complex<V> first, Complex<V> second) {
+void StorePairs(const DestinationRows<V>& dst, std::ptrdiff_t k, Complex<V> first, Complex<V> second) {
   V four[4] = {first.re, first.im, second.re, second.im};
   dst.StoreFour(PairAt(k), four);
 }
 
 template <class V>
-void RunSmallRows(const RowLanes<V>& src, const RowLanes<V>& dst, std::ptrdiff_t n) {
+void RunSmallRows(const SourceRows<V>& src, const DestinationRows<V>& dst, std::ptrdiff_t n) {
   V x[4];
   for (std::ptrdiff_t i = 0; i < n; ++i) x[i] = src.Load(i);
   switch (n) {
@@ -31,8 +33,8 @@ void RunSmallRows(const RowLanes<V>& src, const RowLanes<V>& dst, std::ptrdiff_t
       break;
     }
     case 3: {
-      V v[3] = {x[0], x[1], x[2]};
-      InDouble(v, [](auto& d) {
+      V v[3];
+      InDouble({&x[0], &x[1], &x[2]}, v, [](auto& d) {
         const auto sum = d[1] + d[2], difference = d[1] - d[2];
         d[1] = d[0] + sum * -0.5;
         d[0] += sum;
@@ -58,7 +60,7 @@ void RunSmallRows(const RowLanes<V>& src, const RowLanes<V>& dst, std::ptrdiff_t
 
 // Elements 2j and 2j + 1 of the rows as the parts of m complex values.
 template <class V>
-void LoadHalves(const RowLanes<V>& src, std::ptrdiff_t m, Complex<V>* data) {
+void LoadHalves(const SourceRows<V>& src, std::ptrdiff_t m, Complex<V>* data) {
   std::ptrdiff_t j = 0;
   for (; j + 2 <= m; j += 2) {
     V four[4];
@@ -69,104 +71,108 @@ void LoadHalves(const RowLanes<V>& src, std::ptrdiff_t m, Complex<V>* data) {
   if (j < m) data[j] = {src.Load(2 * j), src.Load(2 * j + 1)};
 }
 
-// Frequencies k and m - k of 2m real values from the transform of their halves, with entry k of the rebuilding table:
-// in double from the float values, each result rounded once.
+// Frequencies k and m - k of 2m real values, in place of a and b, from frequencies k and m - k of the transform of
+// their halves and entry k of the rebuilding table.
 template <class V>
-inline void RebuildInDouble(Root entry, Complex<V>& a, Complex<V>& b) {
-  V v[4] = {a.re, a.im, b.re, b.im};
-  InDouble(v, [tr = static_cast<double>(entry.re), ti = static_cast<double>(entry.im)](auto& d) {
-    const auto xr = d[0], xi = d[1], yr = d[2], yi = d[3];
-    const auto difference = xr - yr, sum = xi + yi;
-    const auto s = difference * ti + sum * tr;
-    const auto t = sum * ti - difference * tr;
-    d[0] = yr + s;
-    d[1] = t - yi;
-    d[2] = xr - s;
-    d[3] = t - xi;
-  });
+inline void RebuildInDouble(Root entry, const Complex<V>& fromA, const Complex<V>& fromB, Complex<V>& a,
+                            Complex<V>& b) {
+  V v[4];
+  InDouble({&fromA.re, &fromA.im, &fromB.re, &fromB.im}, v,
+           [tr = static_cast<double>(entry.re), ti = static_cast<double>(entry.im)](auto& d) {
+             const auto xr = d[0], xi = d[1], yr = d[2], yi = d[3];
+             const auto difference = xr - yr, sum = xi + yi;
+             const auto s = difference * ti + sum * tr;
+             const auto t = sum * ti - difference * tr;
+             d[0] = yr + s;
+             d[1] = t - yi;
+             d[2] = xr - s;
+             d[3] = t - xi;
+           });
   a = {v[0], v[1]};
   b = {v[2], v[3]};
 }
-
 // The same in float, for the powers of two.
 template <class V>
-inline void RebuildInFloat(Root entry, Complex<V>& a, Complex<V>& b) {
-  const V tr = Broadcast<V>(entry.re), ti = Broadcast<V>(entry.im);
-  const V difference = a.re - b.re, sum = a.im + b.im;
-  const V s = difference * ti + sum * tr;
-  const V t = sum * ti - difference * tr;
-  const Complex<V> x = a, y = b;
+inline void RebuildInFloat(Root entry, const Complex<V>& fromA, const Complex<V>& fromB, Complex<V>& a, Complex<V>& b) {
+  const Complex<V> x = fromA, y = fromB;
+  const V difference = x.re - y.re, sum = x.im + y.im;
+  const V s = difference * entry.im + sum * entry.re;
+  const V t = sum * entry.im - difference * entry.re;
   a = {y.re + s, t - y.im};
   b = {x.re - s, t - x.im};
 }
 
 template <bool inDouble, class V>
-inline void Rebuild(Root entry, Complex<V>& a, Complex<V>& b) {
+inline void Rebuild(Root entry, const Complex<V>& fromA, const Complex<V>& fromB, Complex<V>& a, Complex<V>& b) {
   if constexpr (inDouble) {
-    RebuildInDouble(entry, a, b);
+    RebuildInDouble(entry, fromA, fromB, a, b);
   } else {
-    RebuildInFloat(entry, a, b);
+    RebuildInFloat(entry, fromA, fromB, a, b);
   }
 }
 
 template <class V>
-inline void StoreEnds(const RowLanes<V>& dst, std::ptrdiff_t m, Complex<V> first) {
+inline void StoreEnds(const DestinationRows<V>& dst, std::ptrdiff_t m, Complex<V> first) {
   dst.Store(0, first.re + first.im);
   dst.Store(2 * m - 1, first.re - first.im);
 }
 
 // The packed rows of 2m real values from the transform of their halves.
 template <bool inDouble, class V>
-void StoreRebuilt(const Complex<V>* halves, std::ptrdiff_t m, const Root* table, const RowLanes<V>& dst) {
+void StoreRebuilt(const Complex<V>* halves, std::ptrdiff_t m, const Root* table, const DestinationRows<V>& dst) {
   StoreEnds(dst, m, halves[0]);
   std::ptrdiff_t k = 1;
   for (; 2 * (k + 1) < m; k += 2) {
-    Complex<V> a0 = halves[k], b0 = halves[m - k];
-    Complex<V> a1 = halves[k + 1], b1 = halves[m - k - 1];
-    Rebuild<inDouble>(table[k], a0, b0);
-    Rebuild<inDouble>(table[k + 1], a1, b1);
-    StorePairs(dst, k, a0, a1);
-    StorePairs(dst, m - k - 1, b1, b0);
+    Complex<V> a[2], b[2];
+    Rebuild<inDouble>(table[k], halves[k], halves[m - k], a[0], b[0]);
+    Rebuild<inDouble>(table[k + 1], halves[k + 1], halves[m - k - 1], a[1], b[1]);
+    StorePairs(dst, k, a[0], a[1]);
+    StorePairs(dst, m - k - 1, b[1], b[0]);
   }
   if (2 * k < m) {
-    Complex<V> a = halves[k], b = halves[m - k];
-    Rebuild<inDouble>(table[k], a, b);
+    Complex<V> a, b;
+    Rebuild<inDouble>(table[k], halves[k], halves[m - k], a, b);
     StorePair(dst, k, a);
     StorePair(dst, m - k, b);
   }
   if (m % 2 == 0) StorePair(dst, m / 2, Conjugate(halves[m / 2]));
 }
 
+// An even number of real values by way of the transform of their halves.
 template <class V>
-void RunEvenRows(const DftSpec1DReal& spec, const RowLanes<V>& src, const RowLanes<V>& dst, Complex<V>* data) {
+void RunEvenRows(const DftSpec1DReal& spec, const SourceRows<V>& src, const DestinationRows<V>& dst, Complex<V>* data) {
   const std::ptrdiff_t m = spec.length / 2;
   const Root* const table = spec.rebuildTable.data();
   LoadHalves(src, m, data);
-  if (spec.method.method == Method::Direct) {
-    Fold(data, m);
-    RunDirect(spec.method.direct, data, m, [&](std::ptrdiff_t k, Complex<V> a, Complex<V> b) {
-      if (k == 0) return StoreEnds(dst, m, a);
-      RebuildInDouble(table[k], a, b);
-      StorePair(dst, k, a);
-      StorePair(dst, m - k, b);
-    });
-    return;
-  }
-  const Complex<V>* const halves = spec.method.Run(data, data + m);
-  if (spec.method.method == Method::PowerOfTwo) {
+  const Complex<V>* const halves = spec.plan.Run(data, data + m);
+  if (IsPowerOfTwo(m)) {
     StoreRebuilt<false>(halves, m, table, dst);
   } else {
     StoreRebuilt<true>(halves, m, table, dst);
   }
 }
 
+// The same by the direct sum, straight to the destination.
 template <class V>
-void RunDirectRows(const DftSpec1DReal& spec, const RowLanes<V>& src, const RowLanes<V>& dst, V* data) {
-  const std::ptrdiff_t n = spec.length;
-  for (std::ptrdiff_t x = 0; x < n; ++x) data[x] = src.Load(x);
-  Fold(data, n);
-  RunDirectReal(
-      spec.method.direct, data, n, [&](V first) { dst.Store(0, first); },
+void RunEvenRowsDirectly(const DftSpec1DReal& spec, const SourceRows<V>& src, const DestinationRows<V>& dst,
+                         Complex<V>* data) {
+  const std::ptrdiff_t m = spec.length / 2;
+  LoadHalves(src, m, data);
+  spec.plan.direct.Run(data, [&, table = spec.rebuildTable.data()](std::ptrdiff_t k, Complex<V> x, Complex<V> y) {
+    if (k == 0) return StoreEnds(dst, m, x);
+    Complex<V> a, b;
+    RebuildInDouble(table[k], x, y, a, b);
+    StorePair(dst, k, a);
+    StorePair(dst, m - k, b);
+  });
+}
+
+// An odd number of real values by the direct sum.
+template <class V>
+void RunOddRowsDirectly(const DftSpec1DReal& spec, const SourceRows<V>& src, const DestinationRows<V>& dst, V* data) {
+  for (std::ptrdiff_t x = 0; x < spec.length; ++x) data[x] = src.Load(x);
+  spec.plan.direct.RunReal(
+      data, [&](V first) { dst.Store(0, first); },
       [&](std::ptrdiff_t k, Complex<V> value) { StorePair(dst, k, value); });
 }
 
@@ -174,13 +180,13 @@ void RunDirectRows(const DftSpec1DReal& spec, const RowLanes<V>& src, const RowL
 // transform.
 template <class V>
 inline void Part(Complex<V> z, Complex<V> mirrored, Complex<V>& first, Complex<V>& second) {
-  const V half = Broadcast<V>(0.5F);
-  first = {(z.re + mirrored.re) * half, (z.im - mirrored.im) * half};
-  second = {(z.im + mirrored.im) * half, (mirrored.re - z.re) * half};
+  first = {(z.re + mirrored.re) * 0.5F, (z.im - mirrored.im) * 0.5F};
+  second = {(z.im + mirrored.im) * 0.5F, (mirrored.re - z.re) * 0.5F};
 }
 
+// An odd number of real values, two rows as the parts of one complex row.
 template <class V>
-void RunPairedRows(const DftSpec1DReal& spec, const RowLanes<V> (&src)[2], const RowLanes<V> (&dst)[2],
+void RunPairedRows(const DftSpec1DReal& spec, const SourceRows<V> (&src)[2], const DestinationRows<V> (&dst)[2],
                    Complex<V>* data) {
   const std::ptrdiff_t n = spec.length;
   std::ptrdiff_t x = 0;
@@ -192,7 +198,7 @@ void RunPairedRows(const DftSpec1DReal& spec, const RowLanes<V> (&src)[2], const
   }
   for (; x < n; ++x) data[x] = {src[0].Load(x), src[1].Load(x)};
 
-  const Complex<V>* const z = spec.method.Run(data, data + n);
+  const Complex<V>* const z = spec.plan.Run(data, data + n);
   dst[0].Store(0, z[0].re);
   dst[1].Store(0, z[0].im);
   std::ptrdiff_t k = 1;
@@ -214,19 +220,25 @@ void RunPairedRows(const DftSpec1DReal& spec, const RowLanes<V> (&src)[2], const
 }  // namespace
 
 template <class V>
-void RunRealRows(const DftSpec1DReal& spec, const RowLanes<V> (&src)[2], const RowLanes<V> (&dst)[2], void* scratch) {
-  if (spec.method.method == Method::Small) {
+void RunRealRows(const DftSpec1DReal& spec, const SourceRows<V> (&src)[2], const DestinationRows<V> (&dst)[2],
+                 void* scratch) {
+  const bool even = spec.length % 2 == 0;
+  if (spec.plan.method == Method::Small) {
     RunSmallRows(src[0], dst[0], spec.length);
-  } else if (spec.length % 2 == 0) {
+  } else if (spec.plan.method == Method::Direct && even) {
+    RunEvenRowsDirectly(spec, src[0], dst[0], static_cast<Complex<V>*>(scratch));
+  } else if (spec.plan.method == Method::Direct) {
+    RunOddRowsDirectly(spec, src[0], dst[0], static_cast<V*>(scratch));
+  } else if (even) {
     RunEvenRows(spec, src[0], dst[0], static_cast<Complex<V>*>(scratch));
-  } else if (spec.pairsRows()) {
-    RunPairedRows(spec, src, dst, static_cast<Complex<V>*>(scratch));
   } else {
-    RunDirectRows(spec, src[0], dst[0], static_cast<V*>(scratch));
+    RunPairedRows(spec, src, dst, static_cast<Complex<V>*>(scratch));
   }
 }
 
-template void RunRealRows(const DftSpec1DReal&, const RowLanes<float> (&)[2], const RowLanes<float> (&)[2], void*);
-template void RunRealRows(const DftSpec1DReal&, const RowLanes<F32x4> (&)[2], const RowLanes<F32x4> (&)[2], void*);
+template void RunRealRows(const DftSpec1DReal&, const SourceRows<float> (&)[2], const DestinationRows<float> (&)[2],
+                          void*);
+template void RunRealRows(const DftSpec1DReal&, const SourceRows<F32x4> (&)[2], const DestinationRows<F32x4> (&)[2],
+                          void*);
 
 }  // namespace norvala::dft

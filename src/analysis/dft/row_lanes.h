@@ -1,49 +1,59 @@
 #pragma once
 
 #include <cstddef>
-#include <cstring>
 
 #include "frame/lanes.h"
 #include "frame/memory.h"
 
-// Rows of floats at any address, one for each lane: loads turn rows into lanes, stores turn them back.
+// Rows of floats at any address, one for each lane of V: loads turn rows into lanes, stores turn them back.
 
 namespace norvala::dft {
 
 template <class V>
-struct RowLanes;
+inline constexpr int kLanes = sizeof(V) / sizeof(float);
 
-template <>
-struct RowLanes<float> {
-  static constexpr int kRows = 1;
-  unsigned char* rows[kRows];
+template <class V>
+struct SourceRows {
+  const unsigned char* rows[kLanes<V>];
 
-  float Load(std::ptrdiff_t x) const { return LoadUnaligned<float>(rows[0] + x * 4); }
-  void Store(std::ptrdiff_t x, float value) const { StoreUnaligned(rows[0] + x * 4, value); }
+  V Load(std::ptrdiff_t x) const {
+    const auto lane = [&](int i) { return LoadUnaligned<float>(rows[i] + x * 4); };
+    if constexpr (kLanes<V> == 1) {
+      return lane(0);
+    } else {
+      return V{lane(0), lane(1), lane(2), lane(3)};
+    }
+  }
   // Elements x .. x + 3.
-  void LoadFour(std::ptrdiff_t x, float (&v)[4]) const { std::memcpy(v, rows[0] + x * 4, sizeof v); }
-  void StoreFour(std::ptrdiff_t x, const float (&v)[4]) const { std::memcpy(rows[0] + x * 4, v, sizeof v); }
+  void LoadFour(std::ptrdiff_t x, V (&v)[4]) const {
+    if constexpr (kLanes<V> == 1) {
+      for (int i = 0; i < 4; ++i) v[i] = Load(x + i);
+    } else {
+      for (int i = 0; i < 4; ++i) v[i] = LoadUnaligned<V>(rows[i] + x * 4);
+      TransposeLanes(v);
+    }
+  }
 };
 
-template <>
-struct RowLanes<F32x4> {
-  static constexpr int kRows = 4;
-  unsigned char* rows[kRows];
+template <class V>
+struct DestinationRows {
+  unsigned char* rows[kLanes<V>];
 
-  F32x4 Load(std::ptrdiff_t x) const {
-    return F32x4{LoadUnaligned<float>(rows[0] + x * 4), LoadUnaligned<float>(rows[1] + x * 4),
-                 LoadUnaligned<float>(rows[2] + x * 4), LoadUnaligned<float>(rows[3] + x * 4)};
+  void Store(std::ptrdiff_t x, V value) const {
+    if constexpr (kLanes<V> == 1) {
+      StoreUnaligned(rows[0] + x * 4, value);
+    } else {
+      for (int i = 0; i < kLanes<V>; ++i) StoreUnaligned(rows[i] + x * 4, static_cast<float>(value[i]));
+    }
   }
-  void Store(std::ptrdiff_t x, F32x4 value) const {
-    for (int i = 0; i < kRows; ++i) StoreUnaligned(rows[i] + x * 4, static_cast<float>(value[i]));
-  }
-  void LoadFour(std::ptrdiff_t x, F32x4 (&v)[4]) const {
-    for (int i = 0; i < kRows; ++i) v[i] = LoadUnaligned<F32x4>(rows[i] + x * 4);
-    TransposeLanes(v);
-  }
-  void StoreFour(std::ptrdiff_t x, F32x4 (&v)[4]) const {
-    TransposeLanes(v);
-    for (int i = 0; i < kRows; ++i) StoreUnaligned(rows[i] + x * 4, v[i]);
+  // Elements x .. x + 3.
+  void StoreFour(std::ptrdiff_t x, V (&v)[4]) const {
+    if constexpr (kLanes<V> == 1) {
+      for (int i = 0; i < 4; ++i) Store(x + i, v[i]);
+    } else {
+      TransposeLanes(v);
+      for (int i = 0; i < 4; ++i) StoreUnaligned(rows[i] + x * 4, v[i]);
+    }
   }
 };
 

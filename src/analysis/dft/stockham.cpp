@@ -1,6 +1,158 @@
 #include "analysis/dft/stockham.h"
 
+#include <utility>
+
 namespace norvala::dft {
+namespace {
+
+// A pass of radix r takes time in proportion to r and holds r values at once: a length with a larger factor is left to
+// other methods.
+constexpr std::int32_t kLargestRadix = 150;
+constexpr std::int32_t kLargestButterfly = 5;
+
+// ---- Butterflies: the transforms of in[0], in[jump], in[2 * jump], ... ----
+
+template <class V>
+inline void Butterfly(const Complex<V>* in, std::ptrdiff_t jump, Complex<V> (&x)[2]) {
+  const Complex<V> a = in[0], b = in[jump];
+  x[0] = a + b;
+  x[1] = a - b;
+}
+
+// In double precision, each result rounded once. The sine of 60 degrees has these seven digits on purpose.
+template <class V>
+inline void Butterfly(const Complex<V>* in, std::ptrdiff_t jump, Complex<V> (&x)[3]) {
+  const V* const from[6] = {&in[0].re, &in[jump].re, &in[2 * jump].re, &in[0].im, &in[jump].im, &in[2 * jump].im};
+  V v[6];
+  InDouble(from, v, [](auto& d) {
+    const auto sumRe = d[1] + d[2], turnedIm = (d[1] - d[2]) * -0.8660254;
+    const auto sumIm = d[4] + d[5], turnedRe = (d[4] - d[5]) * -0.8660254;
+    const auto halfRe = d[0] + sumRe * -0.5, halfIm = d[3] + sumIm * -0.5;
+    d[0] += sumRe;
+    d[1] = halfRe - turnedRe;
+    d[2] = halfRe + turnedRe;
+    d[3] += sumIm;
+    d[4] = halfIm + turnedIm;
+    d[5] = halfIm - turnedIm;
+  });
+  for (int k = 0; k < 3; ++k) x[k] = {v[k], v[k + 3]};
+}
+
+template <class V>
+inline void Butterfly(const Complex<V>* in, std::ptrdiff_t jump, Complex<V> (&x)[4]) {
+  const Complex<V> a = in[0] + in[2 * jump], b = in[0] - in[2 * jump];
+  const Complex<V> c = in[jump] + in[3 * jump], d = TimesMinusI(in[jump] - in[3 * jump]);
+  x[0] = a + c;
+  x[1] = b + d;
+  x[2] = a - c;
+  x[3] = b - d;
+}
+
+template <class V>
+inline void Butterfly(const Complex<V>* in, std::ptrdiff_t jump, Complex<V> (&x)[5]) {
+  constexpr float kRoot5Quarter = 0.5590169943749475F;
+  constexpr float kSin1 = 0.9510565162951535F;  // sin(2 pi / 5)
+  constexpr float kSin2 = 0.5877852522924731F;  // sin(4 pi / 5)
+  const Complex<V> first = in[0];
+  const Complex<V> s1 = in[jump] + in[4 * jump], d1 = in[jump] - in[4 * jump];
+  const Complex<V> s2 = in[2 * jump] + in[3 * jump], d2 = in[2 * jump] - in[3 * jump];
+  const Complex<V> sum = s1 + s2, difference = s1 - s2;
+  const Complex<V> middle = {first.re - sum.re * 0.25F, first.im - sum.im * 0.25F};
+  const Complex<V> apart = {difference.re * kRoot5Quarter, difference.im * kRoot5Quarter};
+  const Complex<V> a1 = middle + apart, a2 = middle - apart;
+  const Complex<V> b1 = TimesMinusI(Complex<V>{d1.re * kSin1 + d2.re * kSin2, d1.im * kSin1 + d2.im * kSin2});
+  const Complex<V> b2 = TimesMinusI(Complex<V>{d1.re * kSin2 - d2.re * kSin1, d1.im * kSin2 - d2.im * kSin1});
+  x[0] = first + sum;
+  x[1] = a1 + b1;
+  x[2] = a2 + b2;
+  x[3] = a2 - b2;
+  x[4] = a1 - b1;
+}
+
+// ---- Passes ----
+
+// How the loops of a pass run: the first one has a stride of 1, so that its inner loop is a single step; the last one
+// needs no twiddle factors.
+enum class PassKind { First, Middle, Last };
+
+template <int radix, PassKind kind, class V>
+void ButterflyPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, const FactorRecord& record,
+                   const Root* __restrict twiddles) {
+  constexpr bool twiddled = kind != PassKind::Last;
+  const std::ptrdiff_t stride = kind == PassKind::First ? 1 : record.before;
+  const std::ptrdiff_t jump = stride * record.remaining;
+  for (std::ptrdiff_t p = 0; p < record.remaining; ++p, twiddles += radix - 1, out += (radix - 1) * stride) {
+    for (std::ptrdiff_t q = 0; q < stride; ++q, ++in, ++out) {
+      Complex<V> x[radix];
+      Butterfly(in, jump, x);
+      out[0] = x[0];
+#pragma GCC unroll 8
+      for (int k = 1; k < radix; ++k) out[k * stride] = twiddled ? Multiply(x[k], twiddles[k - 1]) : x[k];
+    }
+  }
+}
+
+template <int radix, class V>
+void ButterflyPass(const Complex<V>* in, Complex<V>* out, const FactorRecord& record, const Root* twiddles) {
+  if (record.remaining == 1) {
+    ButterflyPass<radix, PassKind::Last>(in, out, record, twiddles);
+  } else if (record.before == 1) {
+    ButterflyPass<radix, PassKind::First>(in, out, record, twiddles);
+  } else {
+    ButterflyPass<radix, PassKind::Middle>(in, out, record, twiddles);
+  }
+}
+
+// A pass of any odd radix r: inputs j and r - j meet only as their sum and difference, and yield results k and r - k
+// together.
+template <class V>
+void OddRadixPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, const FactorRecord& record,
+                  const Root* __restrict twiddles, const Root* __restrict roots) {
+  const std::ptrdiff_t radix = record.factor;
+  const std::ptrdiff_t half = radix / 2;
+  const std::ptrdiff_t stride = record.before;
+  const std::ptrdiff_t jump = stride * record.remaining;
+  const bool twiddled = record.remaining > 1;
+  Complex<V> sum[kLargestRadix / 2 + 1];
+  Complex<V> difference[kLargestRadix / 2 + 1];
+  for (std::ptrdiff_t p = 0; p < record.remaining; ++p, twiddles += radix - 1, out += (radix - 1) * stride) {
+    for (std::ptrdiff_t q = 0; q < stride; ++q, ++in, ++out) {
+      const Complex<V> first = in[0];
+      Complex<V> total = first;
+      for (std::ptrdiff_t j = 1; j <= half; ++j) {
+        const Complex<V> a = in[j * jump], b = in[(radix - j) * jump];
+        sum[j] = a + b;
+        difference[j] = a - b;
+        total = total + sum[j];
+      }
+      out[0] = total;
+      for (std::ptrdiff_t k = 1; k <= half; ++k) {
+        Complex<V> even = first;
+        Complex<V> odd = {V{}, V{}};
+        std::ptrdiff_t index = 0;  // j k mod r
+        for (std::ptrdiff_t j = 1; j <= half; ++j) {
+          index += k;
+          if (index >= radix) index -= radix;
+          const Root w = roots[index];
+          even.re += sum[j].re * w.re;
+          even.im += sum[j].im * w.re;
+          odd.re += difference[j].im * w.im;
+          odd.im += difference[j].re * w.im;
+        }
+        Complex<V> result = {even.re - odd.re, even.im + odd.im};
+        Complex<V> mirrored = {even.re + odd.re, even.im - odd.im};
+        if (twiddled) {
+          result = Multiply(result, twiddles[k - 1]);
+          mirrored = Multiply(mirrored, twiddles[radix - k - 1]);
+        }
+        out[k * stride] = result;
+        out[(radix - k) * stride] = mirrored;
+      }
+    }
+  }
+}
+
+// ---- Tables ----
 
 AlignedVector<Root> MakeTwiddles(const FactorList& factors, const Root* roots, std::ptrdiff_t stride) {
   std::int64_t count = 0;
@@ -16,5 +168,122 @@ AlignedVector<Root> MakeTwiddles(const FactorList& factors, const Root* roots, s
   }
   return twiddles;
 }
+
+// Calls `use` for the first of every run of equal factors that have no butterfly.
+template <class Use>
+void ForEachOddRadix(const FactorList& factors, Use use) {
+  std::int32_t previous = 0;
+  for (const FactorRecord& record : factors) {
+    if (record.factor > kLargestButterfly && record.factor != previous) use(record);
+    previous = record.factor;
+  }
+}
+
+}  // namespace
+
+void FactorList::Append(std::int32_t factor, std::int32_t length) {
+  const std::int32_t before = count == 0 ? 1 : records[count - 1].before * records[count - 1].factor;
+  records[count++] = {factor, length / (before * factor), before};
+}
+
+bool Factorise(std::int32_t length, FactorList& list) {
+  list.count = 0;
+  std::int32_t remainder = length;
+  int fours = 0;
+  while (remainder % 4 == 0) {
+    remainder /= 4;
+    ++fours;
+  }
+  if (remainder % 2 == 0) {
+    remainder /= 2;
+    list.Append(2, length);
+  }
+  for (int i = 0; i < fours; ++i) list.Append(4, length);
+  if (remainder == 1) return list.count > 0;
+  for (std::int32_t factor = 3; remainder >= factor * factor; factor += 2) {
+    if (factor > kLargestRadix) return false;
+    while (remainder >= factor * factor && remainder % factor == 0) {
+      remainder /= factor;
+      list.Append(factor, length);
+    }
+  }
+  const bool factorisable = list.count > 0 && remainder <= kLargestRadix;
+  if (factorisable) list.Append(remainder, length);
+  return factorisable;
+}
+
+StatusCode StockhamPlan::Create(std::int32_t newLength, std::ptrdiff_t stride, SharedRoots& sharedRoots) {
+  length = newLength;
+  const Root* const roots = sharedRoots.OfOrder(length * std::int64_t{stride});
+  if (roots == nullptr) return StatusCode::WorkBufferUnavailable;
+  twiddles = MakeTwiddles(factors, roots, stride);
+  if (!twiddles) return StatusCode::WorkBufferUnavailable;
+  std::int64_t count = 0;
+  ForEachOddRadix(factors, [&](const FactorRecord& record) { count += record.factor; });
+  if (count == 0) return StatusCode::Success;
+  factorRoots = AlignedVector<Root>(count);
+  if (!factorRoots) return StatusCode::WorkBufferUnavailable;
+  Root* next = factorRoots.data();
+  ForEachOddRadix(factors, [&](const FactorRecord& record) {
+    const std::ptrdiff_t step = stride * record.remaining * record.before;
+    for (std::ptrdiff_t k = 0; k < record.factor; ++k) *next++ = roots[k * step];
+  });
+  return StatusCode::Success;
+}
+
+template <class V>
+Complex<V>* StockhamPlan::Run(Complex<V>* data, Complex<V>* work) const {
+  const Root* w = twiddles.data();
+  const Root* roots = factorRoots.data();
+  std::int32_t previous = 0;
+  for (const FactorRecord& record : factors) {
+    if (record.factor != previous && previous > kLargestButterfly) roots += previous;
+    switch (record.factor) {
+      case 2:
+        ButterflyPass<2>(data, work, record, w);
+        break;
+      case 3:
+        ButterflyPass<3>(data, work, record, w);
+        break;
+      case 4:
+        ButterflyPass<4>(data, work, record, w);
+        break;
+      case 5:
+        ButterflyPass<5>(data, work, record, w);
+        break;
+      default:
+        OddRadixPass(data, work, record, w, roots);
+        break;
+    }
+    w += std::ptrdiff_t{record.remaining} * (record.factor - 1);
+    previous = record.factor;
+    std::swap(data, work);
+  }
+  return data;
+}
+
+template Complex<float>* StockhamPlan::Run(Complex<float>*, Complex<float>*) const;
+template ComplexLanes* StockhamPlan::Run(ComplexLanes*, ComplexLanes*) const;
+
+StatusCode SmallPlan::Create(std::int32_t newLength, std::ptrdiff_t /*stride*/, SharedRoots& /*sharedRoots*/) {
+  length = newLength;
+  return StatusCode::Success;
+}
+
+template <class V>
+Complex<V>* SmallPlan::Run(Complex<V>* data, Complex<V>* /*work*/) const {
+  const auto run = [data]<int n>(Complex<V>(&x)[n]) {
+    Butterfly(data, 1, x);
+    for (int j = 0; j < n; ++j) data[j] = x[j];
+  };
+  Complex<V> two[2], three[3], four[4];
+  if (length == 2) run(two);
+  if (length == 3) run(three);
+  if (length == 4) run(four);
+  return data;
+}
+
+template Complex<float>* SmallPlan::Run(Complex<float>*, Complex<float>*) const;
+template ComplexLanes* SmallPlan::Run(ComplexLanes*, ComplexLanes*) const;
 
 }  // namespace norvala::dft

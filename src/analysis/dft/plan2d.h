@@ -1,6 +1,6 @@
 #pragma once
 
-#include "analysis/dft/spec1d.h"
+#include "analysis/dft/plan1d.h"
 
 // The packed spectrum of a real image of width x height, as many floats:
 // - Each row is first replaced by the packed spectrum of its values: R0, R1, I1, R2, I2, ... and, for an even width,
@@ -22,4 +22,13 @@ struct DftSpec2D {
   DftSpec1DReal* columnRealSpec;        // of length height; null where that is the width: rowRealSpec serves both
 };
 
+namespace dft {
+
+// Transforms the column at `src` to that at `dst` by way of the specification's scratch.
+StatusCode TransformRealColumn(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
+                               const DftSpec1DReal& spec, unsigned char* scratch);
+// Transforms the columns of an image of transformed rows in place.
+StatusCode TransformColumns(FLOAT32* packed, std::int32_t step, const DftSpec2D& spec, unsigned char* scratch);
+
+}  // namespace dft
 }  // namespace norvala

@@ -1,0 +1,120 @@
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "analysis/dft/plan2d.h"
+#include "analysis/dft/scratch.h"
+#include "frame/memory.h"
+
+namespace norvala::dft {
+namespace {
+
+// Address of element (x, y) of an image.
+unsigned char* At(FLOAT32* image, std::int32_t step, std::ptrdiff_t x, std::ptrdiff_t y) {
+  return reinterpret_cast<unsigned char*>(Row(image, step, y)) + x * static_cast<std::ptrdiff_t>(sizeof(FLOAT32));
+}
+
+// Moves elements of any type between one column of an image and the scratch.
+template <class T>
+T* Gather(const FLOAT32* column, std::int32_t step, std::ptrdiff_t height, unsigned char* scratch) {
+  for (std::ptrdiff_t y = 0; y < height; ++y) std::memcpy(scratch + y * sizeof(T), Row(column, step, y), sizeof(T));
+  return reinterpret_cast<T*>(scratch);
+}
+template <class T>
+void Scatter(const T* values, FLOAT32* column, std::int32_t step, std::ptrdiff_t height) {
+  for (std::ptrdiff_t y = 0; y < height; ++y) std::memcpy(Row(column, step, y), values + y, sizeof(T));
+}
+
+StatusCode TransformComplexColumn(FLOAT32* column, std::int32_t step, const DftSpec1DComplex& spec,
+                                  unsigned char* scratch) {
+  auto* const values = Gather<Complex<float>>(column, step, spec.length, scratch);
+  const StatusCode status = RunDft1DComplex(values, values, &spec, values + spec.length);
+  if (status == StatusCode::Success) Scatter(values, column, step, spec.length);
+  return status;
+}
+
+// Complex columns are transformed in blocks of four, one column a lane. Several blocks are moved at once, for whole
+// cache lines of the image's rows.
+constexpr int kMostBlocks = 4;
+constexpr std::ptrdiff_t kBlockWidth = 8;  // floats
+
+void GatherBlocks(FLOAT32* image, std::int32_t step, std::ptrdiff_t x, std::ptrdiff_t height,
+                  ComplexLanes* const* blocks, int count) {
+  for (std::ptrdiff_t y = 0; y < height; ++y) {
+    const unsigned char* from = At(image, step, x, y);
+    for (int i = 0; i < count; ++i, from += kBlockWidth * sizeof(FLOAT32)) {
+      const auto a = LoadUnaligned<F32x4>(from);
+      const auto b = LoadUnaligned<F32x4>(from + sizeof a);
+      blocks[i][y] = {__builtin_shufflevector(a, b, 0, 2, 4, 6), __builtin_shufflevector(a, b, 1, 3, 5, 7)};
+    }
+  }
+}
+
+void ScatterBlocks(const ComplexLanes* const* blocks, int count, FLOAT32* image, std::int32_t step, std::ptrdiff_t x,
+                   std::ptrdiff_t height) {
+  for (std::ptrdiff_t y = 0; y < height; ++y) {
+    unsigned char* to = At(image, step, x, y);
+    for (int i = 0; i < count; ++i, to += kBlockWidth * sizeof(FLOAT32)) {
+      const F32x4 re = blocks[i][y].re, im = blocks[i][y].im;
+      StoreUnaligned(to, __builtin_shufflevector(re, im, 0, 4, 1, 5));
+      StoreUnaligned(to + sizeof re, __builtin_shufflevector(re, im, 2, 6, 3, 7));
+    }
+  }
+}
+
+// As many blocks as the scratch holds beside the work area of one transform: at least one.
+int BlocksAtOnce(const DftSpec2D& spec) {
+  constexpr std::int64_t kValueBytes = sizeof(ComplexLanes);
+  const std::int64_t workBytes = kValueBytes * spec.columnComplexSpec->plan.WorkLength();
+  return static_cast<int>(
+      std::min<std::int64_t>(kMostBlocks, (spec.workSize - workBytes) / (kValueBytes * spec.height)));
+}
+
+void TransformBlocks(FLOAT32* image, std::int32_t step, std::ptrdiff_t x, int count, const DftSpec1DComplex& spec,
+                     unsigned char* scratch) {
+  const std::ptrdiff_t height = spec.length;
+  auto* work = reinterpret_cast<ComplexLanes*>(scratch);
+  ComplexLanes* blocks[kMostBlocks];
+  for (int i = 0; i < count; ++i, work += height) blocks[i] = work;
+  GatherBlocks(image, step, x, height, blocks, count);
+  for (int i = 0; i < count; ++i) {
+    // A result in the work area stays there; the block's own memory serves the next one.
+    ComplexLanes* const result = spec.plan.Run(blocks[i], work);
+    if (result != blocks[i]) work = std::exchange(blocks[i], result);
+    if (spec.normalisation.forwardScaled) spec.normalisation.Scale(result, kBlockWidth * height);
+  }
+  ScatterBlocks(blocks, count, image, step, x, height);
+}
+
+}  // namespace
+
+StatusCode TransformRealColumn(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
+                               const DftSpec1DReal& spec, unsigned char* scratch) {
+  auto* const values = Gather<FLOAT32>(src, srcStep, spec.length, scratch);
+  const StatusCode status = RunDft1DReal(values, values, &spec, values + spec.length);
+  if (status == StatusCode::Success) Scatter(values, dst, dstStep, spec.length);
+  return status;
+}
+
+StatusCode TransformColumns(FLOAT32* packed, std::int32_t step, const DftSpec2D& spec, unsigned char* scratch) {
+  const DftSpec1DReal& real = spec.columnRealSpec == nullptr ? *spec.rowRealSpec : *spec.columnRealSpec;
+  const DftSpec1DComplex& complex = *spec.columnComplexSpec;
+  StatusCode status = TransformRealColumn(packed, step, packed, step, real, scratch);
+  if (status != StatusCode::Success) return status;
+  const std::ptrdiff_t last = spec.width - 1;
+  std::ptrdiff_t x = 1;
+  for (std::ptrdiff_t blocks = last / kBlockWidth; blocks > 0;) {
+    const auto count = static_cast<int>(std::min<std::ptrdiff_t>(blocks, BlocksAtOnce(spec)));
+    TransformBlocks(packed, step, x, count, complex, scratch);
+    blocks -= count;
+    x += count * kBlockWidth;
+  }
+  for (; x < last; x += 2) {
+    status = TransformComplexColumn(packed + x, step, complex, scratch);
+    if (status != StatusCode::Success) return status;
+  }
+  return spec.width % 2 == 0 ? TransformRealColumn(packed + last, step, packed + last, step, real, scratch)
+                             : StatusCode::Success;
+}
+
+}  // namespace norvala::dft

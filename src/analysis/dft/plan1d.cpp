@@ -1,0 +1,160 @@
+#include "analysis/dft/plan1d.h"
+
+#include <cmath>
+#include <cstring>
+#include <new>
+#include <type_traits>
+
+#include "analysis/dft/scratch.h"
+#include "frame/memory.h"
+#include "frame/types.h"
+
+namespace norvala {
+
+using namespace dft;
+
+namespace {
+
+constexpr std::int32_t kLargestSmall = 4;
+// Where the transforms of Bluestein's method take over from the direct sum, whose time grows with the square of the
+// length; a sum over real values takes half the time of one over complex ones. The methods round differently, so that
+// these limits show in the results.
+constexpr std::int32_t kLargestDirect = 150;
+constexpr std::int32_t kLargestDirectReal = 180;
+
+StatusCode MakeRebuildTables(DftSpec1DReal& spec, SharedRoots& sharedRoots) {
+  const Root* const roots = sharedRoots.OfOrder(spec.length);
+  if (roots == nullptr) return StatusCode::WorkBufferUnavailable;
+  const std::ptrdiff_t count = (std::ptrdiff_t{spec.length} + 3) / 4;
+  spec.rebuildTable = AlignedVector<Root>(count);
+  spec.rebuildRoots = AlignedVector<Root>(count);
+  if (!spec.rebuildTable || !spec.rebuildRoots) return StatusCode::WorkBufferUnavailable;
+  for (std::ptrdiff_t k = 0; k < count; ++k) {
+    spec.rebuildTable[k] = {0.5F * roots[k].re, 0.5F * roots[k].im + 0.5F};
+    spec.rebuildRoots[k] = roots[k];
+  }
+  return StatusCode::Success;
+}
+
+template <class Spec>
+StatusCode Fill(Spec& spec, std::int32_t length, std::int32_t normalisation, std::int32_t hint, SharedRoots& roots) {
+  constexpr bool real = std::is_same_v<Spec, DftSpec1DReal>;
+  spec.tag = Spec::kTag;
+  spec.length = length;
+  spec.hint = hint;
+  spec.plan.Choose(length, real ? Values::Real : Values::Complex);
+  StatusCode status = spec.normalisation.Set(normalisation, length);
+  if constexpr (real) {
+    const bool rebuilds = length % 2 == 0 && spec.plan.method != Method::Small;
+    if (status == StatusCode::Success && rebuilds) status = MakeRebuildTables(spec, roots);
+  }
+  if (status == StatusCode::Success) status = spec.plan.Create(roots);
+  spec.scratchSize = spec.plan.ScratchSize();
+  return status;
+}
+
+template <class Spec>
+void Free(Spec* spec) {
+  if (spec == nullptr) return;
+  spec->tag = 0;
+  spec->~Spec();
+  kFree1D(spec);
+}
+
+template <class Spec>
+StatusCode Create(Spec** spec, std::int32_t length, std::int32_t normalisation, std::int32_t hint, SharedRoots& roots) {
+  if (spec == nullptr) return StatusCode::NullPointer;
+  if (length < 1) return StatusCode::NonPositiveSize;
+  AlignedVector<Spec> memory(1);
+  if (!memory) return StatusCode::WorkBufferUnavailable;
+  auto* const created = new (memory.Release()) Spec;
+  const StatusCode status = Fill(*created, length, normalisation, hint, roots);
+  if (status == StatusCode::Success) {
+    *spec = created;
+  } else {
+    Free(created);
+  }
+  return status;
+}
+
+}  // namespace
+
+StatusCode Normalisation::Set(std::int32_t flag, std::int32_t length) {
+  if (flag != 1 && flag != 2 && flag != 4 && flag != 8) return StatusCode::BadNormalisation;
+  forwardScaled = flag == 1 || flag == 4;
+  inverseScaled = flag == 2 || flag == 4;
+  if (flag == 4) {
+    scale = 1.0 / std::sqrt(static_cast<double>(length));
+  } else if (flag != 8) {
+    scale = 1.0 / static_cast<double>(length);
+  }
+  return StatusCode::Success;
+}
+
+void Normalisation::Scale(void* values, std::ptrdiff_t count) const {
+  auto* const floats = static_cast<Unaligned<float>*>(values);
+  for (std::ptrdiff_t i = 0; i < count; ++i) floats[i] = static_cast<float>(floats[i] * scale);
+}
+
+void Plan1D::Choose(std::int32_t n, Values values) {
+  length = n;
+  if (n <= kLargestSmall) return;
+  std::int32_t largestDirect = kLargestDirect;
+  if (values == Values::Real && n % 2 == 0) {
+    length = n / 2;
+    rootStride = 2;
+  } else if (values == Values::Real) {
+    largestDirect = kLargestDirectReal;
+    direct.real = true;
+  }
+  if (Factorise(length, stockham.factors)) {
+    method = Method::Stockham;
+  } else {
+    method = length <= largestDirect ? Method::Direct : Method::Bluestein;
+  }
+}
+
+StatusCode CreateDftSpec1DComplex(DftSpec1DComplex** spec, std::int32_t length, std::int32_t normalisation,
+                                  std::int32_t hint, SharedRoots& roots) {
+  return Create(spec, length, normalisation, hint, roots);
+}
+StatusCode CreateDftSpec1DReal(DftSpec1DReal** spec, std::int32_t length, std::int32_t normalisation, std::int32_t hint,
+                               SharedRoots& roots) {
+  return Create(spec, length, normalisation, hint, roots);
+}
+
+void FreeDftSpec1DComplex(DftSpec1DComplex* spec) { Free(spec); }
+void FreeDftSpec1DReal(DftSpec1DReal* spec) { Free(spec); }
+
+StatusCode RunDft1DComplex(const Complex<float>* src, Complex<float>* dst, const DftSpec1DComplex* spec,
+                           void* scratch) {
+  if (spec == nullptr) return StatusCode::NullPointer;
+  if (spec->tag != kDftSpec1DComplexTag) return StatusCode::WrongStateKind;
+  if (src == nullptr || dst == nullptr) return StatusCode::NullPointer;
+  const Scratch memory(scratch, spec->scratchSize);
+  if (!memory && spec->scratchSize > 0) return StatusCode::WorkBufferUnavailable;
+  auto* const data = spec->scratchSize > 0 ? reinterpret_cast<Complex<float>*>(memory.data()) : dst;
+  const std::ptrdiff_t n = spec->length;
+  const std::size_t bytes = static_cast<std::size_t>(n) * sizeof *src;
+  if (data != src) std::memcpy(data, src, bytes);
+  // The destination serves as work area where that is no longer than it.
+  const Complex<float>* const result = spec->plan.Run(data, spec->plan.WorkLength() <= n ? dst : data + n);
+  if (result != dst) std::memcpy(dst, result, bytes);
+  if (spec->normalisation.forwardScaled) spec->normalisation.Scale(dst, 2 * n);
+  return StatusCode::Success;
+}
+
+StatusCode RunDft1DReal(const FLOAT32* src, FLOAT32* dst, const DftSpec1DReal* spec, void* scratch) {
+  if (spec == nullptr) return StatusCode::NullPointer;
+  if (spec->tag != kDftSpec1DRealTag) return StatusCode::WrongStateKind;
+  if (src == nullptr || dst == nullptr) return StatusCode::NullPointer;
+  const Scratch memory(scratch, spec->scratchSize);
+  if (!memory && spec->scratchSize > 0) return StatusCode::WorkBufferUnavailable;
+  const SourceRows<float> from = {{reinterpret_cast<const unsigned char*>(src)}};
+  const DestinationRows<float> to = {{reinterpret_cast<unsigned char*>(dst)}};
+  RunRealRows<float>(*spec, {from, from}, {to, to}, memory.data());
+  if (spec->normalisation.forwardScaled) spec->normalisation.Scale(dst, spec->length);
+  return StatusCode::Success;
+}
+
+}  // namespace norvala

@@ -1,0 +1,134 @@
+#include "analysis/dft/plan2d.h"
+
+#include <algorithm>
+#include <new>
+
+#include "analysis/analysis.h"
+#include "analysis/dft/scratch.h"
+#include "frame/memory.h"
+
+namespace norvala {
+
+using namespace dft;
+
+namespace {
+
+const DftSpec1DReal& ColumnRealSpec(const DftSpec2D& spec) {
+  return spec.columnRealSpec == nullptr ? *spec.rowRealSpec : *spec.columnRealSpec;
+}
+
+StatusCode Fill(DftSpec2D& spec, std::int32_t normalisation) {
+  const std::int64_t rowShare = kRowShare * spec.width;
+  const std::int64_t realColumnShare = kRowShare * spec.height;
+  const std::int64_t columnShare = kColumnShare * spec.height;
+  // A bad flag is told before a size that is too large, and that before long tables are made for it.
+  StatusCode status = Normalisation{}.Set(normalisation, spec.width);
+  if (status != StatusCode::Success) return status;
+  if (std::max(rowShare, columnShare) > UINT32_MAX) return StatusCode::WorkBufferUnavailable;
+  SharedRoots roots;
+  status = CreateDftSpec1DReal(&spec.rowRealSpec, spec.width, normalisation, spec.hint, roots);
+  if (status == StatusCode::Success && spec.height != spec.width) {
+    status = CreateDftSpec1DReal(&spec.columnRealSpec, spec.height, normalisation, spec.hint, roots);
+  }
+  if (status == StatusCode::Success) {
+    status = CreateDftSpec1DComplex(&spec.columnComplexSpec, spec.height, normalisation, spec.hint, roots);
+  }
+  if (status != StatusCode::Success) return status;
+  const std::int64_t workSize =
+      std::max({rowShare + spec.rowRealSpec->scratchSize, realColumnShare + ColumnRealSpec(spec).scratchSize,
+                columnShare + spec.columnComplexSpec->scratchSize});
+  if (workSize > UINT32_MAX) return StatusCode::WorkBufferUnavailable;
+  spec.workSize = static_cast<std::uint32_t>(workSize);
+  return StatusCode::Success;
+}
+
+void Release(DftSpec2D* spec) {
+  FreeDftSpec1DComplex(spec->reservedSpec);
+  FreeDftSpec1DComplex(spec->columnComplexSpec);
+  FreeDftSpec1DReal(spec->rowRealSpec);
+  FreeDftSpec1DReal(spec->columnRealSpec);
+  spec->tag = 0;
+  kFree1D(spec);
+}
+
+StatusCode CheckNestedSpecs(const DftSpec2D& spec) {
+  if (spec.rowRealSpec == nullptr || spec.columnComplexSpec == nullptr) return StatusCode::NullPointer;
+  const auto isWrong = [](const auto* nested) { return nested != nullptr && nested->tag != nested->kTag; };
+  if (isWrong(spec.rowRealSpec) || isWrong(spec.columnRealSpec) || isWrong(spec.columnComplexSpec) ||
+      isWrong(spec.reservedSpec)) {
+    return StatusCode::WrongStateKind;
+  }
+  return StatusCode::Success;
+}
+
+// Every row of the source into the packed image, four or eight rows at once. The last ones are repeated where the
+// height is no multiple of that.
+void TransformRows(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep, std::int32_t height,
+                   const DftSpec1DReal& spec, unsigned char* scratch) {
+  constexpr int kRows = kLanes<F32x4>;
+  const int rowsAtOnce = spec.PairsRows() ? 2 * kRows : kRows;
+  for (std::ptrdiff_t y = 0; y < height; y += rowsAtOnce) {
+    SourceRows<F32x4> from[2];
+    DestinationRows<F32x4> to[2];
+    for (int i = 0; i < 2 * kRows; ++i) {
+      const std::ptrdiff_t row = std::min<std::ptrdiff_t>(y + i % rowsAtOnce, height - 1);
+      from[i / kRows].rows[i % kRows] = reinterpret_cast<const unsigned char*>(Row(src, srcStep, row));
+      to[i / kRows].rows[i % kRows] = reinterpret_cast<unsigned char*>(Row(dst, dstStep, row));
+    }
+    RunRealRows<F32x4>(spec, from, to, scratch);
+  }
+  if (!spec.normalisation.forwardScaled) return;
+  for (std::ptrdiff_t y = 0; y < height; ++y) spec.normalisation.Scale(Row(dst, dstStep, y), spec.length);
+}
+
+}  // namespace
+
+StatusCode CreateDftSpec2D(DftSpec2D** spec, std::int32_t width, std::int32_t height, std::int32_t normalisation,
+                           std::int32_t hint) {
+  if (spec == nullptr) return StatusCode::NullPointer;
+  if (IsEmpty({width, height})) return StatusCode::NonPositiveSize;
+  AlignedVector<DftSpec2D> memory(1);
+  if (!memory) return StatusCode::WorkBufferUnavailable;
+  auto* const created = new (memory.Release()) DftSpec2D{};
+  created->tag = kDftSpec2DTag;
+  created->width = width;
+  created->height = height;
+  created->hint = hint;
+  const StatusCode status = Fill(*created, normalisation);
+  if (status == StatusCode::Success) {
+    *spec = created;
+  } else {
+    Release(created);
+  }
+  return status;
+}
+
+StatusCode FreeDftSpec2D(DftSpec2D* spec) {
+  if (spec == nullptr) return StatusCode::NullPointer;
+  if (spec->tag != kDftSpec2DTag) return StatusCode::WrongStateKind;
+  Release(spec);
+  return StatusCode::Success;
+}
+
+StatusCode TransformPackedFLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
+                                  const DftSpec2D* spec, void* scratch) {
+  if (spec == nullptr) return StatusCode::NullPointer;
+  if (spec->tag != kDftSpec2DTag) return StatusCode::WrongStateKind;
+  if (src == nullptr || dst == nullptr) return StatusCode::NullPointer;
+  if (srcStep < 1 || dstStep < 1) return StatusCode::NonPositiveStep;
+  const Scratch memory(scratch, spec->workSize);
+  if (!memory) return StatusCode::WorkBufferUnavailable;
+  if (const StatusCode status = CheckNestedSpecs(*spec); status != StatusCode::Success) return status;
+
+  if (spec->height == 1) return RunDft1DReal(src, dst, spec->rowRealSpec, memory.data());
+  if (spec->width == 1) {
+    const DftSpec1DReal& column = ColumnRealSpec(*spec);
+    constexpr std::int32_t kContiguous = sizeof(FLOAT32);
+    if (srcStep == kContiguous && dstStep == kContiguous) return RunDft1DReal(src, dst, &column, memory.data());
+    return TransformRealColumn(src, srcStep, dst, dstStep, column, memory.data());
+  }
+  TransformRows(src, srcStep, dst, dstStep, spec->height, *spec->rowRealSpec, memory.data());
+  return TransformColumns(dst, dstStep, *spec, memory.data());
+}
+
+}  // namespace norvala
