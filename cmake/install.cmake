@@ -28,14 +28,17 @@ endif()
 # The archive for Windows adds the linkers' files, documentation and examples. The target norvala_archive packs it.
 install(FILES ${PROJECT_BINARY_DIR}/Norvala.def TYPE LIB)
 install(FILES ${PROJECT_BINARY_DIR}/Norvala.lib TYPE LIB OPTIONAL)
-install(FILES README.md CHANGELOG.md DESTINATION .)
+install(FILES docs/archive.md DESTINATION . RENAME README.md)
+install(FILES CHANGELOG.md DESTINATION .)
 set(html ${PROJECT_BINARY_DIR}/docs)
 install(DIRECTORY ${html}/ DESTINATION docs OPTIONAL FILES_MATCHING PATTERN *.html PATTERN style.css)
 install(DIRECTORY docs/pictures/ DESTINATION docs)
 if(NORVALA_GALLERY)
   install(TARGETS gallery RUNTIME DESTINATION examples)
-  install(FILES examples/linked.c examples/linked.cpp examples/loaded.c examples/data/coffee.png
-    examples/data/photographs.md DESTINATION examples)
+  install(FILES examples/CMakeLists.txt examples/linked.c examples/linked.cpp examples/loaded.c examples/reference.c
+    examples/data/coffee.png examples/data/photographs.md DESTINATION examples)
+  install(DIRECTORY examples/gallery DESTINATION examples)
+  install(FILES ${NORVALA_STB}/stb_image.h ${NORVALA_STB}/stb_image_write.h DESTINATION examples/stb)
 
   set(archive norvala-${PROJECT_VERSION}-win${bits})
   add_custom_target(norvala_archive
