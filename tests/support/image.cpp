@@ -127,7 +127,8 @@ Image::Image(Choices& choices, RegionSize size, const Around& around, int elemen
       around_(around),
       kind_(kind),
       step_(DrawStep(choices, std::max(size.width + (around.left + around.right), size.width) * elementSize,
-                     size.height + (around.above + around.below), around.steps, elementSize)),
+                     size.height + (around.above + around.below), around.steps, elementSize) /
+            around.multiple * around.multiple),
       rowStep_(step_ < 1 ? step_ : step_ / around.unit * around.unit),
       memory_(static_cast<std::size_t>(std::abs((size.height + around.above + around.below - 1) * rowStep_) +
                                        (size.width + around.left + around.right) * std::ptrdiff_t{elementSize} +
@@ -164,11 +165,18 @@ void Image::UnifyNaNs() {
 
 std::vector<double> Image::Values() const {
   std::vector<double> values;
-  ForEachPixel(size_, [&](int x, int y) {
+  ForEachPixel(IsFloat() ? size_ : RegionSize{}, [&](int x, int y) {
     values.push_back(kind_ == Kind::Float64 ? View(static_cast<double*>(data()), rowStep_)(x, y)
                                             : View(static_cast<float*>(data()), rowStep_)(x, y));
   });
   return values;
+}
+
+void Image::SetValues(const std::vector<double>& values) {
+  auto value = values.begin();
+  ForEachPixel(size_, [&](int x, int y) {
+    kind_ == Kind::Float64 ? Set(x, y, *value++) : Set(x, y, static_cast<float>(*value++));
+  });
 }
 
 }  // namespace norvala_test

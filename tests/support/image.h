@@ -39,6 +39,7 @@ enum class Steps {
 struct Around {
   int left = 0, right = 0, above = 0, below = 0;
   Steps steps = Steps::Row;
+  int multiple = 1;   // the step is a multiple of this
   int unit = 1;       // the operation rounds the step down to a multiple of this
   bool bits = false;  // floats are compared as bits; otherwise every NaN is as good as another
 };
@@ -86,9 +87,11 @@ class Image {
   void SetBytes(const std::vector<unsigned char>& bytes);
   // Makes all NaNs of the region one and the same, unless they are compared as bits.
   void UnifyNaNs();
-  // The elements of the region of a float image.
+  // The elements of the region of a float image, row by row; none of any other.
   std::vector<double> Values() const;
-  Kind kind() const { return kind_; }
+  void SetValues(const std::vector<double>& values);
+  bool IsFloat() const { return kind_ == Kind::Float32 || kind_ == Kind::Float64; }
+  bool IsPointers() const { return kind_ == Kind::Pointers; }
 
  private:
   Image(Choices& choices, RegionSize size, const Around& around, int elementSize, Kind kind);

@@ -53,7 +53,7 @@ Check NoneOf(int argument, std::initializer_list<Value> refused, std::initialize
 const std::vector<Operation>& Operations() {
   static const std::vector<Operation> operations = [] {
     std::vector<Operation> all;
-    for (const auto& family : {FrameOperations(), PixelOperations()}) {
+    for (const auto& family : {FrameOperations(), PixelOperations(), AnalysisOperations()}) {
       all.insert(all.end(), family.begin(), family.end());
     }
     return all;
@@ -89,26 +89,41 @@ void Restore(Trial& trial, const Snapshot& snapshot) {
   for (std::size_t i = 0; i < snapshot.size(); ++i) trial.images[i].SetBytes(snapshot[i]);
 }
 
+namespace {
+
+// The error of all values together. Those that are not finite must be equal.
+double RelativeError(const std::vector<double>& values, const std::vector<double>& expected) {
+  double error = 0;
+  double norm = 0;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    if (values[i] == expected[i] || (std::isnan(values[i]) && std::isnan(expected[i]))) {
+      if (std::isfinite(expected[i])) norm += expected[i] * expected[i];
+      continue;
+    }
+    error += (values[i] - expected[i]) * (values[i] - expected[i]);
+    norm += expected[i] * expected[i];
+  }
+  return error == 0 ? 0 : std::sqrt(error / norm);
+}
+
+}  // namespace
+
 std::string Difference(Trial& trial, const Snapshot& expected) {
   std::ostringstream text;
   for (std::size_t i = 0; i < expected.size(); ++i) {
     Image& image = trial.images[i];
-    const bool isFloat = image.kind() == Image::Kind::Float32 || image.kind() == Image::Kind::Float64;
     std::vector<unsigned char> actual = image.Bytes();
     if (actual == expected[i]) continue;
     image.UnifyNaNs();
     actual = image.Bytes();
-    const std::vector<double> values = isFloat ? image.Values() : std::vector<double>();
+    const std::vector<double> values = image.Values();
     image.SetBytes(expected[i]);
     image.UnifyNaNs();
-    const std::vector<double> wanted = isFloat ? image.Values() : values;
-    if (trial.tolerance > 0 && isFloat) {
-      for (std::size_t j = 0; j < values.size(); ++j) {
-        if (std::abs(values[j] - wanted[j]) <= trial.tolerance || values[j] == wanted[j]) continue;
-        text << "image " << i << ", element " << j << ": " << values[j] << ", not " << wanted[j] << "; ";
-        break;
-      }
-      continue;
+    if (trial.tolerance > 0 && !values.empty()) {
+      const double error = RelativeError(values, image.Values());
+      if (!(error <= trial.tolerance)) text << "image " << i << ": relative error " << error << "; ";
+      // What is not a float of the region must be equal.
+      image.SetValues(values);
     }
     const std::vector<unsigned char> unified = image.Bytes();
     const auto place = std::mismatch(actual.begin(), actual.end(), unified.begin());
@@ -151,10 +166,9 @@ RunOutcome Run(const Operation& operation, Trial& trial, AnyFunction address) {
   RunOutcome outcome;
   outcome.hash = 14695981039346656037ULL ^ static_cast<std::uint64_t>(result);
   for (Image& image : trial.images) {
-    const bool isFloat = image.kind() == Image::Kind::Float32 || image.kind() == Image::Kind::Float64;
-    if (image.kind() == Image::Kind::Pointers) continue;
+    if (image.IsPointers()) continue;
     image.UnifyNaNs();
-    if (trial.tolerance > 0 && isFloat) {
+    if (trial.tolerance > 0 && image.IsFloat()) {
       const std::vector<double> values = image.Values();
       outcome.approximate.insert(outcome.approximate.end(), values.begin(), values.end());
     } else {

@@ -73,7 +73,9 @@ class Trial : public Choices {
   }
 
   std::deque<Image> images;
-  double tolerance = 0;  // of floats, for results that rest on the runtime's sine
+  // For results that rest on the runtime's sine: how far the floats of an image may be off, relative to all of them, in
+  // the Euclidean norm.
+  double tolerance = 0;
 };
 
 // ---- Calls ----
@@ -251,6 +253,7 @@ std::vector<Operation> WithPrimitive();
 
 std::vector<Operation> FrameOperations();
 std::vector<Operation> PixelOperations();
+std::vector<Operation> AnalysisOperations();
 
 // ---- Runs ----
 
@@ -259,7 +262,7 @@ using Snapshot = std::vector<std::vector<unsigned char>>;
 Snapshot Take(const Trial& trial);
 void Restore(Trial& trial, const Snapshot& snapshot);
 
-// Where memory differs, as text; empty if it does not. Floats may differ by the trial's tolerance.
+// Where memory differs, as text; empty if it does not. Floats may be off by the trial's tolerance.
 std::string Difference(Trial& trial, const Snapshot& expected);
 
 // Makes a call and compares its result and all memory with what the reference gives; what differs, as text. An export

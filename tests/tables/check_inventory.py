@@ -1,5 +1,6 @@
 """Checks docs/inventory.md against the sources: it lists exactly the primitive tables that the headers declare, each
-with its implementation at level 3 and with a file that defines its portable implementation.
+with its implementation at level 3 and with a file that defines its portable implementation. The exports call primitives
+through these tables alone.
 
 usage: check_inventory.py REPOSITORY
 """
@@ -45,6 +46,10 @@ def main():
             if not defines(sources.get(path, ""), function):
                 found = [name for name, source in sources.items() if defines(source, function)]
                 problems.append(f"{table}: {function} is listed in {path}, defined in {', '.join(found) or 'no file'}")
+    for path, source in sources.items():
+        if path.startswith(os.path.join("src", "frame", "entry")):
+            problems += [f"{path} calls {function} past {table}" for table, (function, _) in sorted(declared.items())
+                         if re.search(rf"(?<![\w]){function}\(", source)]
     stated = re.search(r"lie (\d+) primitives", inventory)
     if stated is None or int(stated[1]) != len(declared):
         problems.append(f"{len(declared)} tables, the text says {stated and stated[1]}")

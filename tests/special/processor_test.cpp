@@ -118,46 +118,53 @@ TEST(ProcessorIdentityTest, NeedsOnlyTheInstruction) {
   EXPECT_EQ(DetectProcessorCode(IdentifyProcessor(nullptr)), 0);
 }
 
-// The fields of the record, from an instruction that answers with known words.
-TEST(ProcessorFeaturesTest, ReadsTheLeaves) {
-  const ProcessorFeatures features = ReadProcessorFeatures([](std::uint32_t leaf, std::uint32_t) -> ProcessorLeaf {
-    switch (leaf) {
-      case 0:
-        return {4, 0, 0, 0};
-      case 1:
-        return {0x00000FBA, 2U << 16, 1U | 1U << 9, 1U << 23 | 1U << 25 | 1U << 26 | 1U << 28};
-      case 2:
-        return {0x11, 0x22, 0x33, 0x44};
-      case 4:
-        return {3U << 26, 0, 0, 0};
-      case 0x80000000:
-        return {0x80000001, 0, 0, 0};
-      case 0x80000001:
-        return {0, 0, 0, 1U << 29};
-      default:
-        return {};
-    }
+// What the instruction answers to the leaves 0, 1, 2 and 4 and to the extended ones.
+struct Leaves {
+  ProcessorLeaf standard[5], extended[2];
+};
+Leaves leaves;
+ProcessorFeatures Read(const Leaves& answers) {
+  leaves = answers;
+  return ReadProcessorFeatures([](std::uint32_t leaf, std::uint32_t) {
+    return leaf < 0x80000000 ? leaves.standard[leaf] : leaves.extended[leaf - 0x80000000];
   });
+}
+
+TEST(ProcessorFeaturesTest, ReadsTheLeaves) {
+  const ProcessorFeatures features = Read(
+      {{{4, 0, 0, 0}, {0x00000FBA, 2U << 16, 0, 1U << 28}, {0x11, 0x22, 0x33, 0x44}, {}, {3U << 26, 0, 0, 0}}, {}});
   EXPECT_EQ(features.family, 15U);
   EXPECT_EQ(features.stepping, 10U);
   EXPECT_EQ(features.model, 11U);
   EXPECT_EQ(features.processorType, 0U);
-  EXPECT_EQ(features.featureWord, 1U << 23 | 1U << 25 | 1U << 26 | 1U << 28);
+  EXPECT_EQ(features.featureWord, 1U << 28);
   EXPECT_EQ(features.cacheWord1, 0x11U);
   EXPECT_EQ(features.cacheWord4, 0x44U);
-  EXPECT_TRUE(features.mmx && features.sse && features.sse2 && features.sse3 && features.ssse3);
   EXPECT_EQ(features.severalLogicalProcessors, 1U);
-  EXPECT_EQ(features.extension64, 1U);
   EXPECT_EQ(features.coresPerPackage, 4U);
 }
 
+// One bit alone sets one field alone.
+TEST(ProcessorFeaturesTest, TakesEveryFieldFromItsBit) {
+  for (int bit = 0; bit < 32; ++bit) {
+    const std::uint32_t word = 1U << bit;
+    ProcessorFeatures f = Read({{{}, {0, 0, 0, word}}, {}});
+    EXPECT_EQ(f.mmx, bit == 23) << bit;
+    EXPECT_EQ(f.sse, bit == 25) << bit;
+    EXPECT_EQ(f.sse2, bit == 26) << bit;
+    EXPECT_TRUE(f.sse3 == 0 && f.ssse3 == 0) << bit;
+    f = Read({{{}, {0, 0, word, 0}}, {}});
+    EXPECT_EQ(f.sse3, bit == 0) << bit;
+    EXPECT_EQ(f.ssse3, bit == 9) << bit;
+    EXPECT_TRUE(f.mmx == 0 && f.sse == 0 && f.sse2 == 0) << bit;
+    EXPECT_EQ(Read({{}, {{0x80000001, 0, 0, 0}, {0, 0, 0, word}}}).extension64, bit == 29) << bit;
+  }
+}
+
 TEST(ProcessorFeaturesTest, LacksWhatTheLeavesDoNotReach) {
-  const ProcessorFeatures features = ReadProcessorFeatures([](std::uint32_t leaf, std::uint32_t) -> ProcessorLeaf {
-    if (leaf == 0) return {3, 0, 0, 0};
-    if (leaf == 1) return {0, 1U << 16, 0, 1U << 28};
-    if (leaf == 0x80000000) return {0x80000000, 0, 0, 0};
-    return {UINT32_MAX, UINT32_MAX, UINT32_MAX, UINT32_MAX};
-  });
+  constexpr ProcessorLeaf kAll = {UINT32_MAX, UINT32_MAX, UINT32_MAX, UINT32_MAX};
+  const ProcessorFeatures features =
+      Read({{{3, 0, 0, 0}, {0, 1U << 16, 0, 1U << 28}, kAll, kAll, kAll}, {{0x80000000, 0, 0, 0}, kAll}});
   EXPECT_EQ(features.severalLogicalProcessors, 0U);
   EXPECT_EQ(features.extension64, 0U);
   EXPECT_EQ(features.coresPerPackage, 1U);

@@ -1,0 +1,290 @@
+// Transforms and analysis.
+
+#include "analysis/analysis.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <complex>
+#include <limits>
+#include <map>
+
+#include "support/operation.h"
+
+namespace norvala_test {
+namespace {
+
+using namespace norvala;
+
+constexpr FLOAT32 kLargest = std::numeric_limits<FLOAT32>::max();
+constexpr FLOAT32 kInfinity = std::numeric_limits<FLOAT32>::infinity();
+constexpr FLOAT32 kNaN = std::numeric_limits<FLOAT32>::quiet_NaN();
+
+// ---- DFT ----
+
+using Complexes = std::vector<std::complex<double>>;
+
+const Complexes& Roots(std::size_t order) {
+  thread_local std::map<std::size_t, Complexes> tables;
+  Complexes& table = tables[order];
+  for (std::size_t k = table.size(); k < order; ++k) {
+    const long double turn = -2.0L * static_cast<long double>(k) / static_cast<long double>(order);
+    table.push_back(std::polar(1.0, static_cast<double>(turn * 3.14159265358979323846264338327950288L)));
+  }
+  return table;
+}
+
+// The defining sum in double precision, split by the smallest prime factor of the length to save time.
+Complexes Dft(const Complexes& x) {
+  const std::size_t n = x.size();
+  if (n == 1) return x;
+  std::size_t factor = 2;
+  while (n % factor != 0) ++factor;
+  const Complexes& roots = Roots(n);
+  Complexes result(n);
+  for (std::size_t j = 0; j < factor; ++j) {
+    Complexes part;
+    for (std::size_t i = j; i < n; i += factor) part.push_back(x[i]);
+    part = Dft(part);
+    for (std::size_t k = 0; k < n; ++k) result[k] += part[k % part.size()] * roots[j * k % n];
+  }
+  return result;
+}
+
+void Dft2D(View<const FLOAT32> src, View<FLOAT32> dst, RegionSize size) {
+  std::vector<Complexes> columns(static_cast<std::size_t>(size.width));
+  for (int y = 0; y < size.height; ++y) {
+    Complexes row;
+    for (int x = 0; x < size.width; ++x) row.emplace_back(src(x, y));
+    row = Dft(row);
+    for (std::size_t x = 0; x < row.size(); ++x) columns[x].push_back(row[x]);
+  }
+  for (int x = 0; x < size.width; ++x) {
+    const Complexes column = Dft(columns[static_cast<std::size_t>(x)]);
+    for (int y = 0; y < size.height; ++y) {
+      const std::complex<double> value = column[static_cast<std::size_t>(y)];
+      dst.Set(2 * x, y, static_cast<FLOAT32>(value.real()));
+      dst.Set(2 * x + 1, y, static_cast<FLOAT32>(value.imag()));
+    }
+  }
+}
+
+// Now and then a length at which the method changes, or of a method that small ones do not use.
+Arguments DrawDft(Trial& t) {
+  const auto special = [&] {
+    return t.OneOf({66,  81,  96,  98,  100, 121, 125, 127, 128, 131, 149, 150,  151,  154,  163,  169, 173, 178,
+                    179, 180, 181, 191, 243, 250, 254, 256, 289, 294, 298, 302,  311,  343,  358,  361, 362, 386,
+                    389, 449, 500, 509, 512, 540, 604, 625, 719, 729, 893, 1000, 1009, 1021, 1024, 1080});
+  };
+  RegionSize size = {t.Int(1, 64), t.Int(1, 64)};
+  if (t.OneIn(4)) size = {special(), t.OneOf({1, 5, 12})};
+  if (t.OneIn(4)) size = {t.OneOf({1, 5, 12}), special()};
+  Image& src = t.New<FLOAT32>(size, {.steps = Steps::Positive});
+  src.Fill<FLOAT32>([&] { return static_cast<FLOAT32>(t.Real(-1, 1)); });
+  t.tolerance = 1e-7 * std::sqrt(std::log2(std::max(2, size.width * size.height)));
+  const Image& dst = t.New<FLOAT32>({2 * size.width, size.height}, {.steps = Steps::Row});
+  return {src, dst, size};
+}
+
+// ---- Magnitude ----
+
+void Magnitude(View<const FLOAT32> src, View<FLOAT32> dst, RegionSize size) {
+  ForEachPixel(size, [&](int x, int y) {
+    const double re = src(2 * x, y);
+    const double im = src(2 * x + 1, y);
+    dst.Set(x, y, static_cast<FLOAT32>(std::sqrt(re * re + im * im)));
+  });
+}
+
+// Parts whose modulus is exactly the middle between two floats (Pythagorean triples with a hypotenuse of 25 bits), or
+// as near to such a middle as floats get.
+std::array<double, 2> DrawTie(Trial& t) {
+  const int p = t.Int(3600, 4090);
+  const int q = t.Int(1500, 1990);
+  const int sum = p * p + q * q;
+  if (t.OneIn(2) && sum > 1 << 24 && sum % 2 != 0 && p * p - q * q < 1 << 24 && 2 * p * q < 1 << 24) {
+    return {double(p * p - q * q), 2.0 * p * q};
+  }
+  const double re = t.Int(1 << 23, (1 << 24) - 1);
+  const double middle = re + t.Int(0, 3) + 0.5;
+  return {re, std::sqrt(middle * middle - re * re)};
+}
+
+Arguments DrawMagnitude(Trial& t) {
+  const RegionSize size = t.Size();
+  Image& src = t.New<FLOAT32>({2 * size.width, size.height}, {.steps = Steps::Positive});
+  const int kind = t.Int(0, 3);
+  if (kind == 1) {
+    const double scale = std::ldexp(t.OneIn(2) ? 1 : -1, t.Int(-80, 40));
+    ForEachPixel(size, [&](int x, int y) {
+      const std::array<double, 2> parts = DrawTie(t);
+      for (int i = 0; i < 2; ++i)
+        src.Set(2 * x + i, y, static_cast<FLOAT32>(parts[static_cast<std::size_t>(i)] * scale));
+    });
+  } else if (kind > 1) {
+    // Bit patterns of a magnitude, a part zero now and then.
+    const auto low = static_cast<std::uint32_t>(t.Int(0, 0x7F800001));
+    const auto span = static_cast<std::uint32_t>(t.Int(1, kind == 2 ? 0x100 : 0x7FFFFFFF));
+    src.Fill<FLOAT32>([&] {
+      const std::uint32_t bits = t.OneIn(9) ? 0 : (low + t.Word() % span) & 0x7FFFFFFFU;
+      return std::bit_cast<FLOAT32>(bits | (t.OneIn(2) ? 0x80000000U : 0U));
+    });
+  }
+  return {src, t.New<FLOAT32>(size, {.steps = Steps::Positive}), size};
+}
+
+Arguments DrawMagnitudeRow(Trial& t) {
+  const Arguments image = DrawMagnitude(t);
+  return {image[0], image[2], image[4]};
+}
+void MagnitudeRow(const FLOAT32* src, FLOAT32* dst, std::int32_t count) { Magnitude(src, dst, {count, 1}); }
+
+// ---- Distance transform ----
+
+// Two passes: every pixel becomes the least of its start (0 or the largest float, then its distance so far) and of the
+// sums over the neighbours that the pass has seen.
+void Distances(View<const BW8> mask, View<FLOAT32> distances, RegionSize size, const FLOAT32* metrics) {
+  const double a = View(metrics)(0);
+  const double b = View(metrics)(1);
+  const bool cheapDiagonal = std::min(size.width, size.height) > 1 && a > b;
+  const double diagonal = 2 * a > b ? b : kInfinity;
+  const auto visit = [&](int x, int y, int seen) {
+    double least = seen > 0 ? distances(x, y) : mask(x, y) != 0 ? kLargest : 0;
+    const auto reach = [&](int dx, int dy, double weight) {
+      const bool inside = x + dx >= 0 && x + dx < size.width && y + dy >= 0 && y + dy < size.height;
+      if (inside) least = std::min(least, distances(x + dx, y + dy) + weight);
+    };
+    if (seen > 0 ? least > (cheapDiagonal ? b : a) : least > 0) {
+      if (cheapDiagonal && y == size.height - 1) reach(2 * seen, 0, 2 * b);
+      reach(seen, 0, a);
+      reach(seen, seen, diagonal);
+      reach(0, seen, a);
+      reach(-seen, seen, diagonal);
+    }
+    distances.Set(x, y, static_cast<FLOAT32>(least));
+  };
+  ForEachPixel(size, [&](int x, int y) { visit(x, y, -1); });
+  ForEachPixel(size, [&](int x, int y) { visit(size.width - 1 - x, size.height - 1 - y, 1); });
+}
+
+Arguments DrawDistances(Trial& t) {
+  const RegionSize size = t.OneIn(8) ? t.Size() : RegionSize{t.Int(1, 50), t.Int(1, 30)};
+  Image& mask = t.New<BW8>(size);
+  const int sparseness = t.OneOf({1, 2, 5, 40, 250, 2000});
+  const bool none = t.OneIn(8);
+  mask.Fill<BW8>([&] { return static_cast<BW8>(t.OneIn(sparseness) && !none ? 0 : 1 << t.Int(0, 7)); });
+  const Image& distances = t.New<FLOAT32>(size, {.steps = Steps::Row, .multiple = 4});
+  using Weights = std::array<FLOAT32, 2>;
+  const auto weights = t.OneOf<Weights>({{1, 1.5F},
+                                         {3, 4},
+                                         {1, 1},
+                                         {0.955F, 1.3693F},
+                                         {1, 1.4142135F},
+                                         {1.5F, 1},
+                                         {7, 3},
+                                         {1, 0.3F},
+                                         {1, 2},
+                                         {1, 1.9999999F},
+                                         {0.1F, 0.2F},
+                                         {0.1F, 0.1F},
+                                         {1, 100},
+                                         {1e38F, 1.3e38F},
+                                         {2e38F, 1.9e38F},
+                                         {kLargest, kLargest},
+                                         {kLargest, 1},
+                                         {1, kLargest},
+                                         {kInfinity, 1},
+                                         {1, kInfinity},
+                                         {1e-45F, 2e-45F},
+                                         {4e-45F, 3e-45F},
+                                         {1e-39F, 1.1e-38F},
+                                         {1e-8F, 1.5e-8F},
+                                         {1, 1e-9F},
+                                         {kInfinity, 3e38F},
+                                         {kInfinity, kInfinity},
+                                         {2.1e32F, 1.9e32F},
+                                         {1e31F, 1.5e31F},
+                                         {1e-30F, 1.9e-30F},
+                                         {16777217.0F, 1}});
+  const bool usual = t.OneIn(4);
+  const auto unit = [&] { return static_cast<FLOAT32>(t.Real(0.01, 3)); };
+  return {mask, distances, size, usual ? t.Array({weights[0], weights[1]}) : t.Array({unit(), unit()})};
+}
+
+Checks DistanceChecks() {
+  const auto misalign = [](Arguments& a) { a[3] = a[4].integer * 4 + 2; };
+  const auto weight = [](int i, FLOAT32 value) -> Change {
+    return [=](Arguments& a) { View(static_cast<FLOAT32*>(a[6].pointer)).Set(i, 0, value); };
+  };
+  return {NotNull(0),
+          NotNull(2),
+          NotNull(6),
+          Size(4),
+          Size(5),
+          RowStep(1, 1, 4),
+          RowStep(3, 4, 4),
+          {StatusCode::MisalignedStep, {misalign}},
+          {StatusCode::BadCoefficients,
+           {weight(0, 0), weight(0, -0.0F), weight(0, -1), weight(0, kNaN)},
+           {weight(0, 1e-45F)}},
+          {StatusCode::BadCoefficients,
+           {weight(1, 0), weight(1, -0.0F), weight(1, -1), weight(1, kNaN)},
+           {weight(1, 1e-45F)}}};
+}
+
+// ---- Random fill ----
+
+// The generator in 64-bit arithmetic.
+void RandomFill(BW8* dst, std::int32_t length, std::int32_t lowBound, std::int32_t highBound, std::uint32_t seed) {
+  const auto next = [](std::int64_t word) { return (word * 69069 + 1013904243) & 0xFFFFFFFF; };
+  const auto isNegative = [](std::int64_t word) { return word >= 0x80000000; };
+  const int low = lowBound & 255;
+  const int high = highBound & 255;
+  std::int64_t lcg = 1131199209;
+  std::int64_t x1 = seed;
+  std::int64_t x2 = next(x1);
+  std::int64_t x3 = next(x2);
+  std::int64_t borrow = -1;
+  for (int i = 0; i < length; ++i) {
+    lcg = next(lcg);
+    std::int64_t t = (x2 - x3 + borrow) & 0xFFFFFFFF;
+    borrow = isNegative(t) ? -1 : 0;
+    if (borrow != 0) t = (t - 18) & 0xFFFFFFFF;
+    x3 = x2;
+    x2 = x1;
+    x1 = t;
+    const std::int64_t draw = (t + lcg) & 0xFFFFFFFF;
+    const volatile double offset =
+        static_cast<double>(isNegative(draw) ? draw - 0x100000000 : draw) * ((high - low) * 2.3283064365387e-10);
+    dst[i] = static_cast<BW8>(static_cast<std::int64_t>(std::trunc(offset + (low + high) * 0.5)));
+  }
+}
+
+// Bits above the low eight of a bound do not count.
+Arguments DrawRandomFill(Trial& t) {
+  const int length = t.Width();
+  const int low = t.Int(-70000, 70000);
+  return {t.New<BW8>({length, 1}).data(), length, low, t.OneIn(8) ? low : t.Int(-70000, 70000), t.Word()};
+}
+
+}  // namespace
+
+std::vector<Operation> AnalysisOperations() {
+  const Checks sizesFirst = {NotNull(0), NotNull(2), Size(4), Size(5), Step(1), Step(3)};
+  return {
+      {Call<Norvala_DFTFwdFLOAT32>(), nullptr, DrawDft, Reference<Dft2D>(), sizesFirst},
+      {Call<Norvala_MagnitudeFLOAT32>(), Primitive<kMagnitudeFLOAT32>(), DrawMagnitude, Reference<Magnitude>(),
+       sizesFirst},
+      {{"MagnitudeRow"},
+       Primitive<kMagnitudeRowFLOAT32>(),
+       DrawMagnitudeRow,
+       Reference<MagnitudeRow>(),
+       {NotNull(0), NotNull(1), Size(2)}},
+      {Call<Norvala_DistanceTransform3x3_BW8ToFLOAT32>(), Primitive<kDistanceTransform3x3BW8ToFLOAT32>(), DrawDistances,
+       Reference<Distances>(), DistanceChecks()},
+      {Call<Norvala_RandUniform_BW8>(), nullptr, DrawRandomFill, Reference<RandomFill>(), {NotNull(0), Size(1)}},
+  };
+}
+
+}  // namespace norvala_test
