@@ -99,6 +99,14 @@ inline U32x4 WidenHigh(U16x8 v) {
   return BitCastLanes<U32x4>(__builtin_shufflevector(v, U16x8{}, 4, 12, 5, 13, 6, 14, 7, 15));
 }
 
+// The bytes of the lower half and of the upper half in turn.
+inline U8x16 InterleaveHalves(U8x16 v) {
+  // The upper half moves by lanes of 64 bits: GCC takes the bytes one by one through other registers otherwise.
+  const auto halves = BitCastLanes<I64x2>(v);
+  const auto upper = BitCastLanes<U8x16>(__builtin_shufflevector(halves, halves, 1, 1));
+  return __builtin_shufflevector(v, upper, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+}
+
 // The smaller and the larger lanes; the second operand where one is not a number. With float bounds from Opaque these
 // are one instruction each: GCC does not see that a compared and a selected constant are the same.
 template <class V>
@@ -192,6 +200,28 @@ inline U64x2 SumBytes(U8x16 v) {
   return sums & 0xFFFF;
 #endif
 }
+
+// Shifts all lanes right by one count that stays in a vector register: a 32-bit GCC takes plain counts through memory
+// for every shift where it runs out of other registers.
+class ShiftCount {
+ public:
+  explicit ShiftCount(int count) : count_{count, 0} {}
+
+#if defined(__SSE2__)
+  I32x4 Right(I32x4 v) const {
+    return reinterpret_cast<I32x4>(_mm_sra_epi32(reinterpret_cast<__m128i>(v), reinterpret_cast<__m128i>(count_)));
+  }
+  U16x8 Right(U16x8 v) const {
+    return reinterpret_cast<U16x8>(_mm_srl_epi16(reinterpret_cast<__m128i>(v), reinterpret_cast<__m128i>(count_)));
+  }
+#else
+  I32x4 Right(I32x4 v) const { return v >> static_cast<std::int32_t>(count_[0]); }
+  U16x8 Right(U16x8 v) const { return v >> static_cast<std::uint16_t>(count_[0]); }
+#endif
+
+ private:
+  I64x2 count_;
+};
 
 // Two floats at an address as doubles.
 inline F64x2 LoadFloatsAsDoubles(const void* source) {
