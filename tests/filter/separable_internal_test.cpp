@@ -26,10 +26,22 @@ TEST(DivisorScaleTest, DerivesTheModeFromTheDivisor) {
   expect(INT32_MAX, {DivisorScale::Reciprocal, 0, 0, 4.656612873e-10F});
 }
 
+// The output rule as it is stated.
+std::uint8_t ScaleSum(std::int32_t sum, const DivisorScale& scale) {
+  if (scale.mode == DivisorScale::Reciprocal) {
+    const double value = sum * static_cast<double>(scale.factor);
+    return static_cast<std::uint8_t>((value > 0.0 ? value < 255.0 ? value : 255.0 : 0.0) + 0.5);
+  }
+  if (sum <= 0) return 0;
+  const std::uint32_t value =
+      (static_cast<std::uint32_t>(sum) + static_cast<std::uint32_t>(scale.addend)) >> scale.shift;
+  return static_cast<std::uint8_t>(value < 255 ? value : 255);
+}
+
 // The integer rules against the stated one, at every threshold between two bytes and on both sides of it.
 TEST(RoundedDivisionTest, EqualsTheScaleAtEveryThreshold) {
   for (std::int32_t divisor = 1; divisor <= (1 << 22);
-       divisor += divisor < RoundedDivision::kLargestOther ? 1 : divisor) {
+       divisor += divisor <= RoundedDivision::kLargestOther ? 1 : divisor) {
     ASSERT_TRUE(RoundedDivision::Serves(divisor));
     const DivisorScale scale = DeriveDivisorScale(divisor);
     const RoundedDivision division = RoundedDivision::Of(divisor, scale);
@@ -38,6 +50,33 @@ TEST(RoundedDivisionTest, EqualsTheScaleAtEveryThreshold) {
       for (std::int32_t sum = std::max(0, threshold - 2); sum <= threshold + 2; ++sum) {
         const int expected = ScaleSum(sum, scale);
         ASSERT_EQ(std::min(255, (sum + division.addend) / divisor), expected) << sum << " / " << divisor;
+      }
+    }
+  }
+}
+
+TEST(RoundedDivisionTest, ServesDivisorsBelow2To14AndPowersOfTwo) {
+  for (const std::int32_t divisor : {1, 3, (1 << 14) - 1, 1 << 14, 1 << 30}) {
+    EXPECT_TRUE(RoundedDivision::Serves(divisor)) << divisor;
+  }
+  for (const std::int32_t divisor : {(1 << 14) + 1, INT32_MAX, -1, -4, INT32_MIN}) {
+    EXPECT_FALSE(RoundedDivision::Serves(divisor)) << divisor;
+  }
+}
+
+// Sums and divisors without a common divisor, at every threshold.
+TEST(RoundedDivisionTest, StaysTheSameWithoutACommonDivisor) {
+  for (std::int32_t common = 1; common < 40; ++common) {
+    for (std::int32_t reduced = 1; reduced * common <= 4000; ++reduced) {
+      const std::int32_t divisor = reduced * common;
+      const DivisorScale scale = DeriveDivisorScale(divisor);
+      const RoundedDivision division = RoundedDivision::Of(divisor, scale).Reduced(common);
+      ASSERT_EQ(division.divisor, reduced);
+      for (std::int32_t byte = 0; byte < 256; byte += 5) {
+        for (std::int32_t sum = byte * reduced + reduced / 2 - 1; sum <= byte * reduced + reduced / 2 + 1; ++sum) {
+          ASSERT_EQ(std::min(255, std::max(0, sum + division.addend) / reduced), ScaleSum(sum * common, scale))
+              << sum << " * " << common << " / " << divisor;
+        }
       }
     }
   }

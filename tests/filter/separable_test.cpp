@@ -215,6 +215,91 @@ TEST(FilterBW8Test, SumsThatCancelKeepEveryBit) {
   }
 }
 
+// Kernels on both sides of every bound that chooses how 8-bit sums are formed and divided, over pixels that reach the
+// ends of the sums' range.
+TEST(FilterBW8Test, EqualsTheNaiveOneAtTheBoundsOfItsForms) {
+  const auto ones = [](int count) { return std::vector<std::int32_t>(static_cast<std::size_t>(count), 1); };
+  const std::pair<std::vector<std::int32_t>, std::int32_t> kernels[] = {
+      // Sums of 16 bits: up to 65535 with the rounding, or 32767 where nothing divides them.
+      {{255, 1}, 2},
+      {{256, 1}, 2},
+      {{-128, 1, 128}, 3},
+      {{-128, 1, 129}, 3},
+      {{127, 1}, 1},
+      {{128, 1}, 1},
+      {{-128, 1, 127}, 1},
+      {{1}, 32768},
+      {{1}, 65536},
+      // A divisor whose multiplier of 16 bits serves all sums below 255 times the divisor, and one of those that do
+      // not.
+      {{7, 180, 70}, 179},
+      {{7, 180, 70}, 197},
+      {{255, 1}, 253},
+      // The number of taps.
+      {ones(64), 64},
+      {ones(65), 64},
+      {ones(64), 61},
+      {ones(65), 61},
+      {ones(129), 129},
+      // Taps of 16 bits.
+      {{32767, 5, -32768}, 16},
+      {{32768, 5, -32768}, 17},
+      {{32767, 5, -32769}, 17},
+      {{100001, -5, 3, 70000, 1}, 1 << 18},
+      {{200002, -10, 6, 140000, 2}, 10},
+      // Sums of 32 bits, without and with the rounding.
+      {{8421503, 1}, 255},
+      {{8421503, 1}, 257},
+      {{8421503, 2}, 255},
+      {{8421503, 1}, 1 << 29},
+      {{-8421503, -1, 3}, 7},
+      {{-8421503, -3, 3}, 7},
+      {{-8421503, -3, 4}, 1},
+      // Divisors that the integer rules serve: up to 2^14, and powers of two.
+      {{16382, 3, 7000}, 16383},
+      {{16382, 3, 7001}, 16385},
+      {{8191, 8191, 3}, 16382},
+      {{70001, 3, 7000}, 1 << 16},
+      {{70001, 3, 7000}, (1 << 16) + 1},
+      {{8400000, 3, 7000}, 1 << 30},
+      {{1, 2, 1}, -4},
+      {{-1, -2, -1}, -4},
+      // Halves of even divisors with an odd common divisor, and the other way round.
+      {{35, 7, 14}, 98},
+      {{36, 6, 12}, 42},
+      {{49, 49}, 98},
+  };
+  Random random(5);
+  constexpr int kWidth = 83;
+  for (const auto& [taps, divisor] : kernels) {
+    for (const Along along : {Along::Row, Along::Column}) {
+      const int reach = static_cast<int>(taps.size()) - 1;
+      const int step = kWidth + reach;
+      const Job<std::int32_t> job{along, kWidth, 3, taps, 0, divisor};
+      // With anchor 0 the taps meet the pixels up to `reach` before the region.
+      std::vector<BW8> src(static_cast<std::size_t>(step * (3 + reach)));
+      for (BW8& pixel : src) {
+        const int kind = RandomInt(random, 0, 3);
+        pixel = static_cast<BW8>(kind == 0 ? 0 : kind == 3 ? RandomInt(random, 0, 255) : 255);
+      }
+      const int tapStep = along == Along::Row ? 1 : step;
+      const BW8* const region = src.data() + reach * tapStep;
+      std::vector<BW8> dst(kWidth * 3);
+      ASSERT_EQ(Call(job, region, step, dst.data(), kWidth), 0);
+      std::vector<BW8> pixels(taps.size());
+      for (int i = 0; i < kWidth * 3; ++i) {
+        const BW8* pixel = region + i / kWidth * step + i % kWidth;
+        for (BW8& met : pixels) {
+          met = *pixel;
+          pixel -= tapStep;
+        }
+        ASSERT_EQ(dst[static_cast<std::size_t>(i)], Naive(job, pixels))
+            << i << ", " << taps.size() << " taps, first " << taps[0] << ", divisor " << divisor;
+      }
+    }
+  }
+}
+
 TEST(FilterBW16Test, EqualsTheNaiveOne) {
   Random random(2);
   for (int round = 0; round < 2000; ++round) {

@@ -25,4 +25,10 @@ RoundedDivision RoundedDivision::Of(std::int32_t divisor, const DivisorScale& sc
   return {divisor, divisor / 2 - (halvesGoDown ? 1 : 0)};
 }
 
+RoundedDivision RoundedDivision::Reduced(std::int32_t common) const {
+  const bool halvesGoDown = addend < divisor / 2;
+  const std::int32_t reduced = divisor / common;
+  return {reduced, reduced / 2 - (halvesGoDown && reduced % 2 == 0 ? 1 : 0)};  // no sums lie half-way for odd ones
+}
+
 }  // namespace norvala

@@ -19,26 +19,15 @@ struct DivisorScale {
 // Never returns for INT32_MIN; zero has no rule.
 DivisorScale DeriveDivisorScale(std::int32_t divisor);
 
-inline std::uint8_t ScaleSum(std::int32_t sum, const DivisorScale& scale) {
-  if (scale.mode == DivisorScale::Reciprocal) {
-    const double value = sum * static_cast<double>(scale.factor);
-    return static_cast<std::uint8_t>((value > 0.0 ? value < 255.0 ? value : 255.0 : 0.0) + 0.5);
-  }
-  if (sum <= 0) return 0;
-  const std::uint32_t value =
-      (static_cast<std::uint32_t>(sum) + static_cast<std::uint32_t>(scale.addend)) >> scale.shift;
-  return static_cast<std::uint8_t>(value < 255 ? value : 255);
-}
-
 // The same rule as an integer division: the byte is floor((sum + addend) / divisor), clamped to 0..255.
 //
 // For a power of two this is the rule itself. Otherwise the reciprocal is off by at most one part in 2^24, so that
 // sum * factor misses sum / divisor by at most 2^-16 wherever the byte is below 255. Sums that do not lie half-way
-// between two bytes keep a distance of at least 1 / (2 * divisor) from there, which is more than that up to the largest
-// divisor served. Sums that do lie half-way, of even divisors only, all go up or all go down, as the reciprocal was
-// rounded: the double product keeps the reciprocal's error.
+// between two bytes keep a distance of at least 1 / (2 * divisor) from there, which is more than 2^-15 up to the
+// largest divisor served. Sums that do lie half-way, of even divisors only, all go up or all go down, as the reciprocal
+// was rounded: the double product keeps the reciprocal's error.
 struct RoundedDivision {
-  static constexpr std::int32_t kLargestOther = 8192;
+  static constexpr std::int32_t kLargestOther = (1 << 14) - 1;
 
   std::int32_t divisor;
   std::int32_t addend;
@@ -48,6 +37,9 @@ struct RoundedDivision {
     return IsPowerOfTwo(divisor) || (divisor > 0 && divisor <= kLargestOther);
   }
   static RoundedDivision Of(std::int32_t divisor, const DivisorScale& scale);
+
+  // The division of sums that are multiples of `common`, a divisor of the divisor, and stand without it.
+  RoundedDivision Reduced(std::int32_t common) const;
 };
 
 }  // namespace norvala
