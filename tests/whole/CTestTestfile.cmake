@@ -3,7 +3,7 @@ subdirs(linux64 linux32 sanitize sanitize32 windows)
 
 add_test(same_bits_everywhere python3 ../tests/whole/compare_checksums.py linux64/checksums -- linux32/checksums
   -- clang/checksums -- clang32/checksums -- qemu-aarch64 -L /usr/aarch64-linux-gnu linux-arm64/checksums
-  -- ../cmake/wine-run windows/checksums.exe -- ../cmake/wine64-run windows64/checksums.exe)
+  -- ../cmake/wine-run windows/checksums.exe -- ../cmake/wine64-run windows64/checksums.exe -- sanitize/checksums)
 add_test(clang32.whole_hostile_test ./whole_hostile_test --gtest_brief=1)
 set_tests_properties(clang32.whole_hostile_test PROPERTIES WORKING_DIRECTORY clang32)
 add_test(windows64.tables python3 ../tests/tables/check_tables.py ../include/norvala.h windows64/Norvala.dll
