@@ -48,16 +48,12 @@ inline void InDouble(const float* const (&from)[n], float (&to)[n], Compute comp
 }
 template <int n, class Compute>
 inline void InDouble(const F32x4* const (&from)[n], F32x4 (&to)[n], Compute compute) {
-  F64x2 wide[n];
-  F32x4 low[n];
-  for (int i = 0; i < n; ++i) wide[i] = LoadFloatsAsDoubles(from[i]);
-  compute(wide);
-  for (int i = 0; i < n; ++i) low[i] = ConvertFromDoubles<F32x4>(wide[i], F64x2{});
-  for (int i = 0; i < n; ++i) wide[i] = LoadFloatsAsDoubles(reinterpret_cast<const unsigned char*>(from[i]) + 8);
-  compute(wide);
-  for (int i = 0; i < n; ++i) {
-    to[i] = __builtin_shufflevector(low[i], ConvertFromDoubles<F32x4>(wide[i], F64x2{}), 0, 1, 4, 5);
-  }
+  F64x2 low[n], high[n];
+  for (int i = 0; i < n; ++i) low[i] = LoadFloatsAsDoubles(from[i]);
+  compute(low);
+  for (int i = 0; i < n; ++i) high[i] = LoadFloatsAsDoubles(reinterpret_cast<const unsigned char*>(from[i]) + 8);
+  compute(high);
+  for (int i = 0; i < n; ++i) to[i] = ConvertFromDoubles<F32x4>(low[i], high[i]);
 }
 
 // Values as doubles, and back.
