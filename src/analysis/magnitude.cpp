@@ -8,7 +8,8 @@ namespace norvala {
 
 namespace {
 
-// The definition, whose time is that of the double roots in the divider.
+// The modulus as it is defined: the root of the sum of squares, both in double, rounded to float. Nearly all of its
+// time goes to the double root.
 void Moduli(const ComplexFLOAT32Number* src, FLOAT32* dst, std::ptrdiff_t count) {
   const Unaligned<FLOAT32>* __restrict parts = reinterpret_cast<const Unaligned<FLOAT32>*>(src);
   Unaligned<FLOAT32>* __restrict moduli = reinterpret_cast<Unaligned<FLOAT32>*>(dst);
@@ -19,67 +20,64 @@ void Moduli(const ComplexFLOAT32Number* src, FLOAT32* dst, std::ptrdiff_t count)
   }
 }
 
-// Four moduli as defined.
+// The same for four numbers.
 inline F32x4 FourModuli(const ComplexFLOAT32Number* src) {
   const auto rootsOfTwo = [](const ComplexFLOAT32Number* two) {
-    F64x2 first, second;
-    ConvertToDoubles(LoadUnaligned<F32x4>(two), first, second);
-    first *= first;
-    second *= second;
-    const F64x2 sums = __builtin_shufflevector(first, second, 0, 2) + __builtin_shufflevector(first, second, 1, 3);
+    F64x2x2 parts = ConvertToDoubles(LoadUnaligned<F32x4>(two));
+    parts = parts * parts;
+    const F64x2 sums =
+        __builtin_shufflevector(parts.low, parts.high, 0, 2) + __builtin_shufflevector(parts.low, parts.high, 1, 3);
     return F64x2{std::sqrt(sums[0]), std::sqrt(sums[1])};
   };
   return ConvertFromDoubles<F32x4>(rootsOfTwo(src), rootsOfTwo(src + 2));
 }
 
-// Four moduli by float roots, which with the division take half of the divider's time, and one Newton step from them:
-//   root = r + (s - r * r) / (2 * r), s the sum of squares, r the float root of s rounded to float.
-// Where s is at least 2^-70 and finite as a float, r is within 1.5 * 2^-24 of the root of s (all errors relative to
-// r). The residual s - r * r is exact in double and below 3.1 * 2^-24 * r * r, so what Newton's step leaves out is
-// below 1.3 * 2^-48 and the roundings of the step and of its sum with the margin, all of floats that are normal or 0,
-// stay below 7 * 2^-48. The root of s lies thus within 2^-44 of r plus the step, and so does that root rounded to
-// double. Rounding to float keeps order: where r plus the step rounds to the same float 2^-43 below and above, that
-// float is the modulus. Two zero parts come out as 0 in both. The other small sums are left out by the test of s, and
-// sums that overflow to infinity, infinite parts and NaN by the bounds, which are NaN and differ.
+// Four moduli with float roots, which take half the time of double ones, division included. Each root is improved by
+// one step of Newton's method and kept where the float nearest to it is certain:
+//   root = r + (s - r * r) / (2 * r), where s is the sum of squares and r the float root of s rounded to float.
+// How far that is from the root of s, relative to r, where s is at least 2^-70 and finite as a float:
+// - r is within 1.5 * 2^-24 of the root of s, so that what Newton's step leaves out is below 1.3 * 2^-48.
+// - The residual s - r * r is exact in double and below 3.1 * 2^-24 * r * r. It is rounded to float, as are the inverse
+//   slope, the step and its sum with the margin, floats that are normal or 0: together below 7 * 2^-48.
+// - The double root of the definition is within 2^-53.
+// The root of the definition thus lies within 2^-44 of r plus the step. Rounding to float keeps order: where r plus the
+// step rounds to the same float when a margin of 2^-43 is added and when it is taken away, that float is the modulus.
+// Two parts that are 0 give 0 both ways. Other sums below 2^-70 are excluded by a test. Sums that overflow, infinite
+// parts and NaN make both bounds NaN, which are not equal.
 class FastModuli {
  public:
-  // Separate from Finish for the double roots of other numbers to be put between them.
+  // The roots are started here and used in Finish, so that other work can be put between.
   explicit FastModuli(const ComplexFLOAT32Number* src) {
     const auto first = LoadUnaligned<F32x4>(src);
     const auto second = LoadUnaligned<F32x4>(src + 2);
     const F32x4 re = __builtin_shufflevector(first, second, 0, 2, 4, 6);
     const F32x4 im = __builtin_shufflevector(first, second, 1, 3, 5, 7);
-    F64x2 reLow, reHigh, imLow, imHigh;
-    ConvertToDoubles(re, reLow, reHigh);
-    ConvertToDoubles(im, imLow, imHigh);
-    sumsLow_ = reLow * reLow + imLow * imLow;
-    sumsHigh_ = reHigh * reHigh + imHigh * imHigh;
-    const auto sums = ConvertFromDoubles<F32x4>(sumsLow_, sumsHigh_);
+    const F64x2x2 wideRe = ConvertToDoubles(re);
+    const F64x2x2 wideIm = ConvertToDoubles(im);
+    sums_ = wideRe * wideRe + wideIm * wideIm;
+    const auto sums = ConvertFromDoubles<F32x4>(sums_);
     const auto anyBit = BitCastLanes<F32x4>(BitCastLanes<I32x4>(re) | BitCastLanes<I32x4>(im));
     inRange_ = (sums >= 0x1p-70F) | (anyBit == 0.0F);
     roots_ = F32x4{std::sqrt(sums[0]), std::sqrt(sums[1]), std::sqrt(sums[2]), std::sqrt(sums[3])};
     // The addend changes the root 0 alone, whose step is then 0 and not NaN.
-    slopes_ = 0.5F / (roots_ + 0x1p-100F);
+    inverseSlopes_ = 0.5F / (roots_ + 0x1p-100F);
   }
 
-  // Whether all four moduli are sure; `moduli` is set if so.
+  // Whether all four moduli are certain; `moduli` is set if so.
   bool Finish(F32x4& moduli) const {
-    F64x2 rootsLow, rootsHigh;
-    ConvertToDoubles(roots_, rootsLow, rootsHigh);
-    const auto residuals = ConvertFromDoubles<F32x4>(sumsLow_ - rootsLow * rootsLow, sumsHigh_ - rootsHigh * rootsHigh);
-    const F32x4 steps = residuals * slopes_;
+    const F64x2x2 roots = ConvertToDoubles(roots_);
+    const F32x4 steps = ConvertFromDoubles<F32x4>(sums_ - roots * roots) * inverseSlopes_;
     const F32x4 margins = roots_ * 0x1p-43F;
     moduli = roots_ + (steps - margins);
-    const auto sure = BitCastLanes<I64x2>((moduli == roots_ + (steps + margins)) & inRange_);
-    return (sure[0] & sure[1]) == -1;
+    const auto certain = BitCastLanes<I64x2>((moduli == roots_ + (steps + margins)) & inRange_);
+    return (certain[0] & certain[1]) == -1;
   }
 
  private:
-  F64x2 sumsLow_;
-  F64x2 sumsHigh_;
+  F64x2x2 sums_;
   I32x4 inRange_;
   F32x4 roots_;
-  F32x4 slopes_;
+  F32x4 inverseSlopes_;
 };
 
 }  // namespace
@@ -87,7 +85,8 @@ class FastModuli {
 StatusCode MagnitudeRowFLOAT32(const ComplexFLOAT32Number* src, FLOAT32* dst, std::int32_t count) {
   if (src == nullptr || dst == nullptr) return StatusCode::NullPointer;
   if (count < 1) return StatusCode::NonPositiveSize;
-  // The divider works on eight numbers while the multipliers and adders, idle otherwise, work on four.
+  // Of twelve numbers, eight keep the processor's unit for roots and divisions busy; the last four need it less, and
+  // use the multipliers and adders that would be idle.
   std::ptrdiff_t i = 0;
   for (; i + 12 <= count; i += 12) {
     const FastModuli fast(src + i + 8);
