@@ -16,7 +16,7 @@ struct DftSpec2D;
 // flag is 1 (forward scaled by 1/n), 2 (inverse by 1/n), 4 (both by 1/sqrt(n)) or 8 (neither).
 StatusCode CreateDftSpec2D(DftSpec2D** spec, std::int32_t width, std::int32_t height, std::int32_t normalisation,
                            std::int32_t hint);
-// Transforms a real image into its packed spectrum (the layout is described in analysis/dft/spec2d.h). `scratch` is
+// Transforms a real image into its packed spectrum (the layout is described in analysis/dft/plan2d.h). `scratch` is
 // null or holds the specification's workSize bytes and 15 more.
 StatusCode TransformPackedFLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
                                   const DftSpec2D* spec, void* scratch);
@@ -65,6 +65,8 @@ struct RandUniformState {
   std::int32_t borrow;  // 0 or -1
 };
 
+// Creation that fails leaves the pointer at `state` as it was. A fill that fails has written nothing and drawn nothing:
+// the state goes on as if it had not been called, and is still to be freed.
 StatusCode RandUniformCreateBW8(RandUniformState** state, BW8 low, BW8 high, std::uint32_t seed);
 StatusCode RandUniformBW8(BW8* dst, std::int32_t length, RandUniformState* state);
 StatusCode RandUniformFreeBW8(RandUniformState* state);

@@ -34,14 +34,14 @@ inline V Least(V a, V b) {
   return b < a ? b : a;
 }
 
-// One pass. It counts rows and columns in its own order: the forward pass from the top left, the backward pass from
-// the bottom right.
+// One pass. It counts rows and columns in its own order, the forward pass from the top left, the backward pass from the
+// bottom right: the neighbours that it has seen are above and to the left for both.
 template <bool forward>
 class Pass {
  public:
   Pass(const Plane& plane, Weights weights) : plane_(plane), weights_(weights) {}
 
-  // Rows `from` to `to` - 1, each of which has a row before it.
+  // Rows `from` to `to` - 1, each of which has a row above it.
   void Rows(std::int32_t from, std::int32_t to) const {
     while (to - from >= 8 && plane_.size.width >= 32) {
       SkewedRows<2>(from);
@@ -57,21 +57,21 @@ class Pass {
   // Columns `from` to `to` - 1 of one row. `skip` is the weight of a step over two columns.
   void SingleRow(std::int32_t y, std::int32_t from, std::int32_t to, float skip) const {
     const bool first = y == 0;
-    float before = from > 0 ? Distance(y, from - 1) : kInfinity;
-    float beforeThat = from > 1 ? Distance(y, from - 2) : kInfinity;
-    float upBefore = first || from == 0 ? kInfinity : Distance(y - 1, from - 1);
-    float up = first ? kInfinity : Distance(y - 1, from);
+    float left = from > 0 ? Distance(y, from - 1) : kInfinity;
+    float leftTwice = from > 1 ? Distance(y, from - 2) : kInfinity;
+    float aboveLeft = first || from == 0 ? kInfinity : Distance(y - 1, from - 1);
+    float above = first ? kInfinity : Distance(y - 1, from);
     for (std::int32_t x = from; x < to; ++x) {
-      const float upAfter = first || x + 1 == plane_.size.width ? kInfinity : Distance(y - 1, x + 1);
-      float least = Least(Bound(y, x), beforeThat + skip);
-      least = Least(least, up + weights_.straight);
-      least = Least(least, Least(upBefore, upAfter) + weights_.diagonal);
-      least = Least(least, before + weights_.straight);
+      const float aboveRight = first || x + 1 == plane_.size.width ? kInfinity : Distance(y - 1, x + 1);
+      float least = Least(Bound(y, x), leftTwice + skip);
+      least = Least(least, above + weights_.straight);
+      least = Least(least, Least(aboveLeft, aboveRight) + weights_.diagonal);
+      least = Least(least, left + weights_.straight);
       Distance(y, x) = least;
-      beforeThat = before;
-      before = least;
-      upBefore = up;
-      up = upAfter;
+      leftTwice = left;
+      left = least;
+      aboveLeft = above;
+      above = aboveRight;
     }
   }
 
@@ -90,28 +90,26 @@ class Pass {
   template <int kRows>
   static constexpr std::int32_t kLead = 2 * (kRows - 1) + 1;
 
-  // Four rows a vector, each two columns behind the row before it: one step of the serial chain along the rows then
-  // serves them all, and what lies before a row is the vector of an earlier step, moved by one lane.
+  // Four rows a vector, each two columns behind the row above it: one step of the serial chain along the rows then
+  // serves them all, and what lies above the rows is the vector of an earlier step, moved by one lane.
   template <int kVectors>
   void SkewedRows(std::int32_t y) const {
     constexpr int kRows = 4 * kVectors;
     for (int row = 0; row < kRows; ++row) SingleRow(y + row, 0, kLead<kRows> - 2 * row, kInfinity);
 
-    F32x4 before[kVectors];    // the column before, of every row
-    F32x4 upAfter[kVectors];   // of the row before every row: the column after,
-    F32x4 up[kVectors];        // the same column,
-    F32x4 upBefore[kVectors];  // the column before
+    // The neighbours of the current column of every row.
+    F32x4 left[kVectors], aboveRight[kVectors], above[kVectors], aboveLeft[kVectors];
     for (int v = 0; v < kVectors; ++v) {
       const std::int32_t first = y + 4 * v;
       const std::int32_t column = kLead<kRows> - 8 * v;
-      before[v] = FourDistances(first, column - 1);
-      upAfter[v] = FourDistances(first - 1, column + 1);
-      up[v] = FourDistances(first - 1, column);
-      upBefore[v] = FourDistances(first - 1, column - 1);
+      left[v] = FourDistances(first, column - 1);
+      aboveRight[v] = FourDistances(first - 1, column + 1);
+      above[v] = FourDistances(first - 1, column);
+      aboveLeft[v] = FourDistances(first - 1, column - 1);
     }
 
-    const F32x4 straight = F32x4{} + weights_.straight;
-    const F32x4 diagonal = F32x4{} + weights_.diagonal;
+    const auto straight = Splat<F32x4>(weights_.straight);
+    const auto diagonal = Splat<F32x4>(weights_.diagonal);
     std::int32_t x = kLead<kRows>;
     for (; x + 5 < plane_.size.width; x += 4) {
       F32x4 tiles[kVectors][4];
@@ -120,16 +118,16 @@ class Pass {
       for (int step = 0; step < 4; ++step) {
         F32x4 turned[kVectors];  // by one lane, so that a row takes the place of the next one
         for (int v = 0; v < kVectors; ++v) {
-          F32x4 least = Least(tiles[v][step], Least(up[v], before[v]) + straight);
-          least = Least(least, Least(upBefore[v], upAfter[v]) + diagonal);
-          tiles[v][step] = before[v] = least;
+          F32x4 least = Least(tiles[v][step], Least(above[v], left[v]) + straight);
+          least = Least(least, Least(aboveLeft[v], aboveRight[v]) + diagonal);
+          tiles[v][step] = left[v] = least;
           turned[v] = __builtin_shufflevector(least, least, 3, 0, 1, 2);
         }
         for (int v = 0; v < kVectors; ++v) {
-          upBefore[v] = up[v];
-          up[v] = upAfter[v];
+          aboveLeft[v] = above[v];
+          above[v] = aboveRight[v];
           const F32x4 first = v == 0 ? F32x4{Distance(y - 1, x + step + 2)} : turned[v - 1];
-          upAfter[v] = __builtin_shufflevector(turned[v], first, 4, 1, 2, 3);
+          aboveRight[v] = __builtin_shufflevector(turned[v], first, 4, 1, 2, 3);
         }
       }
       for (int v = 0; v < kVectors; ++v) StoreDistances(y + 4 * v, x - 8 * v, tiles[v]);
@@ -149,9 +147,9 @@ class Pass {
         return LoadUnaligned<std::uint32_t>(Row(plane_.mask, plane_.maskStep, y + row) + x - 2 * row);
       };
       const U32x4 rows = {load(0), load(1), load(2), load(3)};
-      const I32x4 largest = BitCastLanes<I32x4>(F32x4{} + kLargest);
+      const I32x4 largest = BitCastLanes<I32x4>(Splat<F32x4>(kLargest));
       for (int column = 0; column < 4; ++column) {
-        const I32x4 set = (rows & (U32x4{} + (0xFFU << (8 * column)))) != 0;
+        const I32x4 set = (rows & Splat<U32x4>(0xFFU << (8 * column))) != 0;
         columns[column] = BitCastLanes<F32x4>(set & largest);
       }
     } else {

@@ -1,4 +1,5 @@
-// Exports of the transforms and analysis.
+// Exports of the transforms and analysis. Two of them run several primitives one after the other: the Fourier transform
+// creates a specification, transforms, expands and releases, the random fill creates a state and fills.
 
 #include "analysis/analysis.h"
 #include "frame/aligned_memory.h"
@@ -47,7 +48,8 @@ int32_t Norvala_DistanceTransform3x3_BW8ToFLOAT32(const BW8* src, int32_t srcSte
 
 // ---- Random fill ----
 
-// Success keeps the state and its holder: that memory is the documented cost of a call.
+// A failure releases the state and its holder and leaves the destination untouched. Success keeps both, although nobody
+// can release them then: hosts rely on the call as it is, this loss of memory included.
 int32_t Norvala_RandUniform_BW8(BW8* dst, int32_t length, int32_t low, int32_t high, uint32_t seed) {
   AlignedVector<RandUniformState*> holder(1);
   StatusCode status = kRandUniformCreateBW8(holder.data(), static_cast<BW8>(low), static_cast<BW8>(high), seed);
