@@ -62,7 +62,7 @@ void ScatterBlocks(const ComplexLanes* const* blocks, int count, FLOAT32* image,
   }
 }
 
-// As many blocks as the scratch holds beside the work area of one transform: at least one.
+// As many blocks as the scratch holds beside the work area of one transform: at least one, as said in scratch.h.
 int BlocksAtOnce(const DftSpec2D& spec) {
   constexpr std::int64_t kValueBytes = sizeof(ComplexLanes);
   const std::int64_t workBytes = kValueBytes * spec.columnComplexSpec->plan.WorkLength();
