@@ -417,7 +417,8 @@ NORVALA_API int32_t NORVALA_CALL Norvala_FilterRowBW8(const BW8* src, int32_t sr
                                                       int32_t width, int32_t height, const int32_t* kernel,
                                                       int32_t kernelSize, int32_t anchor, int32_t divisor);
 /** Filters 8-bit pixels along columns; otherwise as Norvala_FilterRowBW8, but `srcStep` need only be at least `width`.
- */
+ *
+ *  @warning With the divisor -2147483648 the call never returns. */
 NORVALA_API int32_t NORVALA_CALL Norvala_FilterColumnBW8(const BW8* src, int32_t srcStep, BW8* dst, int32_t dstStep,
                                                          int32_t width, int32_t height, const int32_t* kernel,
                                                          int32_t kernelSize, int32_t anchor, int32_t divisor);
@@ -608,8 +609,8 @@ NORVALA_API int32_t NORVALA_CALL Norvala_FilterGauss(const BW8* src, int32_t src
 /** @} */
 
 /** @defgroup step Gaussian pyramid step
- *  Halves a one-channel image in both directions after smoothing it with the outer product of [1 4 6 4 1] / 16 with
- *  itself (P. Burt, E. Adelson, "The Laplacian Pyramid as a Compact Image Code", 1983). The result has
+ *  Halves a one-channel image in both directions. It is smoothed with the outer product of [1 4 6 4 1] / 16 with itself
+ *  first (P. Burt, E. Adelson, "The Laplacian Pyramid as a Compact Image Code", 1983). The result has
  *  (width + 1) / 2 x (height + 1) / 2 pixels, divisions rounded down; its pixel (j, k) is centred on source pixel
  *  (2j, 2k). Beyond the edges the image is mirrored about its edge pixels, which are not repeated (..2 1 | 0 1 2..):
  *  only the region itself is read.
@@ -700,7 +701,7 @@ NORVALA_API int32_t NORVALA_CALL Norvala_PyramidLayerDownFreeBW8(PyramidLayerSta
  *  @param srcHeight source rows, at least 1 and at most the height that the state was created for
  *  @param dst       first destination pixel
  *  @param dstStep   destination row step in bytes, at least `dstWidth`
- *  @param dstWidth  pixels in a destination row: exactly what `srcWidth` reduces to, see above; `NorvalaLayerSize` of
+ *  @param dstWidth  pixels in a destination row: exactly what `srcWidth` reduces to, see above; NorvalaLayerSize of
  *                  norvala_helpers.h tells it
  *  @param dstHeight destination rows: exactly what `srcHeight` reduces to
  *  @param state     the layer's state; its work memory is written, so calls that run at the same time need a state each

@@ -13,12 +13,14 @@ def link(text, names, before, after):
     """Marks names of functions that are not marked yet."""
     def replaced(match):
         return before + "#" + match[1] + after if match[1] in names else match[0]
-    return re.sub(r"(?<![#\w`])(Norvala_\w+)(?!\w|\.\.\.)" if not before else r"`(Norvala_\w+)`", replaced, text)
+    return re.sub(r"(?<![#\w`])(Norvala\w+)(?!\w|\.\.\.)" if not before else r"`(Norvala\w+)`", replaced, text)
 
 
 def main():
-    with open("include/norvala.h", encoding="utf-8") as file:
-        names = set(re.findall(r"NORVALA_CALL\s+(Norvala_\w+)\s*\(", file.read()))
+    names = set()
+    for header in ("norvala.h", "norvala_helpers.h", "norvala_load.h"):
+        with open("include/" + header, encoding="utf-8") as file:
+            names.update(re.findall(r"^(?:NORVALA_API|static inline).*\b(Norvala\w+)\(", file.read(), re.MULTILINE))
     with open(sys.argv[1], encoding="utf-8") as file:
         text = file.read()
     if sys.argv[1].endswith(".md"):

@@ -26,8 +26,6 @@ Crops DetailOf(const Plane<BW8>& grey, int width, int height, int factor) {
 
 // ---- Pipeline filters ----
 
-enum class Edge : std::int32_t { Constant, Nearest, Periodic, Mirrored, MirroredWithEdge };
-
 struct PipelineCalls {
   explicit PipelineCalls(const Library& library)
       : filterRow(library.Function<decltype(Norvala_FilterRowBorderPipelineBW8)>("Norvala_FilterRowBorderPipelineBW8")),
@@ -71,7 +69,7 @@ int Stream(const PipelineCalls& calls, const Plane<BW8>& src, const Taps& taps, 
     for (; next <= std::min(y + anchor, height - 1); ++next) {
       std::int16_t* const row = ringRow(next);
       if (calls.filterRow(src.row(next), src.step(), &row, width, 1, taps.data(), count, anchor,
-                          static_cast<std::int32_t>(Edge::Nearest), 0, rowDivisor, buffer.data()) != 0) {
+                          NORVALA_BORDER_REPLICATE, 0, rowDivisor, buffer.data()) != 0) {
         return -1;
       }
     }
@@ -89,7 +87,7 @@ int Stream(const PipelineCalls& calls, const Plane<BW8>& src, const Taps& taps, 
 // The rows of a picture with the `reach` pixels, at most half a row, that the row filter sees before and after each. A
 // kernel whose only tap is its first or its last one moves the row aside, and border pixels move in. A column filter of
 // one tap turns the results into bytes.
-int ShowEdge(const PipelineCalls& calls, const Plane<BW8>& src, Edge edge, int reach, const Plane<BW8>& dst) {
+int ShowEdge(const PipelineCalls& calls, const Plane<BW8>& src, NorvalaBorder edge, int reach, const Plane<BW8>& dst) {
   const int width = src.width();
   const int count = reach + 1;
   Taps first(static_cast<std::size_t>(count));
@@ -102,8 +100,8 @@ int ShowEdge(const PipelineCalls& calls, const Plane<BW8>& src, Edge edge, int r
   for (int y = 0; y < src.height(); ++y) {
     const auto filter = [&](const Taps& taps, int anchor, std::int16_t* row) {
       constexpr BW8 kBlack = 0;
-      return calls.filterRow(src.row(y), src.step(), &row, width, 1, taps.data(), count, anchor,
-                             static_cast<std::int32_t>(edge), kBlack, 1, buffer.data());
+      return calls.filterRow(src.row(y), src.step(), &row, width, 1, taps.data(), count, anchor, edge, kBlack, 1,
+                             buffer.data());
     };
     if (filter(first, reach, values.data()) != 0) return -1;
     if (filter(last, 0, values.data() + 2 * reach) != 0) return -1;
@@ -128,11 +126,11 @@ void ShowPipeline(Sheet& sheet) {
     sheet.Show(file, caption, call, time, SideBySide({detail(grey), detail(filtered)}));
   };
   show("pipeline-smooth", "Smoothed with 9 binomial taps through a ring of 9 rows; six-fold detail",
-       "Norvala_FilterRowBorderPipelineBW8(..., 1 8 28 56 70 56 28 8 1, 9, 4, 1, 0, 256, ...), "
+       "Norvala_FilterRowBorderPipelineBW8(..., 1 8 28 56 70 56 28 8 1, 9, 4, NORVALA_BORDER_REPLICATE, 0, 256, ...), "
        "Norvala_FilterColumnPipelineBW8(..., 256, ...)",
        {1, 8, 28, 56, 70, 56, 28, 8, 1}, 256, 256);
   show("pipeline-sharpen", "Sharpened with the taps -1 6 -1; six-fold detail",
-       "Norvala_FilterRowBorderPipelineBW8(..., -1 6 -1, 3, 1, 1, 0, 1, ...), "
+       "Norvala_FilterRowBorderPipelineBW8(..., -1 6 -1, 3, 1, NORVALA_BORDER_REPLICATE, 0, 1, ...), "
        "Norvala_FilterColumnPipelineBW8(..., 16, ...)",
        {-1, 6, -1}, 1, 16);
 
@@ -141,7 +139,8 @@ void ShowPipeline(Sheet& sheet) {
   const int reach = small.width() / 2;
   std::vector<Picture> pictures;
   double time = 0;
-  for (const Edge edge : {Edge::Constant, Edge::Nearest, Edge::Periodic, Edge::Mirrored, Edge::MirroredWithEdge}) {
+  for (const NorvalaBorder edge : {NORVALA_BORDER_CONSTANT, NORVALA_BORDER_REPLICATE, NORVALA_BORDER_WRAP,
+                                   NORVALA_BORDER_MIRROR, NORVALA_BORDER_MIRROR_WITH_EDGE}) {
     const Plane<BW8> shown(library, small.width() + 2 * reach, small.height());
     time += sheet.Run("Norvala_FilterRowBorderPipelineBW8", [&] { return ShowEdge(calls, small, edge, reach, shown); });
     pictures.push_back(Magnify(ToPicture(shown), 3));
@@ -175,15 +174,15 @@ void ShowGauss(Sheet& sheet) {
 
   const Crops detail = DetailOf(grey, 60, 60, 6);
   for (const int size : {3, 5}) {
-    const std::int32_t maskCode = size * 11;
+    const std::int32_t maskCode = size == 3 ? NORVALA_GAUSS_3X3 : NORVALA_GAUSS_5X5;
     const std::string name = std::to_string(size) + "x" + std::to_string(size);
     const Plane<BW8> smooth(library, grey.width(), grey.height());
     const double time = sheet.Run("Norvala_FilterGauss", [&] {
       return gauss(inner, framed.step(), smooth.data(), smooth.step(), grey.width(), grey.height(), maskCode);
     });
     sheet.Show("gauss-" + name, "The " + name + " mask; six-fold detail",
-               "Norvala_FilterGauss(..., " + std::to_string(maskCode) + ")", time,
-               SideBySide({detail(grey), detail(smooth)}));
+               "Norvala_FilterGauss(..., NORVALA_GAUSS_" + std::to_string(size) + "X" + std::to_string(size) + ")",
+               time, SideBySide({detail(grey), detail(smooth)}));
   }
 }
 

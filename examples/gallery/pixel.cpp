@@ -90,7 +90,7 @@ void ShowDetailBorders(Sheet& sheet) {
            copyFloats(floats.row(top) + left, floats.step(), innerFloats, framedFloats.step(), width, height) |
            replicateFloats(innerFloats, framedFloats.step(), width, height, outerWidth, outerHeight, kBorder, kBorder) |
            floatsToBytes(framedFloats.data(), framedFloats.step(), fromFloats.data(), fromFloats.step(), outerWidth,
-                         outerHeight, 1);
+                         outerHeight, NORVALA_ROUND_TO_NEAREST);
   });
   sheet.Show("border_detail", "A detail and its border of 6 pixels, magnified: made in 16 bits and in floats",
              "Norvala_CopyReplicateBorderBW16 and Norvala_CopyReplicateBorderFLOAT32", time,
@@ -210,7 +210,7 @@ void ShowMotion(Sheet& sheet) {
       status |= add(floats.data() + i, floats.step(), sum.data(), sum.step(), width, height);
     }
     return status | divide(static_cast<float>(exposures), sum.data(), sum.step(), width, height) |
-           toBytes(sum.data(), sum.step(), mean.data(), mean.step(), width, height, 1);
+           toBytes(sum.data(), sum.step(), mean.data(), mean.step(), width, height, NORVALA_ROUND_TO_NEAREST);
   });
   sheet.Show("motion", "Exposures, each a pixel further on, added and divided by their number",
              "Norvala_AddFLOAT32_C1IR for each of the 16, then Norvala_DivCFLOAT32_C1IR(16, ...)", time,
@@ -237,7 +237,8 @@ void ShowExposure(Sheet& sheet) {
     time = sheet.Run("an exposure", [&] {
       return toFloats(grey.data(), grey.step(), floats.data(), floats.step(), width, height) |
              divide(1.0F / (256.0F * gain), floats.data(), floats.step(), width, height) |
-             toWords(floats.data(), floats.step(), words.data(), words.step(), width, height, 1) |
+             toWords(floats.data(), floats.step(), words.data(), words.step(), width, height,
+                     NORVALA_ROUND_TO_NEAREST) |
              shift(8, words.data(), words.step(), width, height) |
              toBytes(words.data(), words.step(), exposed.data(), exposed.step(), width, height);
     });

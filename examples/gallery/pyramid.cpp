@@ -4,6 +4,7 @@
 #include <memory>
 #include <stdexcept>
 
+#include "norvala_helpers.h"
 #include "sheet.h"
 
 namespace gallery {
@@ -110,17 +111,6 @@ void ShowSteps(Sheet& sheet) {
              "Norvala_PyrDownGauss5x5FLOAT32, three times", floats.milliseconds, SideBySide(details));
 }
 
-// The size that a layer reduces `size` pixels to: the one d for which upper(d - 1) < size <= upper(d).
-int LayerSize(int size, float rate) {
-  const auto upper = [rate](int d) {
-    return d == 0 ? 0 : std::max(d + 1, static_cast<int>(static_cast<float>(d) * rate));
-  };
-  int d = std::max(1, static_cast<int>(static_cast<float>(size) / rate + 0.5F));
-  while (size > upper(d)) ++d;
-  while (size <= upper(d - 1)) --d;
-  return d;
-}
-
 void ShowLayers(Sheet& sheet) {
   const Library& library = sheet.library();
   const Plane<BW8>& grey = sheet.grey();
@@ -146,10 +136,11 @@ void ShowLayers(Sheet& sheet) {
   for (const Layer& layer : layers) {
     PyramidLayerState* created = nullptr;
     const int taps = static_cast<int>(layer.kernel.size());
-    const int failed = create(&created, grey.width(), grey.height(), layer.rate, layer.kernel.data(), taps, 2);
+    const int failed =
+        create(&created, grey.width(), grey.height(), layer.rate, layer.kernel.data(), taps, NORVALA_LAYER_MODE);
     const std::unique_ptr<PyramidLayerState, decltype(release)> state(created, release);
     if (failed != 0) throw std::runtime_error("Norvala_PyramidLayerDownInitAllocBW8 failed");
-    Plane<BW8> dst(library, LayerSize(grey.width(), layer.rate), LayerSize(grey.height(), layer.rate));
+    Plane<BW8> dst(library, NorvalaLayerSize(grey.width(), layer.rate), NorvalaLayerSize(grey.height(), layer.rate));
     const double time = sheet.Run("Norvala_PyramidLayerDownBW8", [&] {
       return reduce(grey.data(), grey.step(), grey.width(), grey.height(), dst.data(), dst.step(), dst.width(),
                     dst.height(), state.get());

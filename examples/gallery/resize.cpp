@@ -7,8 +7,6 @@
 namespace gallery {
 namespace {
 
-enum Interpolation { kNearest = 1, kLinear = 2, kCubic = 4, kReduce = 8, kEightPoint = 16 };
-
 Plane<FLOAT32> ToFloat(const Library& library, const Plane<BW8>& bytes) {
   Plane<FLOAT32> plane(library, bytes.width(), bytes.height());
   for (int y = 0; y < plane.height(); ++y) std::copy_n(bytes.row(y), plane.width(), plane.row(y));
@@ -45,7 +43,7 @@ struct Resized {
 };
 
 Resized Resize(const Sheet& sheet, const Plane<FLOAT32>& src, const Rect& region, double xFactor, double yFactor,
-               Interpolation interpolation) {
+               NorvalaInterpolation interpolation) {
   const auto resize = sheet.library().Function<decltype(Norvala_Resize)>("Norvala_Resize");
   const auto extent = [](int length, double factor) { return std::max(1, static_cast<int>(length * factor + 1e-7)); };
   Plane<FLOAT32> dst(sheet.library(), extent(region.width, xFactor), extent(region.height, yFactor));
@@ -59,10 +57,10 @@ Resized Resize(const Sheet& sheet, const Plane<FLOAT32>& src, const Rect& region
 // The same region by several interpolations, side by side, each pixel as a square of `magnify` x `magnify`.
 void ShowAll(Sheet& sheet, const std::string& file, const std::string& caption, const std::string& call,
              const Plane<FLOAT32>& src, const Rect& region, double factor,
-             const std::vector<Interpolation>& interpolations, int magnify) {
+             const std::vector<NorvalaInterpolation>& interpolations, int magnify) {
   std::vector<Picture> pictures;
   double time = 0.0;
-  for (const Interpolation interpolation : interpolations) {
+  for (const NorvalaInterpolation interpolation : interpolations) {
     const Resized resized = Resize(sheet, src, region, factor, factor, interpolation);
     pictures.push_back(Magnify(resized.picture, magnify));
     time += resized.milliseconds;
@@ -85,14 +83,14 @@ void ShowResize(Sheet& sheet) {
           "Thumbnails at a fifth of the size, pixels doubled: Nearest, Linear, Cubic, EightPoint, Reduce. Only Reduce "
           "sees every source pixel",
           "Norvala_Resize(..., 0.2, 0.2, 1 | 2 | 4 | 16 | 8)", photo, all, thumbnail,
-          {kNearest, kLinear, kCubic, kEightPoint, kReduce}, 2);
+          {NORVALA_NEAREST, NORVALA_LINEAR, NORVALA_CUBIC, NORVALA_EIGHT_POINT, NORVALA_REDUCE}, 2);
 
   const Plane<FLOAT32> rings = ZonePlate(sheet.library(), 400);
   ShowAll(sheet, "resize_aliasing",
           "Fine rings at 0.45 of the size: Nearest, Linear, Cubic, EightPoint, Reduce. Rings that are not there are "
           "aliases of detail too fine for the new size",
           "Norvala_Resize(..., 0.45, 0.45, 1 | 2 | 4 | 16 | 8)", rings, {0, 0, 400, 400}, 0.45,
-          {kNearest, kLinear, kCubic, kEightPoint, kReduce}, 1);
+          {NORVALA_NEAREST, NORVALA_LINEAR, NORVALA_CUBIC, NORVALA_EIGHT_POINT, NORVALA_REDUCE}, 1);
 
   const int width = std::min(36, photo.width());
   const int height = std::min(36, photo.height());
@@ -100,9 +98,9 @@ void ShowResize(Sheet& sheet) {
                        std::min(photo.height() * 2 / 3, photo.height() - height), width, height};
   ShowAll(sheet, "resize_enlarged", "A detail enlarged 8 times: Nearest, Linear, Cubic, EightPoint",
           "Norvala_Resize(..., {x, y, 36, 36}, ..., 8.0, 8.0, 1 | 2 | 4 | 16)", photo, detail, 8.0,
-          {kNearest, kLinear, kCubic, kEightPoint}, 1);
+          {NORVALA_NEAREST, NORVALA_LINEAR, NORVALA_CUBIC, NORVALA_EIGHT_POINT}, 1);
 
-  const Resized stretched = Resize(sheet, photo, all, 1.3, std::max(0.5, 1.0 / photo.height()), kCubic);
+  const Resized stretched = Resize(sheet, photo, all, 1.3, std::max(0.5, 1.0 / photo.height()), NORVALA_CUBIC);
   sheet.Show("resize_stretched", "A factor of its own in each direction: 1.3 across, 0.5 down",
              "Norvala_Resize(..., 1.3, 0.5, 4)", stretched.milliseconds, stretched.picture);
 }

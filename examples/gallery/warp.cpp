@@ -9,10 +9,6 @@
 namespace gallery {
 namespace {
 
-constexpr std::int32_t kNearest = 1;
-constexpr std::int32_t kLinear = 2;
-constexpr std::int32_t kCubic = 4;
-constexpr std::int32_t kSmoothEdge = INT32_MIN;
 constexpr BW8 kGround = 230;
 
 using Affine = std::array<double, 6>;
@@ -86,7 +82,7 @@ void ShowRotation(Sheet& sheet, const Warps& warps) {
   const Affine rotation = Rotation(kAngle, xShift, yShift);
   const double time = sheet.Run("Norvala_WarpAffine_BW8", [&] {
     return warps.affine(grey.data(), grey.width(), grey.height(), grey.step(), &whole, turned.data(), turned.step(),
-                        &to, rotation.data(), kLinear | kSmoothEdge);
+                        &to, rotation.data(), NORVALA_LINEAR | NORVALA_SMOOTH_EDGES);
   });
   sheet.Show("rotation", "Turned by 25 degrees about its centre: the picture is exactly as large as the bound says",
              "Norvala_GetRotateShift, Norvala_GetRotateBound, Norvala_WarpAffine_BW8(..., linear with smooth edge)",
@@ -105,7 +101,7 @@ void ShowInterpolations(Sheet& sheet, const Warps& warps) {
   sheet.Run("Norvala_GetAffineBound", [&] { return warps.affineBound(&whole, bound, zoom.data()); });
   std::vector<Picture> pictures;
   double time = 0;
-  for (const std::int32_t kernel : {kNearest, kLinear, kCubic}) {
+  for (const std::int32_t kernel : {NORVALA_NEAREST, NORVALA_LINEAR, NORVALA_CUBIC}) {
     Plane<BW8> large = MakeGround(sheet.library(), kSide, kSide);
     const Rect to = WholeOf(large);
     time += sheet.Run("Norvala_WarpAffine_BW8", [&] {
@@ -139,13 +135,13 @@ void ShowSmoothEdge(Sheet& sheet, const Warps& warps) {
   const Quad corners = CornersOf(whole);
   std::vector<Picture> pictures;
   double time = 0;
-  for (const std::int32_t kernel : {kNearest, kNearest | kSmoothEdge}) {
+  for (const std::int32_t edges : {0, static_cast<std::int32_t>(NORVALA_SMOOTH_EDGES)}) {
     Plane<BW8> turned = MakeGround(sheet.library(), kSide, kSide);
     const Rect to = WholeOf(turned);
     time = sheet.Run("Norvala_WarpAffine_BW8", [&] {
       const Affine rotation = Rotation(17, xShift + margin, yShift + margin);
       return warps.affine(square.data(), kSquare, kSquare, square.step(), &whole, turned.data(), turned.step(), &to,
-                          rotation.data(), kernel);
+                          rotation.data(), NORVALA_NEAREST | edges);
     });
     pictures.push_back(Magnify(ToPicture(turned), 10));
   }
@@ -153,7 +149,7 @@ void ShowSmoothEdge(Sheet& sheet, const Warps& warps) {
   Plane<BW8> turned = MakeGround(sheet.library(), kSide, kSide);
   const Rect to = WholeOf(turned);
   warps.affineQuad(square.data(), kSquare, kSquare, square.step(), &whole, corners.data(), turned.data(), turned.step(),
-                   &to, quad.data(), kNearest | kSmoothEdge);
+                   &to, quad.data(), NORVALA_NEAREST | NORVALA_SMOOTH_EDGES);
   pictures.push_back(Magnify(ToPicture(turned), 10));
   sheet.Show("smooth_edge",
              "A square turned by 17 degrees, magnified: plain, with smooth edges, and the same from corners to corners",
@@ -172,7 +168,7 @@ void ShowPerspective(Sheet& sheet, const Warps& warps) {
   Plane<BW8> wall = MakeGround(sheet.library(), grey.width(), grey.height());
   const double there = sheet.Run("Norvala_WarpPerspectiveQuad", [&] {
     return warps.perspectiveQuad(grey.data(), grey.width(), grey.height(), grey.step(), &whole, page.data(),
-                                 wall.data(), wall.step(), &whole, onWall.data(), kCubic);
+                                 wall.data(), wall.step(), &whole, onWall.data(), NORVALA_CUBIC);
   });
   sheet.Show("perspective", "A page on a wall, seen from the side",
              "Norvala_WarpPerspectiveQuad(page corners, wall corners, cubic)", there, ToPicture(wall));
@@ -180,7 +176,7 @@ void ShowPerspective(Sheet& sheet, const Warps& warps) {
   Plane<BW8> back = MakeGround(sheet.library(), grey.width(), grey.height());
   const double time = sheet.Run("Norvala_WarpPerspectiveQuad", [&] {
     return warps.perspectiveQuad(wall.data(), wall.width(), wall.height(), wall.step(), &whole, onWall.data(),
-                                 back.data(), back.step(), &whole, page.data(), kCubic);
+                                 back.data(), back.step(), &whole, page.data(), NORVALA_CUBIC);
   });
   sheet.Show("perspective_back", "And taken off it again: the corners exchanged",
              "Norvala_WarpPerspectiveQuad(wall corners, page corners, cubic)", time, ToPicture(back));
@@ -199,7 +195,7 @@ void ShowFloat(Sheet& sheet, const Warps& warps) {
   const Affine shear = {0.75, 0.25, 0, 0, 0.75, 0.1 * h};
   const double time = sheet.Run("Norvala_WarpAffine_FLOAT32", [&] {
     return warps.affineFloat(light.data(), light.width(), light.height(), light.step(), &whole, sheared.data(),
-                             sheared.step(), &whole, shear.data(), kCubic);
+                             sheared.step(), &whole, shear.data(), NORVALA_CUBIC);
   });
   Picture picture(grey.width(), grey.height(), 1);
   for (int y = 0; y < grey.height(); ++y) {
