@@ -28,7 +28,7 @@ class Error : public std::runtime_error {
 };
 
 /** Throws Error where the result of a function is not 0. */
-inline void Check(std::int32_t result, const char* function) {
+inline void Check(int32_t result, const char* function) {
   if (result != 0) throw Error(function);
 }
 
@@ -36,18 +36,18 @@ inline void Check(std::int32_t result, const char* function) {
 template <class T>
 struct View {
   T* data = nullptr;
-  std::int32_t step = 0;
-  std::int32_t width = 0;
-  std::int32_t height = 0;
+  int32_t step = 0;
+  int32_t width = 0;
+  int32_t height = 0;
 
   View() = default;
-  View(T* pixels, std::int32_t stepInBytes, std::int32_t columns, std::int32_t rows)
+  View(T* pixels, int32_t stepInBytes, int32_t columns, int32_t rows)
       : data(pixels), step(stepInBytes), width(columns), height(rows) {}
   /** A view that writes is one that reads, too. */
   template <class U, class = std::enable_if_t<std::is_same_v<const U, T>>>
   View(const View<U>& other) : View(other.data, other.step, other.width, other.height) {}
 
-  T* Row(std::int32_t y) const {
+  T* Row(int32_t y) const {
     using Byte = std::conditional_t<std::is_const_v<T>, const char, char>;
     return reinterpret_cast<T*>(reinterpret_cast<Byte*>(data) + static_cast<std::ptrdiff_t>(y) * step);
   }
@@ -66,19 +66,19 @@ struct View {
 template <class T>
 class Image {
  public:
-  Image(std::int32_t width, std::int32_t height) : view_(nullptr, 0, width, height) {
-    constexpr std::int32_t kBytes = sizeof(T);
+  Image(int32_t width, int32_t height) : view_(nullptr, 0, width, height) {
+    constexpr int32_t kBytes = sizeof(T);
     if (width > INT32_MAX / kBytes) throw std::bad_alloc();
     pixels_.reset(Norvala_2DMallocBW8(width * kBytes, height, &view_.step));
     if (pixels_ == nullptr) throw std::bad_alloc();
     view_.data = reinterpret_cast<T*>(pixels_.get());
   }
 
-  std::int32_t width() const { return view_.width; }
-  std::int32_t height() const { return view_.height; }
-  std::int32_t step() const { return view_.step; }
-  T* Row(std::int32_t y) { return view_.Row(y); }
-  const T* Row(std::int32_t y) const { return view_.Row(y); }
+  int32_t width() const { return view_.width; }
+  int32_t height() const { return view_.height; }
+  int32_t step() const { return view_.step; }
+  T* Row(int32_t y) { return view_.Row(y); }
+  const T* Row(int32_t y) const { return view_.Row(y); }
   View<T> Part(const NorvalaRect& part) { return view_.Part(part); }
   View<const T> Part(const NorvalaRect& part) const { return view_.Part(part); }
   operator View<T>() { return view_; }
@@ -92,15 +92,14 @@ class Image {
   View<T> view_;
 };
 
+/** The taps of a kernel. */
+template <class T>
+using Kernel = std::vector<T>;
+
 namespace detail {
 
 inline void Require(bool fits, const char* function) {
   if (!fits) throw std::invalid_argument(function);
-}
-
-template <class T>
-std::int32_t Size(const std::vector<T>& taps) {
-  return static_cast<std::int32_t>(taps.size());
 }
 
 /** Calls a function of a source and a destination of equal size. */
@@ -108,6 +107,12 @@ template <class Function, class S, class D, class... Rest>
 void Map(const char* name, Function function, View<S> src, View<D> dst, Rest... rest) {
   Require(src.width == dst.width && src.height == dst.height, name);
   Check(function(src.data, src.step, dst.data, dst.step, dst.width, dst.height, rest...), name);
+}
+
+/** Calls a filter along rows or columns. */
+template <class Function, class S, class D, class T, class... Rest>
+void Filter(const char* name, Function function, View<S> src, View<D> dst, const Kernel<T>& kernel, Rest... rest) {
+  Map(name, function, src, dst, kernel.data(), static_cast<int32_t>(kernel.size()), rest...);
 }
 
 /** Calls a function of two sources and a destination of equal size. */
@@ -134,10 +139,28 @@ void Border(const char* name, Function function, View<T> outer, const NorvalaRec
 
 /** Calls a warp of the whole source into the whole destination. */
 template <class Function, class S, class D>
-void Warp(const char* name, Function function, View<S> src, View<D> dst, std::int32_t interpolation,
-          const double* map) {
+void Warp(const char* name, Function function, View<S> src, View<D> dst, int32_t interpolation, const double* map) {
   const NorvalaRect from = src.Whole(), to = dst.Whole();
   Check(function(src.data, src.width, src.height, src.step, &from, dst.data, dst.step, &to, map, interpolation), name);
+}
+
+template <class Function>
+void WarpQuad(const char* name, Function function, View<const BW8> src, const double* srcQuad, View<BW8> dst,
+              const double* dstQuad, int32_t interpolation) {
+  const NorvalaRect from = src.Whole(), to = dst.Whole();
+  Check(function(src.data, src.width, src.height, src.step, &from, srcQuad, dst.data, dst.step, &to, dstQuad,
+                 interpolation),
+        name);
+}
+
+/** Calls a reduction by half, with its work buffer. */
+template <class Function, class S, class D>
+void Halve(const char* name, Function function, View<S> src, View<D> dst) {
+  int32_t bytes = 0;
+  Require(src.width / 2 + src.width % 2 == dst.width && src.height / 2 + src.height % 2 == dst.height, name);
+  Check(Norvala_PyrDownGetBufSizeGauss5x5BW8(src.width, 1, &bytes), "Norvala_PyrDownGetBufSizeGauss5x5BW8");
+  std::vector<BW8> buffer(static_cast<std::size_t>(bytes));
+  Check(function(src.data, src.step, dst.data, dst.step, src.width, src.height, buffer.data()), name);
 }
 
 }  // namespace detail
@@ -163,10 +186,10 @@ inline void ReplicateBorder(View<BW16> outer, const NorvalaRect& inner) {
 inline void ReplicateBorder(View<FLOAT32> outer, const NorvalaRect& inner) {
   detail::Border("Norvala_CopyReplicateBorderFLOAT32", Norvala_CopyReplicateBorderFLOAT32, outer, inner);
 }
-inline void Convert(View<const FLOAT32> src, View<BW8> dst, std::int32_t rounding) {
+inline void Convert(View<const FLOAT32> src, View<BW8> dst, int32_t rounding) {
   detail::Map("Norvala_ConvertFLOAT32toBW8", Norvala_ConvertFLOAT32toBW8, src, dst, rounding);
 }
-inline void Convert(View<const FLOAT32> src, View<BW16> dst, std::int32_t rounding) {
+inline void Convert(View<const FLOAT32> src, View<BW16> dst, int32_t rounding) {
   detail::Map("Norvala_ConvertFLOAT32toBW16", Norvala_ConvertFLOAT32toBW16, src, dst, rounding);
 }
 inline void Convert(View<const BW8> src, View<FLOAT32> dst) {
@@ -193,13 +216,13 @@ inline void Or(View<const BW32> src1, View<const BW32> src2, View<BW32> dst) {
 inline void And(BW16 constant, View<BW16> image) {
   detail::WithConstant("Norvala_AndCBW16", Norvala_AndCBW16, constant, image);
 }
-inline void ShiftRight(std::uint32_t count, View<BW16> image) {
+inline void ShiftRight(uint32_t count, View<BW16> image) {
   detail::WithConstant("Norvala_RShiftCBW16", Norvala_RShiftCBW16, count, image);
 }
-inline void ShiftRight(std::uint32_t count, View<BW32> image) {
+inline void ShiftRight(uint32_t count, View<BW32> image) {
   detail::WithConstant("Norvala_RShiftCBW32", Norvala_RShiftCBW32, count, image);
 }
-inline void ShiftLeft(std::uint32_t count, View<BW32> image) {
+inline void ShiftLeft(uint32_t count, View<BW32> image) {
   detail::WithConstant("Norvala_LShiftCBW32", Norvala_LShiftCBW32, count, image);
 }
 inline void Divide(FLOAT32 divisor, View<FLOAT32> image) {
@@ -220,7 +243,7 @@ inline double Mean(View<const FLOAT32> src) {
 }
 struct Maximum {
   BW8 value;
-  std::int32_t column, row;
+  int32_t column, row;
 };
 inline Maximum FindMaximum(View<const BW8> src) {
   Maximum found = {};
@@ -237,80 +260,59 @@ inline void RGBToGray(View<const BW8> src, View<BW8> dst) {
 
 // ---- Filters: the memory around `src` holds the pixels that they reach ----
 
-inline void FilterRow(View<const BW8> src, View<BW8> dst, const std::vector<std::int32_t>& kernel, std::int32_t anchor,
-                      std::int32_t divisor) {
-  detail::Map("Norvala_FilterRowBW8", Norvala_FilterRowBW8, src, dst, kernel.data(), detail::Size(kernel), anchor,
-              divisor);
+inline void FilterRow(View<const BW8> src, View<BW8> dst, const Kernel<int32_t>& kernel, int32_t anchor,
+                      int32_t divisor) {
+  detail::Filter("Norvala_FilterRowBW8", Norvala_FilterRowBW8, src, dst, kernel, anchor, divisor);
 }
-inline void FilterRow(View<const BW16> src, View<BW16> dst, const std::vector<std::int32_t>& kernel,
-                      std::int32_t anchor, std::int32_t divisor) {
-  detail::Map("Norvala_FilterRowBW16", Norvala_FilterRowBW16, src, dst, kernel.data(), detail::Size(kernel), anchor,
-              divisor);
+inline void FilterRow(View<const BW16> src, View<BW16> dst, const Kernel<int32_t>& kernel, int32_t anchor,
+                      int32_t divisor) {
+  detail::Filter("Norvala_FilterRowBW16", Norvala_FilterRowBW16, src, dst, kernel, anchor, divisor);
 }
-inline void FilterRow(View<const BW16> src, View<BW16> dst, const std::vector<FLOAT32>& kernel, std::int32_t anchor) {
-  detail::Map("Norvala_FilterRow32fBW16", Norvala_FilterRow32fBW16, src, dst, kernel.data(), detail::Size(kernel),
-              anchor);
+inline void FilterRow(View<const BW16> src, View<BW16> dst, const Kernel<FLOAT32>& kernel, int32_t anchor) {
+  detail::Filter("Norvala_FilterRow32fBW16", Norvala_FilterRow32fBW16, src, dst, kernel, anchor);
 }
-inline void FilterRow(View<const FLOAT32> src, View<FLOAT32> dst, const std::vector<FLOAT32>& kernel,
-                      std::int32_t anchor) {
-  detail::Map("Norvala_FilterRowFLOAT32", Norvala_FilterRowFLOAT32, src, dst, kernel.data(), detail::Size(kernel),
-              anchor);
+inline void FilterRow(View<const FLOAT32> src, View<FLOAT32> dst, const Kernel<FLOAT32>& kernel, int32_t anchor) {
+  detail::Filter("Norvala_FilterRowFLOAT32", Norvala_FilterRowFLOAT32, src, dst, kernel, anchor);
 }
-inline void FilterColumn(View<const BW8> src, View<BW8> dst, const std::vector<std::int32_t>& kernel,
-                         std::int32_t anchor, std::int32_t divisor) {
-  detail::Map("Norvala_FilterColumnBW8", Norvala_FilterColumnBW8, src, dst, kernel.data(), detail::Size(kernel), anchor,
-              divisor);
+inline void FilterColumn(View<const BW8> src, View<BW8> dst, const Kernel<int32_t>& kernel, int32_t anchor,
+                         int32_t divisor) {
+  detail::Filter("Norvala_FilterColumnBW8", Norvala_FilterColumnBW8, src, dst, kernel, anchor, divisor);
 }
-inline void FilterColumn(View<const BW16> src, View<BW16> dst, const std::vector<std::int32_t>& kernel,
-                         std::int32_t anchor, std::int32_t divisor) {
-  detail::Map("Norvala_FilterColumnBW16", Norvala_FilterColumnBW16, src, dst, kernel.data(), detail::Size(kernel),
-              anchor, divisor);
+inline void FilterColumn(View<const BW16> src, View<BW16> dst, const Kernel<int32_t>& kernel, int32_t anchor,
+                         int32_t divisor) {
+  detail::Filter("Norvala_FilterColumnBW16", Norvala_FilterColumnBW16, src, dst, kernel, anchor, divisor);
 }
-inline void FilterColumn(View<const BW16> src, View<BW16> dst, const std::vector<FLOAT32>& kernel,
-                         std::int32_t anchor) {
-  detail::Map("Norvala_FilterColumn32fBW16", Norvala_FilterColumn32fBW16, src, dst, kernel.data(), detail::Size(kernel),
-              anchor);
+inline void FilterColumn(View<const BW16> src, View<BW16> dst, const Kernel<FLOAT32>& kernel, int32_t anchor) {
+  detail::Filter("Norvala_FilterColumn32fBW16", Norvala_FilterColumn32fBW16, src, dst, kernel, anchor);
 }
-inline void FilterColumn(View<const FLOAT32> src, View<FLOAT32> dst, const std::vector<FLOAT32>& kernel,
-                         std::int32_t anchor) {
-  detail::Map("Norvala_FilterColumnFLOAT32", Norvala_FilterColumnFLOAT32, src, dst, kernel.data(), detail::Size(kernel),
-              anchor);
+inline void FilterColumn(View<const FLOAT32> src, View<FLOAT32> dst, const Kernel<FLOAT32>& kernel, int32_t anchor) {
+  detail::Filter("Norvala_FilterColumnFLOAT32", Norvala_FilterColumnFLOAT32, src, dst, kernel, anchor);
 }
-inline void FilterGauss(View<const BW8> src, View<BW8> dst, std::int32_t maskCode) {
+inline void FilterGauss(View<const BW8> src, View<BW8> dst, int32_t maskCode) {
   detail::Map("Norvala_FilterGauss", Norvala_FilterGauss, src, dst, maskCode);
 }
+
 // ---- Pyramids ----
 
 inline void PyrDown(View<const BW8> src, View<BW8> dst) {
-  std::int32_t bytes = 0;
-  detail::Require(src.width / 2 + src.width % 2 == dst.width && src.height / 2 + src.height % 2 == dst.height,
-                  "Norvala_PyrDownGauss5x5BW8");
-  Check(Norvala_PyrDownGetBufSizeGauss5x5BW8(src.width, 1, &bytes), "Norvala_PyrDownGetBufSizeGauss5x5BW8");
-  std::vector<BW8> buffer(static_cast<std::size_t>(bytes));
-  Check(Norvala_PyrDownGauss5x5BW8(src.data, src.step, dst.data, dst.step, src.width, src.height, buffer.data()),
-        "Norvala_PyrDownGauss5x5BW8");
+  detail::Halve("Norvala_PyrDownGauss5x5BW8", Norvala_PyrDownGauss5x5BW8, src, dst);
 }
 inline void PyrDown(View<const FLOAT32> src, View<FLOAT32> dst) {
-  std::int32_t bytes = 0;
-  detail::Require(src.width / 2 + src.width % 2 == dst.width && src.height / 2 + src.height % 2 == dst.height,
-                  "Norvala_PyrDownGauss5x5FLOAT32");
-  Check(Norvala_PyrDownGetBufSizeGauss5x5BW8(src.width, 1, &bytes), "Norvala_PyrDownGetBufSizeGauss5x5BW8");
-  std::vector<BW8> buffer(static_cast<std::size_t>(bytes));
-  Check(Norvala_PyrDownGauss5x5FLOAT32(src.data, src.step, dst.data, dst.step, src.width, src.height, buffer.data()),
-        "Norvala_PyrDownGauss5x5FLOAT32");
+  detail::Halve("Norvala_PyrDownGauss5x5FLOAT32", Norvala_PyrDownGauss5x5FLOAT32, src, dst);
 }
+
 /** The state of a pyramid layer: a rate, a kernel and work memory for images up to a size. */
 class Layer {
  public:
-  Layer(std::int32_t width, std::int32_t height, FLOAT32 rate, const std::vector<std::int16_t>& kernel) : rate_(rate) {
+  Layer(int32_t width, int32_t height, FLOAT32 rate, const Kernel<int16_t>& kernel) : rate_(rate) {
     PyramidLayerState* state = nullptr;
-    const std::int32_t result = Norvala_PyramidLayerDownInitAllocBW8(&state, width, height, rate, kernel.data(),
-                                                                     detail::Size(kernel), NORVALA_LAYER_MODE);
+    const int32_t result = Norvala_PyramidLayerDownInitAllocBW8(
+        &state, width, height, rate, kernel.data(), static_cast<int32_t>(kernel.size()), NORVALA_LAYER_MODE);
     state_.reset(state);
     Check(result, "Norvala_PyramidLayerDownInitAllocBW8");
   }
   /** What a width or height reduces to. */
-  std::int32_t Reduced(std::int32_t size) const { return NorvalaLayerSize(size, rate_); }
+  int32_t Reduced(int32_t size) const { return NorvalaLayerSize(size, rate_); }
   void Reduce(View<const BW8> src, View<BW8> dst) {
     Check(Norvala_PyramidLayerDownBW8(src.data, src.step, src.width, src.height, dst.data, dst.step, dst.width,
                                       dst.height, state_.get()),
@@ -338,26 +340,21 @@ using Coefficients = std::array<double, 6>;  ///< of an affine map
 using Quad = std::array<double, 8>;          ///< the points of a quadrilateral
 using Bound = std::array<double, 4>;         ///< least x, least y, greatest x, greatest y
 
-inline void WarpAffine(View<const BW8> src, View<BW8> dst, const Coefficients& map, std::int32_t interpolation) {
+inline void WarpAffine(View<const BW8> src, View<BW8> dst, const Coefficients& map, int32_t interpolation) {
   detail::Warp("Norvala_WarpAffine_BW8", Norvala_WarpAffine_BW8, src, dst, interpolation, map.data());
 }
-inline void WarpAffine(View<const FLOAT32> src, View<FLOAT32> dst, const Coefficients& map,
-                       std::int32_t interpolation) {
+inline void WarpAffine(View<const FLOAT32> src, View<FLOAT32> dst, const Coefficients& map, int32_t interpolation) {
   detail::Warp("Norvala_WarpAffine_FLOAT32", Norvala_WarpAffine_FLOAT32, src, dst, interpolation, map.data());
 }
 inline void WarpAffineQuad(View<const BW8> src, const Quad& srcQuad, View<BW8> dst, const Quad& dstQuad,
-                           std::int32_t interpolation) {
-  const NorvalaRect from = src.Whole(), to = dst.Whole();
-  Check(Norvala_WarpAffineQuad(src.data, src.width, src.height, src.step, &from, srcQuad.data(), dst.data, dst.step,
-                               &to, dstQuad.data(), interpolation),
-        "Norvala_WarpAffineQuad");
+                           int32_t interpolation) {
+  detail::WarpQuad("Norvala_WarpAffineQuad", Norvala_WarpAffineQuad, src, srcQuad.data(), dst, dstQuad.data(),
+                   interpolation);
 }
 inline void WarpPerspectiveQuad(View<const BW8> src, const Quad& srcQuad, View<BW8> dst, const Quad& dstQuad,
-                                std::int32_t interpolation) {
-  const NorvalaRect from = src.Whole(), to = dst.Whole();
-  Check(Norvala_WarpPerspectiveQuad(src.data, src.width, src.height, src.step, &from, srcQuad.data(), dst.data,
-                                    dst.step, &to, dstQuad.data(), interpolation),
-        "Norvala_WarpPerspectiveQuad");
+                                int32_t interpolation) {
+  detail::WarpQuad("Norvala_WarpPerspectiveQuad", Norvala_WarpPerspectiveQuad, src, srcQuad.data(), dst, dstQuad.data(),
+                   interpolation);
 }
 inline Quad RotateQuad(const NorvalaRect& region, double angle, double xShift, double yShift) {
   Quad quad;
@@ -380,8 +377,7 @@ inline std::array<double, 2> RotateShift(double xCentre, double yCentre, double 
   Check(Norvala_GetRotateShift(xCentre, yCentre, angle, &shift[0], &shift[1]), "Norvala_GetRotateShift");
   return shift;
 }
-inline void Resize(View<const FLOAT32> src, View<FLOAT32> dst, double xFactor, double yFactor,
-                   std::int32_t interpolation) {
+inline void Resize(View<const FLOAT32> src, View<FLOAT32> dst, double xFactor, double yFactor, int32_t interpolation) {
   const NorvalaRect whole = src.Whole();
   Check(Norvala_Resize(src.data, src.width, src.height, src.step, &whole, dst.data, dst.step, dst.width, dst.height,
                        xFactor, yFactor, interpolation),
@@ -400,6 +396,7 @@ inline void DistanceTransform(View<const BW8> src, View<FLOAT32> dst, const std:
   detail::Map("Norvala_DistanceTransform3x3_BW8ToFLOAT32", Norvala_DistanceTransform3x3_BW8ToFLOAT32, src, dst,
               metrics.data());
 }
+
 }  // namespace norvala
 
 #endif
