@@ -9,9 +9,9 @@ namespace {
 constexpr int kRows = 4;
 constexpr std::int32_t kListLength = 128;
 
-// How far ahead of a source pixel lies what the next rows of the destination need first: their source rows come from
-// memory in no order that a processor foresees when the source is turned.
-std::ptrdiff_t BytesAhead(const SourceImage& source, Position rowStep, PixelDepthCode depth) {
+// From a source pixel to the first one of its neighbourhood that the next rows of the destination will sample: when the
+// source is turned, its lines come from memory in no order that the processor's own prefetching recognises.
+std::ptrdiff_t PrefetchOffset(const SourceImage& source, Position rowStep, PixelDepthCode depth) {
   constexpr double kReach = 3;  // of the largest kernel
   const auto pixelsAhead = [&](double step) {
     const double way = kRows * step + (step > 0 ? kReach : -kReach);
@@ -25,12 +25,12 @@ std::ptrdiff_t BytesAhead(const SourceImage& source, Position rowStep, PixelDept
 
 void WarpRowsAffine(const SourceImage& image, const AffineCoefficients& inverse, const RowSpans& spans,
                     PixelDepthCode depth, Interpolation kernel, void* dst, std::int32_t dstStep) {
-  Sampler* const sample = SelectSampler(depth, kernel);
   const Position pixelStep = {inverse.c00, inverse.c10};
   const Position rowStep = {inverse.c01, inverse.c11};
   const double firstRow = spans.firstRow();
   SourceImage source = image;
-  source.ahead = BytesAhead(image, rowStep, depth);
+  source.prefetchOffset = PrefetchOffset(image, rowStep, depth);
+  Sampler sample(source, depth, kernel);
   Position base = {inverse.c01 * firstRow + inverse.c02, inverse.c11 * firstRow + inverse.c12};
 
   for (std::int32_t y = 0; y < spans.rows(); y += kRows) {
@@ -58,7 +58,7 @@ void WarpRowsAffine(const SourceImage& image, const AffineCoefficients& inverse,
       for (int r = 0; r < kRows; ++r) {
         if (left[r] <= 0) continue;
         const auto count = static_cast<std::int32_t>(std::min<std::int64_t>(left[r], length));
-        sample(source, lists[r], count, Course::Monotone, out[r]);
+        sample(lists[r], count, kMonotone, out[r]);
         left[r] -= count;
         out[r] += count * PixelBytes(depth);
       }

@@ -57,8 +57,8 @@ Projection Product(const Projection& a, const Projection& b) {
 }
 
 // Samples the runs of positions inside the region; the pixels of the others keep their values.
-void SampleInside(Sampler* sample, const SourceImage& source, const Box& region, const Position* positions,
-                  std::int32_t count, char* dst, std::ptrdiff_t pixelBytes) {
+void SampleInside(Sampler& sample, const Box& region, const Position* positions, std::int32_t count, char* dst,
+                  std::ptrdiff_t pixelBytes) {
   const auto isInside = [&](std::int32_t k) { return Contains(region, {positions[k][0], positions[k][1]}); };
   for (std::int32_t begin = 0; begin < count;) {
     if (!isInside(begin)) {
@@ -67,7 +67,7 @@ void SampleInside(Sampler* sample, const SourceImage& source, const Box& region,
     }
     std::int32_t end = begin + 1;
     while (end < count && isInside(end)) ++end;
-    sample(source, positions + begin, end - begin, Course::Free, dst + begin * pixelBytes);
+    sample(positions + begin, end - begin, kAnyOrder, dst + begin * pixelBytes);
     begin = end;
   }
 }
@@ -76,7 +76,7 @@ void SampleInside(Sampler* sample, const SourceImage& source, const Box& region,
 void WarpRowsPerspective(const SourceImage& source, const Projection& inverse, const RowSpans& spans, const Box* limit,
                          PixelDepthCode depth, Interpolation kernel, void* dst, std::int32_t dstStep) {
   constexpr std::int32_t kListLength = 256;
-  Sampler* const sample = SelectSampler(depth, kernel);
+  Sampler sample(source, depth, kernel);
   const auto& d = inverse.m;
   const double firstRow = spans.firstRow();
   const Position pixelStep = {d[0][0], d[1][0]};
@@ -96,9 +96,9 @@ void WarpRowsPerspective(const SourceImage& source, const Projection& inverse, c
       char* out =
           PixelAddress(dst, dstStep, depth, static_cast<std::ptrdiff_t>(first), std::ptrdiff_t{spans.firstRow()} + y);
       if (limit == nullptr) {
-        sample(source, positions, count, Course::Free, out);
+        sample(positions, count, kAnyOrder, out);
       } else {
-        SampleInside(sample, source, *limit, positions, count, out, PixelBytes(depth));
+        SampleInside(sample, *limit, positions, count, out, PixelBytes(depth));
       }
     }
     base += rowStep;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 
 #include "frame/lanes.h"
 #include "frame/memory.h"
@@ -25,22 +26,39 @@ struct SourceImage {
   const void* pixels;
   std::ptrdiff_t step;
   RegionSize size;
-  std::ptrdiff_t ahead = 0;  // from a pixel that is wanted to one that will be wanted soon, in bytes; a hint
+  // From a sampled pixel to one that will be sampled soon, in bytes: its cache line is prefetched.
+  std::ptrdiff_t prefetchOffset = 0;
 };
 
 // A source position, x in lane 0 and y in lane 1.
 using Position = F64x2;
 
-// How the source positions of successive destination pixels run.
-enum class Course {
-  Monotone,  // x and y each never turn back: what lies between two positions inside the image lies inside too
-  Free
+// How far a position of a list may lie outside the box between the first and the last one: not at all where x and y
+// each are monotone, anywhere where nothing is known of their order.
+inline constexpr double kMonotone = 0;
+inline constexpr double kAnyOrder = std::numeric_limits<double>::infinity();
+
+// What a warp learns of its source while it samples.
+struct SamplingHistory {
+  std::int32_t runsInDoubles = 0;  // so many of the next runs are better computed in doubles from the start
 };
 
-// Samples `count` source positions into successive destination pixels. Positions outside the image are limited to it.
-using Sampler = void(const SourceImage& source, const Position* positions, std::int32_t count, Course course,
-                     void* dst);
+// Samples source positions into successive destination pixels. Positions outside the image are limited to it.
+class Sampler {
+ public:
+  Sampler(const SourceImage& source, PixelDepthCode depth, Interpolation kernel);
 
-Sampler* SelectSampler(PixelDepthCode depth, Interpolation kernel);
+  void operator()(const Position* positions, std::int32_t count, double slack, void* dst) {
+    sample_(source_, history_, positions, count, slack, dst);
+  }
+
+ private:
+  using Function = void(const SourceImage& source, SamplingHistory& history, const Position* positions,
+                        std::int32_t count, double slack, void* dst);
+
+  SourceImage source_;
+  SamplingHistory history_;
+  Function* sample_;
+};
 
 }  // namespace norvala
