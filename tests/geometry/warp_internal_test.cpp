@@ -1,12 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
 #include <vector>
 
 #include "geometry/geometry.h"
+#include "geometry/warp/linear_run.h"
 #include "geometry/warp/polygon.h"
+#include "geometry/warp/projected_row.h"
 #include "geometry/warp/row_spans.h"
 #include "geometry/warp/sample_pixel.h"
 #include "support/failing_heap.h"
@@ -266,6 +269,129 @@ TYPED_TEST(SamplingTest, FastEqualsPlain) {
       ASSERT_EQ(fast.Bytes(), plain.Bytes()) << side << " round " << round;
     }
   }
+}
+
+// One sampler over lists of positions of which most, some or none lie on ties, so that it goes to doubles and back, and
+// a hair before pixels where the slopes on both sides differ most, which is where single precision is furthest off.
+TEST(LinearRunTest, DoubtfulSumsEqualPlain) {
+  Random random(2);
+  const auto uniform = [&](double low, double high) {
+    return std::uniform_real_distribution<double>(low, high)(random);
+  };
+  for (int round = 0; round < 20; ++round) {
+    Image<BW8> src(100, 50);
+    src.Fill([&] { return static_cast<BW8>(round % 2 != 0 ? random() % 256 : random() % 2 * 255); });
+    const SourceImage source = {src.data(), src.step(), {src.width(), src.height()}};
+    Sampler sample(source, PixelDepthCode::Unsigned8, Interpolation::Linear);
+    for (int list = 0; list < 100; ++list) {
+      const int kind = RandomInt(random, 0, 4);
+      const auto coordinate = [&](int size) {
+        const double whole = RandomInt(random, 2, size - 3);
+        const double near[] = {whole + 0.5, whole - uniform(0, 1e-7), whole + RandomInt(random, 0, 255) / 510.0};
+        const bool isTie = kind != 0 && (kind != 1 || random() % 32 == 0);
+        return isTie ? near[std::max(kind - 2, 0)] + (kind == 4 ? uniform(-1e-6, 1e-6) : 0) : uniform(1, size - 2);
+      };
+      constexpr int kCount = 160;
+      Position positions[kCount];
+      for (Position& p : positions) p = Position{coordinate(src.width()), coordinate(src.height())};
+      BW8 fast[kCount];
+      BW8 plain[kCount];
+      sample(positions, kCount, kAnyOrder, fast);
+      for (int k = 0; k < kCount; ++k) SampleLinear<BW8>(source, positions[k][0], positions[k][1], plain + k);
+      ASSERT_TRUE(std::equal(fast, fast + kCount, plain)) << "round " << round << " list " << list;
+    }
+  }
+}
+
+// Both sides of the longest side that coordinates in single precision reach.
+TEST(LinearRunTest, LongImagesEqualPlain) {
+  Random random(3);
+  for (const int longest : {(1 << 19) - 1, 1 << 19, (1 << 19) + 1, (1 << 19) + 100}) {
+    EXPECT_EQ(LinearInSingles::Serves({longest, 2}), longest <= 1 << 19);
+    EXPECT_EQ(LinearInSingles::Serves({2, longest}), longest <= 1 << 19);
+    std::vector<BW8> pixels(2 * std::size_t(longest));
+    for (BW8& pixel : pixels) pixel = static_cast<BW8>(random());
+    for (const bool isWide : {true, false}) {
+      const SourceImage source = {pixels.data(), isWide ? longest : 2, {isWide ? longest : 2, isWide ? 2 : longest}};
+      constexpr int kCount = 64;
+      Position positions[kCount];
+      for (int k = 0; k < kCount; ++k) {
+        const double far = longest - 1.5 - (kCount - 1 - k) * 0.7;
+        const double near = k / 126.0;
+        positions[k] = isWide ? Position{far, near} : Position{near, far};
+      }
+      BW8 fast[kCount];
+      BW8 plain[kCount];
+      Sampler(source, PixelDepthCode::Unsigned8, Interpolation::Linear)(positions, kCount, kMonotone, fast);
+      for (int k = 0; k < kCount; ++k) SampleLinear<BW8>(source, positions[k][0], positions[k][1], plain + k);
+      ASSERT_TRUE(std::equal(fast, fast + kCount, plain)) << longest << isWide;
+    }
+  }
+}
+
+// Just inside and just outside each of its conditions.
+TEST(ProjectedRowTest, SlackHasConditions) {
+  constexpr double kFew = 0x1p-10;
+  const struct {
+    ProjectedRow row;
+    double slack;
+  } cases[] = {
+      {{{1, 1}, {0, 0}, 0, 1}, kFew},
+      {{{1, 1}, {0, 0}, 0, -1}, kFew},
+      {{{1, 1}, {0, 0}, 0, 0}, kAnyOrder},
+      {{{1, 1}, {0, 0}, -0.01, 1.5}, kFew},  // the denominator falls to 0.5 at the last pixel
+      {{{1, 1}, {0, 0}, -0.01, 0.5}, kAnyOrder},
+      {{{1, 1}, {0, 0}, -1, 100 + 200.0 / 254.5}, kFew},
+      {{{1, 1}, {0, 0}, -1, 100 + 200.0 / 255.5}, kAnyOrder},
+      {{{0x1p32, 0}, {0x1p39 - 100 * 0x1p32, 0}, 0, 1}, kFew},
+      {{{0x1p32, 0}, {0x1p39 - 99 * 0x1p32, 0}, 0, 1}, kAnyOrder},
+      {{{0, -0x1p32}, {0, 0x1p39 - 100 * 0x1p32}, 0, 1}, kFew},
+      {{{0, -0x1p32}, {0, 0x1p39 - 99 * 0x1p32}, 0, 1}, kAnyOrder},
+      {{{0, 0}, {0, 0}, 0, 1.001e-200}, kFew},
+      {{{0, 0}, {0, 0}, 0, 0.999e-200}, kAnyOrder},
+      {{{0, 0}, {0, 0}, 0, 0.999e200}, kFew},
+      {{{0, 0}, {0, 0}, 0, 1.001e200}, kAnyOrder},
+      {{{kNaN, 0}, {0, 0}, 0, 1}, kAnyOrder},
+      {{{0, 0}, {0, kInfinity}, 0, 1}, kAnyOrder},
+      {{{0, 0}, {0, 0}, kNaN, 1}, kAnyOrder},
+      {{{0, 0}, {0, 0}, 1, kInfinity}, kAnyOrder},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.row.Slack(0, 100), c.slack) << &c - cases;
+}
+
+// Cancelling terms make the quotients jump about: by less than the slack, wherever there is one.
+TEST(ProjectedRowTest, SlackHolds) {
+  Random random(4);
+  const auto uniform = [&](double low, double high) {
+    return std::uniform_real_distribution<double>(low, high)(random);
+  };
+  int held = 0;
+  for (int round = 0; round < 20000; ++round) {
+    const double first = RandomInt(random, 0, 1) != 0 ? 0 : RandomInt(random, 0, INT32_MAX - 300);
+    const double last = first + RandomInt(random, 0, 255);
+    ProjectedRow row;
+    row.scaleStep = uniform(-1, 1);
+    row.scaleBase = -row.scaleStep * last + std::ldexp(uniform(-1, 1), RandomInt(random, -3, 30));
+    for (int i = 0; i < 2; ++i) {
+      row.step[i] = std::ldexp(uniform(-1, 1), RandomInt(random, 0, 30));
+      row.base[i] = -row.step[i] * (random() % 2 != 0 ? first : last) + uniform(0, 1000) * row.Scale(first);
+    }
+    const double slack = row.Slack(first, last);
+    const Position a = row.At(first);
+    const Position b = row.At(last);
+    if (slack == kAnyOrder || !(std::fabs(a[0]) < INT32_MAX && std::fabs(b[0]) < INT32_MAX) ||
+        !(std::fabs(a[1]) < INT32_MAX && std::fabs(b[1]) < INT32_MAX)) {
+      continue;
+    }
+    ++held;
+    for (double x = first; x <= last; ++x) {
+      for (int i = 0; i < 2; ++i) {
+        const double q = row.At(x)[i];
+        ASSERT_TRUE(q >= std::min(a[i], b[i]) - slack && q <= std::max(a[i], b[i]) + slack) << round;
+      }
+    }
+  }
+  EXPECT_GT(held, 1000);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "geometry/geometry.h"
+#include "geometry/warp/projected_row.h"
 #include "geometry/warp/quad_checks.h"
 #include "geometry/warp/row_spans.h"
 #include "geometry/warp/sample_pixel.h"
@@ -56,18 +57,22 @@ Projection Product(const Projection& a, const Projection& b) {
   return product;
 }
 
-// Samples the runs of positions inside the region; the pixels of the others keep their values.
-void SampleInside(Sampler& sample, const Box& region, const Position* positions, std::int32_t count, char* dst,
-                  std::ptrdiff_t pixelBytes) {
-  const auto isInside = [&](std::int32_t k) { return Contains(region, {positions[k][0], positions[k][1]}); };
+// Samples the positions inside the region; the pixels of the others keep their values.
+void SampleInside(Sampler& sample, const Box& region, const Position* positions, std::int32_t count, double slack,
+                  char* dst, std::ptrdiff_t pixelBytes) {
+  const auto isInside = [&](const Box& box, std::int32_t k) {
+    return Contains(box, {positions[k][0], positions[k][1]});
+  };
+  const Box core = {region.left + slack, region.top + slack, region.right - slack, region.bottom - slack};
+  if (isInside(core, 0) && isInside(core, count - 1)) return sample(positions, count, slack, dst);
   for (std::int32_t begin = 0; begin < count;) {
-    if (!isInside(begin)) {
+    if (!isInside(region, begin)) {
       ++begin;
       continue;
     }
     std::int32_t end = begin + 1;
-    while (end < count && isInside(end)) ++end;
-    sample(positions + begin, end - begin, kAnyOrder, dst + begin * pixelBytes);
+    while (end < count && isInside(region, end)) ++end;
+    sample(positions + begin, end - begin, slack, dst + begin * pixelBytes);
     begin = end;
   }
 }
@@ -79,30 +84,30 @@ void WarpRowsPerspective(const SourceImage& source, const Projection& inverse, c
   Sampler sample(source, depth, kernel);
   const auto& d = inverse.m;
   const double firstRow = spans.firstRow();
-  const Position pixelStep = {d[0][0], d[1][0]};
   const Position rowStep = {d[0][1], d[1][1]};
-  Position base = {d[0][1] * firstRow + d[0][2], d[1][1] * firstRow + d[1][2]};
-  double baseScale = d[2][1] * firstRow + d[2][2];
+  ProjectedRow row = {{d[0][0], d[1][0]},
+                      {d[0][1] * firstRow + d[0][2], d[1][1] * firstRow + d[1][2]},
+                      d[2][0],
+                      d[2][1] * firstRow + d[2][2]};
 
   for (std::int32_t y = 0; y < spans.rows(); ++y) {
     const RowSpan span = spans[y];
     for (std::int64_t first = span.first; first <= span.last; first += kListLength) {
       Position positions[kListLength];
       const auto count = static_cast<std::int32_t>(std::min<std::int64_t>(span.last - first + 1, kListLength));
-      double x = static_cast<double>(first);
-      for (std::int32_t k = 0; k < count; ++k, ++x) {
-        positions[k] = (pixelStep * x + base) / (d[2][0] * x + baseScale);
-      }
+      const auto x = static_cast<double>(first);
+      for (std::int32_t k = 0; k < count; ++k) positions[k] = row.At(x + k);
+      const double slack = row.Slack(x, x + count - 1);
       char* out =
           PixelAddress(dst, dstStep, depth, static_cast<std::ptrdiff_t>(first), std::ptrdiff_t{spans.firstRow()} + y);
       if (limit == nullptr) {
-        sample(positions, count, kAnyOrder, out);
+        sample(positions, count, slack, out);
       } else {
-        SampleInside(sample, *limit, positions, count, out, PixelBytes(depth));
+        SampleInside(sample, *limit, positions, count, slack, out, PixelBytes(depth));
       }
     }
-    base += rowStep;
-    baseScale += d[2][1];
+    row.base += rowStep;
+    row.scaleBase += d[2][1];
   }
 }
 
