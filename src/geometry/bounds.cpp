@@ -16,13 +16,13 @@ double ReduceAngle(double angle) {
   return reduced < 0 ? reduced + 360 : reduced;
 }
 
-struct Direction {
+struct CosineAndSine {
   double cosine;
   double sine;
 };
 
 // One place computes them, so that shift and quadrilateral agree to the last bit.
-Direction DirectionOf(double reducedAngle) {
+CosineAndSine CosineAndSineOf(double reducedAngle) {
   const double radians = reducedAngle / 180 * 3.141592653589793;
   return {std::cos(radians), std::sin(radians)};
 }
@@ -34,8 +34,8 @@ AffineCoefficients RotationCoefficients(double angle, double xShift, double yShi
   if (a == 90) return {0, 1, xShift, -1, 0, yShift};
   if (a == 180) return {-1, 0, xShift, 0, -1, yShift};
   if (a == 270) return {0, -1, xShift, 1, 0, yShift};
-  const Direction d = DirectionOf(a);
-  return {d.cosine, d.sine, xShift, -d.sine, d.cosine, yShift};
+  const CosineAndSine r = CosineAndSineOf(a);
+  return {r.cosine, r.sine, xShift, -r.sine, r.cosine, yShift};
 }
 
 }  // namespace
@@ -61,8 +61,8 @@ StatusCode GetRotateShift(double xCentre, double yCentre, double angle, double* 
   } else if (a == 270) {
     shift = {xCentre + yCentre, yCentre - xCentre};
   } else {
-    const Direction d = DirectionOf(a);
-    shift = {xCentre - xCentre * d.cosine - yCentre * d.sine, yCentre - yCentre * d.cosine + xCentre * d.sine};
+    const CosineAndSine r = CosineAndSineOf(a);
+    shift = {xCentre - xCentre * r.cosine - yCentre * r.sine, yCentre - yCentre * r.cosine + xCentre * r.sine};
   }
   StoreUnaligned(xShift, shift.x);
   StoreUnaligned(yShift, shift.y);
