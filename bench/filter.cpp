@@ -122,6 +122,7 @@ void AddFilterRows() {
   AddPipelineRow("FilterPipeline/taps:5/any-divisor", {2, 3, 5, 3, 2}, 15, 15);
   AddPipelineRow("FilterPipeline/taps:5/divided-once", {1, 4, 6, 4, 1}, 1, 256);
   AddPipelineRow("FilterPipeline/taps:5/32-bit-sums", {100, 400, 600, 400, 100}, 1600, 1600);
+  AddPipelineRow("FilterPipeline/taps:5/32-bit-sums/no-common-factor", {101, 400, 601, 400, 101}, 1603, 1603);
   AddGaussRows();
 }
 

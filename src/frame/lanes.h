@@ -107,6 +107,10 @@ inline U8x16 InterleaveHalves(U8x16 v) {
   return __builtin_shufflevector(v, upper, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
 }
 
+// The lower and the upper halves of both in turns: a[0], b[0], a[1], b[1] and so on.
+inline I16x8 InterleaveLow(I16x8 a, I16x8 b) { return __builtin_shufflevector(a, b, 0, 8, 1, 9, 2, 10, 3, 11); }
+inline I16x8 InterleaveHigh(I16x8 a, I16x8 b) { return __builtin_shufflevector(a, b, 4, 12, 5, 13, 6, 14, 7, 15); }
+
 // The smaller and the larger lanes; the second operand where one is not a number. With float bounds from Opaque these
 // are one instruction each: GCC does not see that a compared and a selected constant are the same.
 template <class V>

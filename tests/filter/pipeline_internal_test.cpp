@@ -24,21 +24,51 @@ TEST(PipelineBufferSizeTest, ChecksInOrder) {
   }
 }
 
-// The integer division of sums must make what the product with a rounded reciprocal makes.
-TEST(PipelineDividerTest, DividesEverySumAsDoublesDo) {
-  EXPECT_EQ(Divider(49).largest(), 0U);
-  EXPECT_EQ(Divider(3).largest(), 65535U);
-  std::vector<std::int32_t> divisors = {1000, 4095, 4096, 4097, 9999, 32767, 32768, 32769, 65535, 65536, 65537};
-  for (std::int32_t divisor = 1; divisor <= 600; ++divisor) divisors.push_back(divisor);
-  for (const std::int32_t divisor : divisors) {
-    const Divider divide(divisor);
-    divide.With([&](auto division) {
-      for (std::uint32_t sum = 0; sum <= divide.largest(); ++sum) {
-        ASSERT_EQ(division(static_cast<std::uint16_t>(sum)), static_cast<int>(sum * (1.0 / divisor)))
-            << sum << " / " << divisor;
-      }
-    });
+// The arithmetic on each side of every bound; pipeline_test.cpp checks the results there.
+TEST(PipelineKernelTest, ChoosesTheNarrowestArithmeticThatServes) {
+  using Taps = std::vector<std::int16_t>;
+  constexpr auto kWords = Arithmetic::Words, kSingle = Arithmetic::Single, kShift = Arithmetic::Shift,
+                 kDouble = Arithmetic::Double;
+  constexpr ValueRange kBytes = {0, 255};
+  const struct {
+    Arithmetic expected;
+    Taps taps;
+    std::int32_t divisor;
+    ValueRange values;
+  } cases[] = {
+      {kWords, {200, 57}, 3, kBytes},  // sums up to 65535
+      {kSingle, {200, 58}, 3, kBytes},
+      {kWords, {128, -1}, 3, kBytes},   // signed sums up to 32640
+      {kSingle, {129, -1}, 3, kBytes},  // 32895
+      {kSingle, {1, -129}, 3, kBytes},
+      {kWords, {128}, 1, kBytes},    // twice the sums up to 65280
+      {kSingle, {129}, 1, kBytes},   // 65790
+      {kWords, {3}, 7, {0, 14563}},  // 43689: the reciprocal of 7 serves sums up to 43690
+      {kSingle, {3}, 7, {0, 14564}},
+      {kWords, {100, 400, 100}, 600, kBytes},
+      {kSingle, {100, 400, 101}, 601, kBytes},
+      {kSingle, {20000, 1931}, 1007, kBytes},  // kLargestFloatDividend
+      {kDouble, {20000, 1932}, 1007, kBytes},
+      {kShift, {20001, 1931}, 64, kBytes},
+      {kSingle, {1}, 1007, {-kLargestFloatDividend, 0}},
+      {kDouble, {1}, 1007, {-kLargestFloatDividend - 1, 0}},
+      {kShift, {1}, 64, {-2147483648LL, 2147483647}},
+      {kDouble, {1}, 64, {-2147483649LL, 2147483647}},
+      {kDouble, {1}, 64, {-2147483648LL, 2147483648LL}},
+      {kDouble, {1}, 49, kBytes},  // 49 * (1.0 / 49) < 1
+      {kDouble, {49}, 49 * 2, kBytes},
+      {kDouble, {1}, -3, kBytes},
+  };
+  for (const auto& c : cases) {
+    const PipelineKernel kernel(c.taps.data(), static_cast<std::int32_t>(c.taps.size()), c.divisor, c.values,
+                                TapLayout::RowPairs);
+    EXPECT_EQ(kernel.arithmetic(), c.expected) << c.taps[0] << " / " << c.divisor << " up to " << c.values.high;
   }
+  // Longer kernels keep the factor.
+  const std::int32_t most = PipelineKernel::kMostKeptTaps;
+  const Taps taps(static_cast<std::size_t>(most) + 1, 100);
+  EXPECT_EQ(PipelineKernel(taps.data(), most, 100 * most, kBytes, TapLayout::RowPairs).arithmetic(), kWords);
+  EXPECT_EQ(PipelineKernel(taps.data(), most + 1, 100 * (most + 1), kBytes, TapLayout::RowPairs).arithmetic(), kSingle);
 }
 
 // Every call fails all later checks as well, but for null rows among the others.

@@ -156,5 +156,103 @@ TEST(ColumnPipelineTest, FiltersAsDefined) {
   }
 }
 
+// Kernels whose sums end on either side of what an arithmetic serves, with values that reach those sums.
+struct BoundCase {
+  Taps taps;
+  int divisor;
+  int low;
+  int high;
+};
+
+std::int16_t EdgeValue(Random& random, const BoundCase& c) {
+  const int kind = RandomInt(random, 0, 3);
+  return static_cast<std::int16_t>(kind == 0   ? c.high - RandomInt(random, 0, std::min(3, c.high - c.low))
+                                   : kind == 1 ? c.low
+                                               : RandomInt(random, c.low, c.high));
+}
+
+TEST(RowPipelineTest, IsExactAtTheBoundsOfEachArithmetic) {
+  std::vector<BoundCase> cases = {{{200, 57}, 3, 0, 255},
+                                  {{200, 58}, 3, 0, 255},
+                                  {{128, -1}, 3, 0, 255},
+                                  {{129, -1}, 3, 0, 255},
+                                  {{1, -128}, 3, 0, 255},
+                                  {{1, -129}, 3, 0, 255},
+                                  {{100, 28}, 1, 0, 255},
+                                  {{100, 29}, 1, 0, 255},
+                                  {{100, 400, 100}, 600, 0, 255},
+                                  {{100, 400, 101}, 601, 0, 255},
+                                  {{20000, 1931}, 1007, 0, 255},
+                                  {{20000, 1932}, 1007, 0, 255},
+                                  {{-20000, -1931}, 173, 0, 255},
+                                  {{20001, 1931}, 256, 0, 255},
+                                  {{-20001, -1931}, 256, 0, 255},
+                                  {{10, 39}, 49, 0, 255},
+                                  {{1000, 1450}, 2450, 0, 255},
+                                  {{-1, 3, -1}, -1, 0, 255},
+                                  {{32767, 32767, 32767}, 1, 0, 255}};
+  // Sums of 32 bits, and beyond, where they wrap.
+  for (const int count : {257, 258}) cases.push_back({Taps(static_cast<std::size_t>(count), 32767), 65536, 0, 255});
+  Random random(3);
+  for (const BoundCase& c : cases) {
+    Image<BW8> src(300, 1, {});
+    src.Fill([&] { return static_cast<BW8>(EdgeValue(random, c)); });
+    const int count = static_cast<int>(c.taps.size());
+    const Row16 row(300, 1, Layout{});
+    Row16 expected(row);
+    for (int x = 0; x < 300; ++x) expected.Set(x, 0, RowResult(src, x, 0, c.taps, 0, 1, 0, c.divisor));
+    std::int16_t* const rows[] = {row.data()};
+    std::vector<BW8> buffer(static_cast<std::size_t>(4 * count + 64));
+    ASSERT_EQ(Norvala_FilterRowBorderPipelineBW8(src.data(), src.step(), rows, 300, 1, c.taps.data(), count, 0, 1, 0,
+                                                 c.divisor, buffer.data()),
+              0);
+    EXPECT_EQ(row.Bytes(), expected.Bytes()) << c.taps[0] << " / " << c.divisor;
+  }
+}
+
+TEST(ColumnPipelineTest, IsExactAtTheBoundsOfEachArithmetic) {
+  const std::vector<BoundCase> cases = {{{3}, 257, 0, 21845},
+                                        {{3}, 257, 0, 21846},
+                                        {{1, -1}, 129, 0, 32767},
+                                        {{1, -1}, 129, -1, 32767},
+                                        {{1}, 1, 0, 32767},
+                                        {{2}, 2, -32768, 32767},
+                                        {{3}, 7, 0, 14563},
+                                        {{3}, 7, 0, 14564},
+                                        {{170}, 21847, 0, 32767},
+                                        {{171}, 21847, 0, 32767},
+                                        {{170}, 21847, -32767, 32767},
+                                        {{171}, 30011, -32768, 32767},
+                                        {{16385}, 1 << 21, 0, 32767},
+                                        {{-16385}, 1 << 21, -32768, 32767},
+                                        {{32767, 32767}, 9999991, -32767, 32767},
+                                        {{-32768, -32768, -3}, 9999991, -32767, 32767},
+                                        {{32767, 32767}, 1 << 24, -32767, 32767},
+                                        {{-32768, -32768, -3}, 1 << 24, -32767, 32767},
+                                        {{10, 39}, 49, 0, 300},
+                                        {{-3, -4}, -7, 0, 300}};
+  Random random(4);
+  for (const BoundCase& c : cases) {
+    const int count = static_cast<int>(c.taps.size());
+    constexpr int kWidth = 2000;
+    std::vector<Row16> rows;
+    std::vector<const std::int16_t*> pointers;
+    for (int i = 0; i < count + 2; ++i) {
+      rows.emplace_back(kWidth, 1, Layout{}).Fill([&] { return EdgeValue(random, c); });
+    }
+    for (const Row16& row : rows) pointers.push_back(row.data());
+    Image<BW8> dst(kWidth, 3, {});
+    Image<BW8> expected(dst);
+    for (int y = 0; y < 3; ++y) {
+      for (int x = 0; x < kWidth; ++x) expected.Set(x, y, ColumnResult(rows, x, y, c.taps, c.divisor));
+    }
+    std::vector<BW8> buffer(static_cast<std::size_t>(4 * count + 64));
+    ASSERT_EQ(Norvala_FilterColumnPipelineBW8(pointers.data(), dst.data(), dst.step(), kWidth, 3, c.taps.data(), count,
+                                              c.divisor, buffer.data()),
+              0);
+    EXPECT_EQ(dst.Bytes(), expected.Bytes()) << c.taps[0] << " / " << c.divisor << " up to " << c.high;
+  }
+}
+
 }  // namespace
 }  // namespace norvala_test

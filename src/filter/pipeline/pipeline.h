@@ -1,219 +1,155 @@
 #pragma once
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 
+#include "filter/reciprocal.h"
+#include "frame/lanes.h"
 #include "frame/memory.h"
 #include "frame/status.h"
 #include "frame/types.h"
 
-// What the row and the column filter of the pipeline share: the size of their work buffers, the sums of taps times
-// values, and the division of the sums. A result is the product of the sum and the reciprocal of the divisor in double
-// precision, truncated. Sums that fit 16 bits are divided as integers wherever that gives the same result.
+// What the row and the column filter of the pipeline share: the size of their work buffers, kernels, and the division
+// of sums. A result is the product of a sum and the reciprocal of the divisor in double precision, clamped and
+// truncated; narrower arithmetic stands in wherever it makes the same.
 
 namespace norvala {
 
-using Tap = Unaligned<std::int16_t>;
+StatusCode WritePipelineBufferSize(RegionSize size, std::int32_t kernelSize, Unaligned<std::int32_t>* bufferSize);
 
-inline StatusCode WritePipelineBufferSize(RegionSize size, std::int32_t kernelSize,
-                                          Unaligned<std::int32_t>* bufferSize) {
-  if (bufferSize == nullptr) return StatusCode::NullPointer;
-  if (IsEmpty(size) || kernelSize < 1) return StatusCode::NonPositiveSize;
-  const std::int64_t bytes = 4 * std::int64_t{kernelSize} + 64;
-  if (bytes > INT32_MAX) return StatusCode::NonPositiveSize;
-  *bufferSize = static_cast<std::int32_t>(bytes);
-  return StatusCode::Success;
-}
+// Values or sums from `low` to `high`, 0 among them.
+struct ValueRange {
+  std::int64_t low;
+  std::int64_t high;
 
-// ---- Sums ----
-
-// Columns whose sums are formed at a time, on the stack.
-inline constexpr std::int32_t kStrip = 1024;
-
-// The lines and taps of a sum from index `first` on.
-template <int count, class Pixel>
-struct Run {
-  template <class LineAt, class TapAt>
-  Run(std::int32_t first, LineAt line, TapAt tap) {
-    for (int i = 0; i < count; ++i) {
-      lines[i] = line(first + i);
-      taps[i] = tap(first + i);
-    }
-  }
-
-  template <class Sum>
-  Sum AddTo(Sum sum, std::int32_t x) const {
-    for (int i = 0; i < count; ++i) sum = static_cast<Sum>(sum + static_cast<Sum>(taps[i] * lines[i][x]));
-    return sum;
-  }
-
-  const Unaligned<Pixel>* lines[count];
-  std::int16_t taps[count];
+  std::int64_t largestMagnitude() const { return std::max(-low, high); }
 };
 
-// The loops stand in functions of their own, since the compilers vectorise them only there.
-
-template <int count, class Pixel, class Sum>
-[[gnu::noinline]] void AddRun(const Run<count, Pixel>& run, std::int32_t width, Sum* __restrict sums) {
-  for (std::int32_t x = 0; x < width; ++x) sums[x] = run.AddTo(sums[x], x);
-}
-
-// dst[x] = finish(sum of the run), with sums of type Sum.
-template <class Sum, class Result, int count, class Pixel, class Finish>
-[[gnu::noinline]] void FinishRun(const Run<count, Pixel>& run, std::int32_t width, Finish finish,
-                                 Unaligned<Result>* __restrict dst) {
-  for (std::int32_t x = 0; x < width; ++x) dst[x] = finish(run.AddTo(Sum{0}, x));
-}
-
-template <class Result, class Sum, class Finish>
-[[gnu::noinline]] void FinishSums(const Sum* __restrict sums, std::int32_t width, Finish finish,
-                                  Unaligned<Result>* __restrict dst) {
-  for (std::int32_t x = 0; x < width; ++x) dst[x] = finish(sums[x]);
-}
-
-// sums[x] = sum over i of tap(i) * line(i)[x], added in the order of i; the lines hold values of type Pixel. Sum is an
-// unsigned integer, which wraps, or double.
-template <class Pixel, class Sum, class LineAt, class TapAt>
-void SumLines(LineAt line, TapAt tap, std::int32_t count, std::int32_t width, Sum* sums) {
-  const auto keep = [](Sum sum) { return sum; };
-  std::int32_t i = 0;
-  if (count >= 5) {
-    FinishRun<Sum, Sum>(Run<5, Pixel>(0, line, tap), width, keep, sums);
-    i = 5;
-  } else if (count >= 3) {
-    FinishRun<Sum, Sum>(Run<3, Pixel>(0, line, tap), width, keep, sums);
-    i = 3;
-  } else {
-    FinishRun<Sum, Sum>(Run<1, Pixel>(0, line, tap), width, keep, sums);
-    i = 1;
-  }
-  for (; count - i >= 3; i += 3) AddRun(Run<3, Pixel>(i, line, tap), width, sums);
-  for (; i < count; ++i) AddRun(Run<1, Pixel>(i, line, tap), width, sums);
-}
-
-// dst[x] = finish(sum over i of tap(i) * line(i)[x]) with sums of 16 bits, for up to kStrip columns.
-template <class Pixel, class Result, class LineAt, class TapAt, class Finish>
-void FilterNarrow(LineAt line, TapAt tap, std::int32_t count, std::int32_t width, Finish finish,
-                  Unaligned<Result>* dst) {
-  switch (count) {
-    case 3:
-      return FinishRun<std::uint16_t, Result>(Run<3, Pixel>(0, line, tap), width, finish, dst);
-    case 5:
-      return FinishRun<std::uint16_t, Result>(Run<5, Pixel>(0, line, tap), width, finish, dst);
-    default:
-      std::uint16_t sums[kStrip];
-      SumLines<Pixel>(line, tap, count, width, sums);
-      FinishSums<Result>(sums, width, finish, dst);
-  }
-}
-
-// ---- Division in 16 bits ----
-
-struct TapSums {
-  std::int64_t magnitude = 0;
-  bool negative = false;  // whether there is a negative tap
+// How sums are formed and divided, from the fastest way to the slowest. All but Double need sums of at most 32 bits and
+// a divisor by which truncated products are integer quotients (see PipelineKernel).
+enum class Arithmetic {
+  Words,   // sums of 16 bits, or 15 and a sign, divided by a WordReciprocal
+  Single,  // sums of 32 bits up to kLargestFloatDividend, times a FloatReciprocal
+  Shift,   // sums of 32 bits, divided by a power of two
+  Double,  // sums of 32 bits or more, times the reciprocal in double precision
 };
 
-inline TapSums AddTaps(const Tap* kernel, std::int32_t kernelSize) {
-  TapSums sums;
-  for (std::int32_t i = 0; i < kernelSize; ++i) {
-    const std::int32_t tap = kernel[i];
-    sums.magnitude += tap < 0 ? -tap : tap;
-    sums.negative |= tap < 0;
-  }
-  return sums;
-}
-
-// The upper half of a 32-bit product: one operation on vectors of 16 bits.
-inline std::uint16_t MulHigh(std::uint16_t a, std::uint16_t b) {
-  return static_cast<std::uint16_t>((std::uint32_t{a} * b) >> 16);
-}
-
-// Divides by a power of two from 2 on.
-struct PowerDivision {
-  std::uint16_t operator()(std::uint16_t sum) const { return MulHigh(sum, reciprocal); }
-
-  std::uint16_t reciprocal;  // 2^16 / divisor
-};
-
-// Divides by anything, using a reciprocal of more than 16 bits after the point (T. Granlund, P. L. Montgomery: Division
-// by invariant integers using multiplication, 1994).
-struct Division {
-  // A shift by a variable number would not run in vectors of 16 bits.
-  std::uint16_t operator()(std::uint16_t sum) const {
-    const auto product = static_cast<std::uint16_t>(MulHigh(sum, reciprocal) + std::uint32_t{sum} * whole);
-    return MulHigh(product, power);
-  }
-
-  std::uint16_t reciprocal;  // 2^16 * 2^shift / divisor, rounded up
-  std::uint16_t whole;       // 2 for the divisor 1, whose reciprocal is 0 then
-  std::uint16_t power;       // 2^16 / 2^shift
-};
-
-// How a divisor divides unsigned 16-bit sums.
-class Divider {
+// Division of sums, truncated towards zero and limited to 16 bits.
+class TruncatedDivision {
  public:
-  explicit Divider(std::int32_t divisor) {
-    // The truncated product with the rounded 1.0 / divisor is the integer quotient, unless some multiple t * divisor
-    // comes out below t. A reciprocal that is too small by the relative error e takes t * (1 - e) there, and that
-    // rounds back to t for every t as soon as it does for t = 1, where doubles lie closest below.
-    if (divisor < 1 || divisor * (1.0 / divisor) != 1.0) return;
-    if (divisor == 1) {
-      division_ = {0, 2, 1 << 15};
-      largest_ = INT16_MAX;
-      return;
+  explicit TruncatedDivision(double reciprocal) : doubleReciprocal_(reciprocal) {}
+
+  // The narrower ways, for a positive divisor. Words serve from 2 on, and only where UseWords returns true.
+  bool UseWords(std::int32_t divisor, ValueRange sums);
+  void UseShift(std::int32_t divisor);
+  void UseSingle(std::int32_t divisor);
+
+  Arithmetic arithmetic() const { return arithmetic_; }
+
+  I16x8 Divide(U16x8 sums) const {
+    if (!negativeWords_) return BitCastLanes<I16x8>(words_.Divide(sums));
+    const auto sign = BitCastLanes<U16x8>(BitCastLanes<I16x8>(sums) >> 15);
+    return BitCastLanes<I16x8>((words_.Divide((sums ^ sign) - sign) ^ sign) - sign);
+  }
+  // The arithmetic is the one in use, known to the compiler.
+  template <Arithmetic arithmetic>
+  I16x8 Divide(U32x4 lowSums, U32x4 highSums) const {
+    const auto low = BitCastLanes<I32x4>(lowSums);
+    const auto high = BitCastLanes<I32x4>(highSums);
+    if constexpr (arithmetic == Arithmetic::Single) {
+      return PackSaturated(ConvertLanes<I32x4>(ConvertLanes<F32x4>(low) * singleReciprocal_),
+                           ConvertLanes<I32x4>(ConvertLanes<F32x4>(high) * singleReciprocal_));
+    } else if constexpr (arithmetic == Arithmetic::Shift) {
+      return PackSaturated(ShiftTowardsZero(low), ShiftTowardsZero(high));
+    } else {
+      return Divide(ConvertToDoubles(low), ConvertToDoubles(high));
     }
-    // No sum reaches 2^16, so that all larger divisors make the same quotient: 0.
-    const auto d = static_cast<std::uint32_t>(std::min(divisor, 1 << 16));
-    std::uint32_t shift = 0;
-    while ((2U << shift) < d) ++shift;
-    const std::uint32_t scale = (1U << 16) << shift;
-    const std::uint32_t reciprocal = (scale - 1) / d + 1;
-    // Rounding up makes the quotient of a sum too large by sum * excess / (d * scale), which must stay below 1 / d.
-    const std::uint32_t excess = reciprocal * d - scale;
-    isPower_ = excess == 0 && d == 2U << shift;
-    division_ = {static_cast<std::uint16_t>(isPower_ ? (1U << 16) / d : reciprocal), 0,
-                 static_cast<std::uint16_t>((1U << 16) >> shift)};
-    largest_ = excess == 0 ? UINT16_MAX : std::min<std::uint32_t>(UINT16_MAX, (scale - 1) / excess);
+  }
+  I16x8 Divide(F64x2x2 low, F64x2x2 high) const { return PackSaturated(Scale(low), Scale(high)); }
+
+ private:
+  I32x4 ShiftTowardsZero(I32x4 sums) const { return (sums + ((sums >> 31) & ((1 << shift_) - 1))) >> shift_; }
+  I32x4 Scale(F64x2x2 sums) const {
+    const auto limited = [](F64x2 v) {
+      return MaxLanes(MinLanes(v, Splat<F64x2>(INT16_MAX)), Splat<F64x2>(INT16_MIN));
+    };
+    const F64x2x2 scaled = sums * doubleReciprocal_;
+    return ConvertFromDoubles<I32x4>(limited(scaled.low), limited(scaled.high));
   }
 
-  // The largest sum that is served; 0 where the results would not be those of double precision.
-  std::uint32_t largest() const { return largest_; }
+  Arithmetic arithmetic_ = Arithmetic::Double;
+  bool negativeWords_ = false;
+  WordReciprocal words_{2};
+  std::int32_t shift_ = 0;
+  float singleReciprocal_ = 0;
+  double doubleReciprocal_;
+};
 
-  // Calls use(division) with the cheaper of both that serves.
-  template <class Use>
-  void With(Use use) const {
-    isPower_ ? use(PowerDivision{division_.reciprocal}) : use(division_);
+// Which taps the lanes of a tap vector have in turns. For sums of 32 bits, pairs of taps meet pairs of values in
+// MultiplyAddPairs.
+enum class TapLayout {
+  Words,        // vector i: tap i
+  RowPairs,     // vectors 0, 1, 2, 3 and so on: taps 0 and 2, 1 and 3, 4 and 6, 5 and 7
+  ColumnPairs,  // vectors 0, 2, 4 and so on: taps 0 and 1, 2 and 3, 4 and 5; vectors 1, 3, 5: 0 alone, 1 and 2, 3 and 4
+};
+
+// A kernel and its divisor, with the arithmetic that serves for a range of values.
+class PipelineKernel {
+ public:
+  // `pairs` is the layout that sums of 32 bits want.
+  PipelineKernel(const std::int16_t* taps, std::int32_t count, std::int32_t divisor, ValueRange values,
+                 TapLayout pairs);
+
+  std::int32_t count() const { return count_; }
+  const TruncatedDivision& division() const { return division_; }
+  Arithmetic arithmetic() const { return division_.arithmetic(); }
+  bool sumsFit32Bits() const { return sumsFit32Bits_; }
+  bool symmetric() const;
+
+  // A tap as it goes into the sums, scaled together with the divisor; 0 outside the kernel.
+  std::int16_t TapAt(std::int32_t i) const;
+  I16x8 TapVector(std::int32_t i) const;
+
+  // All tap vectors of kernels that are not longer than this, and of a tap of 0 behind the last.
+  static constexpr std::int32_t kMostKeptTaps = 30;
+  const I16x8* keptVectors() const { return keptVectors_; }
+
+ private:
+  void ChooseArithmetic(std::int32_t divisor, ValueRange values);
+  bool UseWords(std::int32_t divisor, ValueRange sums);
+
+  const Unaligned<const std::int16_t>* taps_;
+  std::int32_t count_;
+  std::int32_t commonFactor_ = 1;
+  std::int32_t tapScale_ = 1;
+  bool sumsFit32Bits_;
+  TruncatedDivision division_;
+  TapLayout layout_;
+  I16x8 keptVectors_[kMostKeptTaps + 2];
+};
+
+// How many taps the blocks of a filter are made for, if not for a fixed number: up to kMostKeptTaps, or any.
+inline constexpr int kAnyKeptTaps = -1;
+inline constexpr int kAnyTaps = 0;
+
+// The tap vectors of a kernel. A fixed number of them are held by value, so that they stay in registers.
+template <int taps>
+class TapVectors {
+ public:
+  explicit TapVectors(const PipelineKernel& kernel) : kernel_(kernel) {
+    for (int i = 0; i < kFixed; ++i) fixed_[i] = kernel.keptVectors()[i];
+  }
+
+  std::int32_t count() const { return taps > 0 ? taps : kernel_.count(); }
+  I16x8 operator[](std::int32_t i) const {
+    return taps > 0 ? fixed_[i] : taps == kAnyKeptTaps ? kernel_.keptVectors()[i] : kernel_.TapVector(i);
   }
 
  private:
-  Division division_ = {};
-  bool isPower_ = false;
-  std::uint32_t largest_ = 0;
+  static constexpr int kFixed = taps > 0 ? taps + 1 : 0;
+
+  const PipelineKernel& kernel_;
+  I16x8 fixed_[kFixed + 1];
 };
-
-// Whether all sums over values of 0..largest can be formed and divided in 16 bits.
-inline bool FitsSixteenBits(TapSums taps, std::int32_t largest, const Divider& divide) {
-  const std::int64_t sum = taps.magnitude * largest;
-  return sum <= divide.largest() && (!taps.negative || sum <= INT16_MAX);
-}
-
-// ---- Division in double precision ----
-
-// dst[x] = sums[x] * factor, clamped to low..high and truncated, for up to kStrip sums.
-template <class Result, class Sum>
-[[gnu::noinline]] void ScaleSums(const Sum* __restrict sums, std::int32_t width, double factor, double low, double high,
-                                 Unaligned<Result>* __restrict dst) {
-  // Two loops, each in lanes of one size, vectorise far better than one.
-  std::int32_t scaled[kStrip];
-  for (std::int32_t x = 0; x < width; ++x) {
-    double v = sums[x] * factor;
-    v = v > high ? high : v;
-    v = v < low ? low : v;
-    scaled[x] = static_cast<std::int32_t>(v);
-  }
-  for (std::int32_t x = 0; x < width; ++x) dst[x] = static_cast<Result>(scaled[x]);
-}
 
 }  // namespace norvala
