@@ -14,14 +14,12 @@ namespace {
 // Exact sums are those whose products may be added in any order; they are always numbers. Sums of kernels that stay in
 // the range of the pixels need no clamping.
 template <bool exact, bool clamps>
-struct ShortCodec {
+struct ShortTraits {
   using Pixel = BW16;
-  using Sum = double;
   static constexpr bool isExact = exact;
   static constexpr double tapScale = exact ? 2.0 : 1.0;  // exact sums are twice what they are, see HalveRounded
   static constexpr int vectors = 4;
 
-  double start = 0.0;
   F64x2 lowest = Splat<F64x2>(Opaque(-32768.0 * tapScale));
   F64x2 highest = Splat<F64x2>(Opaque(32767.0 * tapScale));
 
@@ -98,11 +96,11 @@ StatusCode FilterFloatKernel(const SeparableCall<BW16, FLOAT32>& call) {
   if (const StatusCode status = call.CheckPointersAndSizes(); status != StatusCode::Success) return status;
   if (const StatusCode status = call.CheckSteps(); status != StatusCode::Success) return status;
   if (!SumsAreExact(call)) {
-    SeparableTile<ShortCodec<false, true>>({}).Filter(call);
+    SeparableTile<ShortTraits<false, true>>(call).Filter();
   } else if (SumsStayInRange(call)) {
-    SeparableTile<ShortCodec<true, false>>({}).Filter(call);
+    SeparableTile<ShortTraits<true, false>>(call).Filter();
   } else {
-    SeparableTile<ShortCodec<true, true>>({}).Filter(call);
+    SeparableTile<ShortTraits<true, true>>(call).Filter();
   }
   return StatusCode::Success;
 }
@@ -129,12 +127,12 @@ StatusCode FilterIntegerKernel(const FloatKernelTable& filter, const BW16* src, 
 
 StatusCode FilterRow32fBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
                             const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor) {
-  return FilterFloatKernel({Direction::AlongRow, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor});
+  return FilterFloatKernel({Axis::Row, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor});
 }
 
 StatusCode FilterColumn32fBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
                                const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor) {
-  return FilterFloatKernel({Direction::AlongColumn, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor});
+  return FilterFloatKernel({Axis::Column, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor});
 }
 
 StatusCode FilterRowBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,

@@ -77,13 +77,13 @@ StatusCode Filter(const SeparableCallBW8& call, std::int32_t divisor) {
 StatusCode FilterRowBW8(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size,
                         const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
                         std::int32_t divisor) {
-  return Filter({Direction::AlongRow, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor}, divisor);
+  return Filter({Axis::Row, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor}, divisor);
 }
 
 StatusCode FilterColumnBW8(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size,
                            const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
                            std::int32_t divisor) {
-  return Filter({Direction::AlongColumn, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor}, divisor);
+  return Filter({Axis::Column, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor}, divisor);
 }
 
 }  // namespace norvala

@@ -5,15 +5,12 @@
 namespace norvala {
 namespace {
 
-struct FloatCodec {
+struct FloatTraits {
   using Pixel = FLOAT32;
-  using Sum = double;
   static constexpr bool isExact = false;
-  static constexpr int tapScale = 1;
+  static constexpr double tapScale = 1.0;
   // The six sums of a block, a tap and a product are as many as the registers of a 32-bit build.
   static constexpr int vectors = sizeof(void*) == 8 ? 4 : 6;
-
-  double start = 0.0;
 
   void Widen(const void* pixels, F64x2 (&values)[vectors]) const {
     const Unaligned<FLOAT32>* const from = static_cast<const Unaligned<FLOAT32>*>(pixels);
@@ -28,7 +25,7 @@ struct FloatCodec {
 StatusCode Filter(const SeparableCall<FLOAT32, FLOAT32>& call) {
   if (const StatusCode status = call.CheckPointersAndSizes(); status != StatusCode::Success) return status;
   if (const StatusCode status = call.CheckSteps(); status != StatusCode::Success) return status;
-  SeparableTile<FloatCodec>(FloatCodec{}).Filter(call);
+  SeparableTile<FloatTraits>(call).Filter();
   return StatusCode::Success;
 }
 
@@ -36,12 +33,12 @@ StatusCode Filter(const SeparableCall<FLOAT32, FLOAT32>& call) {
 
 StatusCode FilterRowFLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
                             RegionSize size, const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor) {
-  return Filter({Direction::AlongRow, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor});
+  return Filter({Axis::Row, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor});
 }
 
 StatusCode FilterColumnFLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
                                RegionSize size, const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor) {
-  return Filter({Direction::AlongColumn, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor});
+  return Filter({Axis::Column, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor});
 }
 
 }  // namespace norvala

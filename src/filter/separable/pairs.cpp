@@ -93,10 +93,10 @@ int FilterRows(const ReducedKernel& kernel, Division divide, int top) {
 }
 
 template <int fixedTaps, bool wide, class Division>
-void Filter(const ReducedKernel& kernel, Division divide) {
+void FilterRegion(const ReducedKernel& kernel, Division divide) {
   constexpr int kTaps = kMostReducedTaps;
   constexpr int kColumns = sizeof(void*) == 8 ? 16 : 8;  // as the registers allow
-  if (kernel.call.direction == Direction::AlongRow) {
+  if (kernel.call.axis == Axis::Row) {
     FilterRows<RowPairs<kTaps>, fixedTaps, wide>(kernel, divide, 0);
   } else {
     const int y = FilterRows<ColumnPairs<kTaps, 2, kColumns>, fixedTaps, wide>(kernel, divide, 0);
@@ -108,15 +108,15 @@ void Filter(const ReducedKernel& kernel, Division divide) {
 template <class Division>
 void FilterBy(const ReducedKernel& kernel, Division divide) {
   for (std::int32_t j = 0; j < kernel.call.kernelSize; ++j) {
-    if (HighHalf(kernel.MirroredTap(j)) != 0) return Filter<0, true>(kernel, divide);
+    if (HighHalf(kernel.MirroredTap(j)) != 0) return FilterRegion<0, true>(kernel, divide);
   }
   switch (kernel.call.kernelSize) {
     case 3:
-      return Filter<3, false>(kernel, divide);
+      return FilterRegion<3, false>(kernel, divide);
     case 5:
-      return Filter<5, false>(kernel, divide);
+      return FilterRegion<5, false>(kernel, divide);
     default:
-      return Filter<0, false>(kernel, divide);
+      return FilterRegion<0, false>(kernel, divide);
   }
 }
 

@@ -88,8 +88,8 @@ void FilterStrips(const SeparableCallBW8& call, const DoubleDivision& divide) {
 
 void FilterInParts(const SeparableCallBW8& call, std::int32_t divisor) {
   const DoubleDivision divide(divisor);
-  call.direction == Direction::AlongRow ? FilterStrips<RowPairs<kTaps>>(call, divide)
-                                        : FilterStrips<ColumnPairs<kTaps, 1, 16>>(call, divide);
+  call.axis == Axis::Row ? FilterStrips<RowPairs<kTaps>>(call, divide)
+                         : FilterStrips<ColumnPairs<kTaps, 1, 16>>(call, divide);
 }
 
 }  // namespace norvala

@@ -8,12 +8,12 @@
 
 namespace norvala {
 
-enum class Direction { AlongRow, AlongColumn };
+enum class Axis { Row, Column };  // along which the taps lie
 
 // The arguments of one separable filter.
 template <class Pixel, class Tap>
 struct SeparableCall {
-  Direction direction;
+  Axis axis;
   const Pixel* src;
   std::int32_t srcStep;
   Pixel* dst;
@@ -32,7 +32,7 @@ struct SeparableCall {
   // Only the filters along rows demand a source step that holds the kernel's reach.
   StatusCode CheckSteps() const {
     constexpr std::int64_t kPixel = sizeof(Pixel);
-    const std::int64_t reach = direction == Direction::AlongRow ? std::int64_t{kernelSize} - 1 : 0;
+    const std::int64_t reach = axis == Axis::Row ? std::int64_t{kernelSize} - 1 : 0;
     if (srcStep < (size.width + reach) * kPixel || dstStep < size.width * kPixel) return StatusCode::NonPositiveStep;
     return StatusCode::Success;
   }
@@ -61,7 +61,7 @@ struct SeparableWindow {
   template <class Tap>
   explicit SeparableWindow(const SeparableCall<Pixel, Tap>& call)
       : rowStep(WholePixels(call.srcStep)),
-        tapStep(call.direction == Direction::AlongRow ? static_cast<std::ptrdiff_t>(sizeof(Pixel)) : rowStep),
+        tapStep(call.axis == Axis::Row ? static_cast<std::ptrdiff_t>(sizeof(Pixel)) : rowStep),
         dst(call.dst),
         dstStep(WholePixels(call.dstStep)) {
     const std::int64_t taps = std::int64_t{call.anchor} - call.kernelSize + 1;

@@ -98,7 +98,7 @@ void FilterRows(const WordTaps& kernel, const WordDivision& divide, const Separa
       std::memcpy(dst + x, &bytes[0], static_cast<std::size_t>(std::min(count, kGroup)));
       if (count > kGroup) std::memcpy(dst + x + kGroup, &bytes[1], static_cast<std::size_t>(count - kGroup));
     };
-    if (call.direction == Direction::AlongRow) {
+    if (call.axis == Axis::Row) {
       ForEachBlockOfRow<kBlock>(src, call.size.width, kernel.count, kBlock + kernel.count - 1, block);
     } else {
       ForEachBlockOfColumns<kBlock, kMostReducedTaps>(src, window.rowStep, call.size.width, kernel.count, block);
