@@ -30,6 +30,9 @@ Kernel Tent(int size, int32_t sum) {
   for (int i = 0; i < size; ++i) {
     kernel.taps[static_cast<std::size_t>(i)] = sum * (i <= size / 2 ? i + 1 : size - i) / weight;
   }
+  // One more at the ends, lest a common divisor make the taps small.
+  ++kernel.taps.front();
+  ++kernel.taps.back();
   kernel.taps[static_cast<std::size_t>(size / 2)] += sum - std::accumulate(kernel.taps.begin(), kernel.taps.end(), 0);
   return kernel;
 }
