@@ -1,5 +1,9 @@
 #include "analysis/dft/plan1d.h"
 
+// Real-input transforms of rows. An even number 2m of real values is transformed as m complex ones, from whose spectrum
+// that of the real ones is rebuilt; of an odd number, two rows are transformed as the parts of one complex row. The
+// direct sum has too little scratch for a whole spectrum: its results go to the destination one by one.
+
 namespace norvala::dft {
 namespace {
 
@@ -71,44 +75,29 @@ void LoadHalves(const SourceRows<V>& src, std::ptrdiff_t m, Complex<V>* data) {
   if (j < m) data[j] = {src.Load(2 * j), src.Load(2 * j + 1)};
 }
 
-// Frequencies k and m - k of 2m real values, in place of a and b, from frequencies k and m - k of the transform of
-// their halves and entry k of the rebuilding table.
-template <class V>
-inline void RebuildInDouble(Root entry, const Complex<V>& fromA, const Complex<V>& fromB, Complex<V>& a,
-                            Complex<V>& b) {
-  V v[4];
-  InDouble({&fromA.re, &fromA.im, &fromB.re, &fromB.im}, v,
-           [tr = static_cast<double>(entry.re), ti = static_cast<double>(entry.im)](auto& d) {
-             const auto xr = d[0], xi = d[1], yr = d[2], yi = d[3];
-             const auto difference = xr - yr, sum = xi + yi;
-             const auto s = difference * ti + sum * tr;
-             const auto t = sum * ti - difference * tr;
-             d[0] = yr + s;
-             d[1] = t - yi;
-             d[2] = xr - s;
-             d[3] = t - xi;
-           });
+// Frequencies k and m - k of 2m real values, a and b, from those of the transform of their halves, x and y, and entry k
+// of the rebuilding table.
+template <bool inDouble, class V>
+inline void Rebuild(Root entry, const Complex<V>& x, const Complex<V>& y, Complex<V>& a, Complex<V>& b) {
+  const auto rebuild = [](auto re, auto im, auto& v) {
+    const auto xr = v[0], xi = v[1], yr = v[2], yi = v[3];
+    const auto difference = xr - yr, sum = xi + yi;
+    const auto s = difference * im + sum * re;
+    const auto t = sum * im - difference * re;
+    v[0] = yr + s;
+    v[1] = t - yi;
+    v[2] = xr - s;
+    v[3] = t - xi;
+  };
+  V v[4] = {x.re, x.im, y.re, y.im};
+  if constexpr (inDouble) {
+    InDouble({&x.re, &x.im, &y.re, &y.im}, v,
+             [&](auto& d) { rebuild(static_cast<double>(entry.re), static_cast<double>(entry.im), d); });
+  } else {
+    rebuild(entry.re, entry.im, v);
+  }
   a = {v[0], v[1]};
   b = {v[2], v[3]};
-}
-// The same in float, for the powers of two.
-template <class V>
-inline void RebuildInFloat(Root entry, const Complex<V>& fromA, const Complex<V>& fromB, Complex<V>& a, Complex<V>& b) {
-  const Complex<V> x = fromA, y = fromB;
-  const V difference = x.re - y.re, sum = x.im + y.im;
-  const V s = difference * entry.im + sum * entry.re;
-  const V t = sum * entry.im - difference * entry.re;
-  a = {y.re + s, t - y.im};
-  b = {x.re - s, t - x.im};
-}
-
-template <bool inDouble, class V>
-inline void Rebuild(Root entry, const Complex<V>& fromA, const Complex<V>& fromB, Complex<V>& a, Complex<V>& b) {
-  if constexpr (inDouble) {
-    RebuildInDouble(entry, fromA, fromB, a, b);
-  } else {
-    RebuildInFloat(entry, fromA, fromB, a, b);
-  }
 }
 
 template <class V>
@@ -138,7 +127,7 @@ void StoreRebuilt(const Complex<V>* halves, std::ptrdiff_t m, const Root* table,
   if (m % 2 == 0) StorePair(dst, m / 2, Conjugate(halves[m / 2]));
 }
 
-// An even number of real values by way of the transform of their halves.
+// An even number of real values. Powers of two are rebuilt in float, other numbers in double.
 template <class V>
 void RunEvenRows(const DftSpec1DReal& spec, const SourceRows<V>& src, const DestinationRows<V>& dst, Complex<V>* data) {
   const std::ptrdiff_t m = spec.length / 2;
@@ -152,7 +141,7 @@ void RunEvenRows(const DftSpec1DReal& spec, const SourceRows<V>& src, const Dest
   }
 }
 
-// The same by the direct sum, straight to the destination.
+// An even number of real values by the direct sum.
 template <class V>
 void RunEvenRowsDirectly(const DftSpec1DReal& spec, const SourceRows<V>& src, const DestinationRows<V>& dst,
                          Complex<V>* data) {
@@ -161,7 +150,7 @@ void RunEvenRowsDirectly(const DftSpec1DReal& spec, const SourceRows<V>& src, co
   spec.plan.direct.Run(data, [&, table = spec.rebuildTable.data()](std::ptrdiff_t k, Complex<V> x, Complex<V> y) {
     if (k == 0) return StoreEnds(dst, m, x);
     Complex<V> a, b;
-    RebuildInDouble(table[k], x, y, a, b);
+    Rebuild<true>(table[k], x, y, a, b);
     StorePair(dst, k, a);
     StorePair(dst, m - k, b);
   });
@@ -179,12 +168,12 @@ void RunOddRowsDirectly(const DftSpec1DReal& spec, const SourceRows<V>& src, con
 // The transforms of the two real rows that were the parts of one complex row, from frequencies k and n - k of its
 // transform.
 template <class V>
-inline void Part(Complex<V> z, Complex<V> mirrored, Complex<V>& first, Complex<V>& second) {
+inline void Separate(Complex<V> z, Complex<V> mirrored, Complex<V>& first, Complex<V>& second) {
   first = {(z.re + mirrored.re) * 0.5F, (z.im - mirrored.im) * 0.5F};
   second = {(z.im + mirrored.im) * 0.5F, (mirrored.re - z.re) * 0.5F};
 }
 
-// An odd number of real values, two rows as the parts of one complex row.
+// An odd number of real values, two rows at once.
 template <class V>
 void RunPairedRows(const DftSpec1DReal& spec, const SourceRows<V> (&src)[2], const DestinationRows<V> (&dst)[2],
                    Complex<V>* data) {
@@ -204,14 +193,14 @@ void RunPairedRows(const DftSpec1DReal& spec, const SourceRows<V> (&src)[2], con
   std::ptrdiff_t k = 1;
   for (; k + 1 <= n / 2; k += 2) {
     Complex<V> first[2], second[2];
-    Part(z[k], z[n - k], first[0], second[0]);
-    Part(z[k + 1], z[n - k - 1], first[1], second[1]);
+    Separate(z[k], z[n - k], first[0], second[0]);
+    Separate(z[k + 1], z[n - k - 1], first[1], second[1]);
     StorePairs(dst[0], k, first[0], first[1]);
     StorePairs(dst[1], k, second[0], second[1]);
   }
   if (k <= n / 2) {
     Complex<V> first, second;
-    Part(z[k], z[n - k], first, second);
+    Separate(z[k], z[n - k], first, second);
     StorePair(dst[0], k, first);
     StorePair(dst[1], k, second);
   }
