@@ -53,7 +53,7 @@ Check NoneOf(int argument, std::initializer_list<Value> refused, std::initialize
 const std::vector<Operation>& Operations() {
   static const std::vector<Operation> operations = [] {
     std::vector<Operation> all;
-    for (const auto& family : {FrameOperations(), PixelOperations(), AnalysisOperations()}) {
+    for (const auto& family : {FrameOperations(), PixelOperations(), GeometryOperations(), AnalysisOperations()}) {
       all.insert(all.end(), family.begin(), family.end());
     }
     return all;
@@ -119,9 +119,10 @@ std::string Difference(Trial& trial, const Snapshot& expected) {
     const std::vector<double> values = image.Values();
     image.SetBytes(expected[i]);
     image.UnifyNaNs();
-    if (trial.tolerance > 0 && !values.empty()) {
+    const double tolerance = std::max(trial.tolerance, trial.slack);
+    if (tolerance > 0 && !values.empty()) {
       const double error = RelativeError(values, image.Values());
-      if (!(error <= trial.tolerance)) text << "image " << i << ": relative error " << error << "; ";
+      if (!(error <= tolerance)) text << "image " << i << ": relative error " << error << "; ";
       // What is not a float of the region must be equal.
       image.SetValues(values);
     }

@@ -75,6 +75,7 @@ class Trial : public Choices {
   std::deque<Image> images;
   // For results that rest on the runtime's sine: how far the floats of an image may be off, relative to all of them, in
   // the Euclidean norm.
+  double slack = 0;  // the same, for exact results whose reference rounds otherwise
   double tolerance = 0;
 };
 
@@ -253,6 +254,7 @@ std::vector<Operation> WithPrimitive();
 
 std::vector<Operation> FrameOperations();
 std::vector<Operation> PixelOperations();
+std::vector<Operation> GeometryOperations();
 std::vector<Operation> AnalysisOperations();
 
 // ---- Runs ----
