@@ -159,6 +159,7 @@ void Image::UnifyNaNsOf() {
 }
 
 void Image::UnifyNaNs() {
+  if (around_.scratch) std::memset(origin_, 0, static_cast<std::size_t>(size_.width * elementSize_));
   if (kind_ == Kind::Float32) UnifyNaNsOf<float>();
   if (kind_ == Kind::Float64) UnifyNaNsOf<double>();
 }

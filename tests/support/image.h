@@ -39,9 +39,10 @@ enum class Steps {
 struct Around {
   int left = 0, right = 0, above = 0, below = 0;
   Steps steps = Steps::Row;
-  int multiple = 1;   // the step is a multiple of this
-  int unit = 1;       // the operation rounds the step down to a multiple of this
-  bool bits = false;  // floats are compared as bits; otherwise every NaN is as good as another
+  int multiple = 1;      // the step is a multiple of this
+  int unit = 1;          // the operation rounds the step down to a multiple of this
+  bool bits = false;     // floats are compared as bits; otherwise every NaN is as good as another
+  bool scratch = false;  // what a call leaves in the region is its own affair
 };
 
 // A value at which code goes wrong, or an ordinary one of some magnitude.
@@ -85,7 +86,7 @@ class Image {
   // All of the memory, what lies outside of the rows included: equal bytes mean that nothing else was written.
   std::vector<unsigned char> Bytes() const;
   void SetBytes(const std::vector<unsigned char>& bytes);
-  // Makes all NaNs of the region one and the same, unless they are compared as bits.
+  // Makes all NaNs of the region one and the same, unless they are compared as bits, and clears scratch memory.
   void UnifyNaNs();
   // The elements of the region of a float image, row by row; none of any other.
   std::vector<double> Values() const;
@@ -122,6 +123,11 @@ class View {
     Pixel value;
     std::memcpy(&value, Address(x, y), sizeof value);
     return value;
+  }
+  // The same with its step rounded down to whole pixels.
+  View Whole() const {
+    constexpr auto kPixel = static_cast<std::ptrdiff_t>(sizeof(T));
+    return {reinterpret_cast<T*>(data_), step_ / kPixel * kPixel};
   }
   void Set(int x, int y, T value) const { std::memcpy(Address(x, y), &value, sizeof value); }
 

@@ -53,7 +53,8 @@ Check NoneOf(int argument, std::initializer_list<Value> refused, std::initialize
 const std::vector<Operation>& Operations() {
   static const std::vector<Operation> operations = [] {
     std::vector<Operation> all;
-    for (const auto& family : {FrameOperations(), PixelOperations(), GeometryOperations(), AnalysisOperations()}) {
+    for (const auto& family :
+         {FrameOperations(), PixelOperations(), FilterOperations(), GeometryOperations(), AnalysisOperations()}) {
       all.insert(all.end(), family.begin(), family.end());
     }
     return all;

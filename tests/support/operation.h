@@ -5,6 +5,7 @@
 #include <deque>
 #include <functional>
 #include <initializer_list>
+#include <memory>
 #include <ostream>
 #include <string>
 #include <tuple>
@@ -73,6 +74,7 @@ class Trial : public Choices {
   }
 
   std::deque<Image> images;
+  std::vector<std::shared_ptr<void>> objects;  // that the library made, released with the trial
   // For results that rest on the runtime's sine: how far the floats of an image may be off, relative to all of them, in
   // the Euclidean norm.
   double slack = 0;  // the same, for exact results whose reference rounds otherwise
@@ -254,6 +256,7 @@ std::vector<Operation> WithPrimitive();
 
 std::vector<Operation> FrameOperations();
 std::vector<Operation> PixelOperations();
+std::vector<Operation> FilterOperations();
 std::vector<Operation> GeometryOperations();
 std::vector<Operation> AnalysisOperations();
 
