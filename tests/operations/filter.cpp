@@ -29,14 +29,14 @@ struct Kernel {
     image.Fill<Tap>([&] { return static_cast<Tap>(static_cast<Whole>(*tap++)); });
     return static_cast<Tap*>(image.data());
   }
-  // Now and then in the palette's order, which a kernel then meets as a whole.
+  // Now and then in the palette's order or against it, so that the whole of it meets a kernel.
   template <class Pixel>
   void Fill(Trial& t, Image& image) const {
     if (palette.empty()) return;
-    const bool inOrder = t.OneIn(2);
+    const std::size_t by = t.OneOf<std::size_t>({0, 1, palette.size() - 1});
     std::size_t i = 0;
     image.Fill<Pixel>([&] {
-      i = inOrder ? i + 1 : static_cast<std::size_t>(t.Int(0, 1 << 24));
+      i += by > 0 ? by : t.Word();
       return static_cast<Pixel>(palette[i % palette.size()]);
     });
   }
@@ -52,30 +52,35 @@ int DrawCount(Trial& t) {
                     : t.OneOf({1, 2, 3, 3, 4, 5, 5, 7, 9});
 }
 std::int32_t DrawDivisor(Trial& t) {
-  return t.OneOf({1, 1 << t.Int(1, 16), 1 << t.Int(17, 30), t.Int(2, 300), t.Int(2, 300), t.Int(3, 10000),
+  return t.OneOf({1, 1, 1 << t.Int(1, 16), 1 << t.Int(17, 30), t.Int(2, 300), t.Int(2, 300), t.Int(3, 10000),
                   t.Int(16000, 1 << 26), -t.Int(1, 3000),
                   t.OneOf({INT32_MAX, -INT32_MAX, 49, 98, 8193, 16383, 16385, 65535})});
 }
 
 // Sizes of sums at which one arithmetic or another ends.
-double DrawLimit(Trial& t) { return t.OneOf({7, 8, 15, 15, 16, 16, 22, 23, 23, 24, 24, 31}); }
+double DrawLimit(Trial& t) {
+  return t.OneIn(9) ? 5592405 : std::ldexp(1, t.OneOf({7, 8, 15, 15, 15, 16, 16, 16, 16, 23, 24, 31}));
+}
 
 // Taps whose largest sums, or those of the positive or the negative ones, with half of the divisor or without, lie at
-// and beside a limit.
+// and beside a limit; as many taps as that takes.
 void DrawAtLimit(Trial& t, int white, int bits, Kernel& kernel) {
-  const bool overSum = t.OneIn(2);
-  const double limit = t.OneIn(9) ? 5592405 : std::ldexp(1, static_cast<int>(DrawLimit(t)));
+  const bool overSum = t.OneIn(3);
   const double half = t.OneIn(2) || overSum ? 0 : kernel.divisor / 2;
-  const double whole = (limit - half) / (overSum ? white + 0.5 : white) + t.Int(-2, 2);
-  const int total = static_cast<int>(std::clamp(whole, 1.0, std::ldexp(1, bits) - 1));
+  const double most = std::ldexp(1, bits) - 1;
+  const double whole = (DrawLimit(t) - half) / (overSum ? white + 0.5 : white) + t.Int(-2, 2);
+  const int total = static_cast<int>(std::clamp(whole, 1.0, std::min(300 * most, 2147483647.0)));
+  const int needed = static_cast<int>(total / most);
+  kernel.taps.resize(std::max(kernel.taps.size(), static_cast<std::size_t>(2 * needed)));
   const int positive = t.OneOf({total, total, t.Int(0, total)});
-  const int negative = t.OneOf({0, total - positive, t.Int(0, total)});
+  const int parts[2] = {positive, t.OneOf({0, total - positive, total, t.Int(0, total)})};
   const int first = t.Int(0, 1);
   for (int sign = 0; sign < 2; ++sign) {
-    int left = sign == first ? positive : negative;
-    for (int i = sign; i < kernel.count(); i += 2) {
-      const int tap = i + 2 < kernel.count() ? t.Int(0, left) : left;
-      kernel.taps[static_cast<std::size_t>(i)] = sign == first ? tap : -tap;
+    double left = parts[sign];
+    for (int i = sign ^ first; i < kernel.count(); i += 2) {
+      const double tap =
+          i + 2 >= kernel.count() || needed > 0 ? std::min(left, most) : t.Int(0, static_cast<int>(left));
+      kernel.taps[static_cast<std::size_t>(i)] = sign == 0 ? tap : -tap;
       left -= tap;
     }
   }
@@ -93,7 +98,7 @@ void DrawAtQuotient(Trial& t, int white, Kernel& kernel) {
   std::int64_t grey = 0;
   while (grey < white && (sum - last * grey) % white != 0) ++grey;
   const std::int64_t rest = (sum - last * grey) / white;
-  const double large = std::floor(std::ldexp(t.Int(-1, 1), t.Int(0, 1) + static_cast<int>(DrawLimit(t))) / white);
+  const double large = std::floor(DrawLimit(t) * t.OneOf({-1, 0, 1, 2}) / white);
   kernel.taps = {large + t.Int(-9, 30), 0, static_cast<double>(last)};
   kernel.taps[1] = static_cast<double>(rest) - kernel.taps[0];
   if (t.OneIn(2)) std::swap(kernel.taps[0], kernel.taps[1]);
@@ -110,14 +115,35 @@ void DrawAny(Trial& t, int bits, Kernel& kernel) {
   if (t.OneIn(2) && sum != 0 && std::abs(sum) < INT32_MAX) kernel.divisor = static_cast<std::int32_t>(sum);
 }
 
+// Kernels at bounds that are hard to meet by chance: the largest quotients of divisors whose word reciprocals serve
+// them or do not, sums of 32 bits that wrap or would not without a divisor in common, the largest words.
+void DrawKnown(Trial& t, Kernel& kernel) {
+  struct Known {
+    std::vector<double> taps;
+    int divisor;
+  };
+  const Known known = t.OneOf<Known>({{{7, 180, 70}, 179},
+                                      {{7, 180, 70}, 197},
+                                      {{255, 1}, 253},
+                                      {{128, 1}, 1},
+                                      {{100, 29}, 1},
+                                      {{8421504, 2}, 10},
+                                      {{-8421504, -2}, 10},
+                                      {{8421503, 2}, 255}});
+  kernel.taps = known.taps;
+  kernel.divisor = known.divisor;
+  kernel.palette = {255, 255, 255, 254, 0, t.Int(0, 255)};
+}
+
 // Integers of up to 2^bits, for pixels up to white. Now and then they have a divisor in common.
 Kernel DrawKernel(Trial& t, int white, int bits) {
   Kernel kernel(DrawCount(t));
   kernel.divisor = DrawDivisor(t);
-  const int kind = t.Int(0, 3);
-  if (kind == 0) DrawAtLimit(t, white, bits, kernel);
-  if (kind == 1) DrawAtQuotient(t, white, kernel);
-  if (kind > 1) DrawAny(t, bits, kernel);
+  const int kind = t.Int(0, 4);
+  if (kind < 2) DrawAtLimit(t, white, bits, kernel);
+  if (kind == 2 || kind == 3) DrawAtQuotient(t, white, kernel);
+  if (kind == 4) DrawAny(t, bits, kernel);
+  if (t.OneIn(6)) DrawKnown(t, kernel);
   const int common = t.OneIn(4) ? t.Int(2, 100) : 1;
   if (std::abs(kernel.divisor) < (1 << 24)) {
     kernel.divisor *= common;
@@ -135,7 +161,7 @@ Kernel DrawFloatKernel(Trial& t) {
     // Numbers and their opposites on both sides of one that gets lost or does not: products may be added in any order
     // only while the exponents lie close together.
     const std::size_t outer = t.OneOf({1U, 3U, 3U});
-    kernel.taps.assign(2 * outer + 1, std::ldexp(t.OneOf({1.0, -1.5}), t.OneIn(6) ? 40 : t.Int(9, 16)));
+    kernel.taps.assign(2 * outer + 1, std::ldexp(t.OneOf({1.5, -1.5}), t.OneIn(6) ? 40 : t.Int(10, 14)));
     kernel.taps[outer] = t.OneOf({0x1.fffffep-2, 0x1.fffffep-2, 0.5, 1.25, -0x1p-53});
     kernel.palette.assign(kernel.taps.size(), t.OneOf({-32768, -32767}));
     std::fill(kernel.palette.begin() + static_cast<int>(outer), kernel.palette.end(), 32767);
@@ -282,18 +308,16 @@ void SetNull(Arguments& a, int list, std::int64_t row) {
 
 Arguments DrawPipelineRow(Trial& t) {
   const Kernel kernel = DrawKernel(t, UINT8_MAX, 15);
-  const RegionSize size = {t.Width(), t.Int(1, 3)};
+  const RegionSize size = {t.OneIn(4) ? t.Int(100, 500) : t.Width(), t.Int(1, 3)};
   Image& src = t.New<BW8>(size);
   kernel.Fill<BW8>(t, src);
   Image& rows = DrawRows(t, size.width, size.height, kernel);
   if (t.OneIn(16)) rows.Set<void*>(t.Int(0, size.height - 1), 0, nullptr);
   const int anchor = t.OneIn(2) ? kernel.count() / 2 : t.Int(0, kernel.count() - 1);
   const int divisor = t.OneIn(32) ? INT32_MIN : kernel.divisor;
-  Arguments arguments = {src, rows.data(), size, kernel.In<std::int16_t>(t), kernel.count(), anchor};
-  for (const Value& value : Arguments{t.Int(0, 4), t.Int(0, 255), divisor, PipelineBuffer(t, kernel.count())}) {
-    arguments.Add(value);
-  }
-  return arguments;
+  const Value taps = kernel.In<std::int16_t>(t);
+  const Value buffer = PipelineBuffer(t, kernel.count());
+  return {src, rows.data(), size, taps, kernel.count(), anchor, t.Int(0, 4), t.Int(0, 255), divisor, buffer};
 }
 
 // The column whose pixel stands at x, in a row that goes on by repeating its edge, from its other end, mirrored about
@@ -329,13 +353,13 @@ StatusCode PipelineRow(View<const BW8> src, std::int16_t* const* dstRows, Region
 }
 
 Arguments DrawPipelineColumn(Trial& t) {
-  const int white = t.OneOf({1, 16, 255, 255, 300, 1023, 4095, 32767});
+  const int white = t.OneOf({1, 16, 255, 255, 300, 4095, 32767, 32767});
   Kernel kernel = DrawKernel(t, white, 15);
   const int least = t.OneOf({0, 0, 0, -white - 1});
   for (int i = kernel.palette.empty() && !t.OneIn(4) ? 20 : 0; i > 0; --i) {
     kernel.palette.push_back(t.OneOf({least, white, t.Int(least, white)}));
   }
-  const RegionSize size = {t.Width(), t.Int(1, 3)};
+  const RegionSize size = {t.OneIn(4) ? t.Int(100, 500) : t.Width(), t.Int(1, 3)};
   const Image& rows = DrawRows(t, size.width, size.height + kernel.count() - 1, kernel);
   const Image& dst = t.New<BW8>(size);
   const int divisor = t.OneIn(32) ? INT32_MIN : kernel.divisor;
@@ -481,7 +505,7 @@ Operation StepOf() {
 // normalised.
 Kernel DrawLayerKernel(Trial& t) {
   const int kind = t.Int(0, 8);
-  Kernel kernel(2 * (t.OneIn(6) ? t.OneOf({8, 20, t.Int(5, 22)}) : t.Int(1, 4)) + 1);
+  Kernel kernel(2 * (t.OneIn(10) ? t.Int(5, 22) : t.Int(1, 4)) + 1);
   const int centre = kernel.count() / 2;
   int sum = 0;
   for (int i = 0; i <= centre; ++i) {
@@ -581,25 +605,33 @@ int ReducedSize(int n, FLOAT32 rate) {
 
 // Images from 1x1 on, larger than their kernel or not, and states for larger ones.
 Arguments DrawReduce(Trial& t) {
-  const Kernel kernel = DrawLayerKernel(t);
+  Kernel kernel = DrawLayerKernel(t);
   FLOAT32 rate = DrawRate(t);
   RegionSize size = t.OneIn(2) ? RegionSize{t.Int(1, 10), t.Int(1, 10)} : RegionSize{t.Width(), t.Int(1, 40)};
   if (t.OneIn(4)) size = {kernel.count() + t.Int(0, 9), kernel.count() + t.Int(0, 3)};
-  if (t.OneIn(4)) size.width = (size.width + 7) / 8 * 8;
-  if (kernel.count() == 17 && t.OneIn(2)) {
-    // Tables are used up to their ends.
-    rate = static_cast<FLOAT32>(t.Real(1.001, 1.06));
-    size = {16, t.Int(1, 16)};
-  }
-  if (t.OneIn(32) && kernel.count() < 10) {
-    // So large that twice the reduced size falls behind.
-    rate = 2.0000198F;
-    const int large = t.Int(100990, 101090);
-    size = t.OneIn(2) ? RegionSize{large, t.Int(1, 2)} : RegionSize{t.Int(1, 2), large};
+  int darkest = t.OneOf({-1, -1, -1, 0, 250, 255});
+  const int large = t.Int(101050, 101200);
+  switch (t.Int(0, 50)) {
+    case 0:  // tables are used up to their ends
+      kernel.taps.assign(17, 1);
+      rate = static_cast<FLOAT32>(t.Real(1.001, 1.06));
+      size = {16, t.Int(1, 16)};
+      break;
+    case 1:  // white becomes more than that
+      kernel.taps.assign(41, 1);
+      size = {42 + t.Int(0, 9), 42 + t.Int(0, 3)};
+      darkest = 255;
+      break;
+    case 2:  // so large that twice the reduced size falls behind
+      kernel.taps.assign(3, 1);
+      rate = 2.0000198F;
+      size = t.OneIn(2) ? RegionSize{large, t.Int(1, 2)} : RegionSize{t.Int(1, 2), large};
+      break;
+    default:
+      break;
   }
   Image& src = t.New<BW8>(size);
-  const int darkest = t.OneOf({0, 250, 255});
-  if (t.OneIn(2)) src.Fill<BW8>([&] { return static_cast<BW8>(t.OneIn(2) ? 255 : darkest); });
+  if (darkest >= 0) src.Fill<BW8>([&] { return static_cast<BW8>(t.OneIn(2) ? 255 : darkest); });
   const RegionSize reduced = {ReducedSize(size.width, rate), ReducedSize(size.height, rate)};
   const Image& dst = t.New<BW8>(reduced);
   auto* const taps = kernel.In<std::int16_t>(t);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "filter/pyramid/layer.h"
+#include "filter/separable/divisor.h"
 #ifndef _WIN32
 #include <unistd.h>
 #endif
@@ -29,6 +30,23 @@ TEST(FilterBW8DeathTest, NeverReturnsForTheLowestDivisor) {
   EXPECT_EXIT(call(), testing::KilledBySignal(SIGALRM), "");
 }
 #endif
+
+// The integer rule against the stated one, at every threshold between two bytes and on both sides of it.
+TEST(RoundedDivisionTest, IsTheRuleAtEveryThreshold) {
+  for (std::int32_t divisor = 1; divisor <= (1 << 22);
+       divisor += divisor <= RoundedDivision::kLargestOther ? 1 : divisor) {
+    ASSERT_TRUE(RoundedDivision::Serves(divisor));
+    const RoundedDivision division = RoundedDivision::Of(divisor, DeriveDivisorScale(divisor));
+    const auto factor = static_cast<double>(static_cast<float>(1.0 / divisor));
+    for (std::int32_t byte = 0; byte < 256; ++byte) {
+      const std::int32_t threshold = byte * divisor + (divisor + 1) / 2;
+      for (std::int32_t sum = std::max(0, threshold - 2); sum <= threshold + 2; ++sum) {
+        const int expected = static_cast<int>(std::min(sum * factor + 0.5, 255.0));
+        ASSERT_EQ(std::min(255, (sum + division.addend) / divisor), expected) << sum << " / " << divisor;
+      }
+    }
+  }
+}
 
 // Every sum that a window can make: a flat one, and pixels one brighter whose weights add up to the rest.
 TEST(GaussTest, RoundsEverySum) {
