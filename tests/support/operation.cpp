@@ -90,9 +90,6 @@ void Restore(Trial& trial, const Snapshot& snapshot) {
   for (std::size_t i = 0; i < snapshot.size(); ++i) trial.images[i].SetBytes(snapshot[i]);
 }
 
-namespace {
-
-// The error of all values together. Those that are not finite must be equal.
 double RelativeError(const std::vector<double>& values, const std::vector<double>& expected) {
   double error = 0;
   double norm = 0;
@@ -106,8 +103,6 @@ double RelativeError(const std::vector<double>& values, const std::vector<double
   }
   return error == 0 ? 0 : std::sqrt(error / norm);
 }
-
-}  // namespace
 
 std::string Difference(Trial& trial, const Snapshot& expected) {
   std::ostringstream text;
@@ -170,7 +165,7 @@ RunOutcome Run(const Operation& operation, Trial& trial, AnyFunction address) {
   for (Image& image : trial.images) {
     if (image.IsPointers()) continue;
     image.UnifyNaNs();
-    if (trial.tolerance > 0 && image.IsFloat()) {
+    if (trial.tolerance > 0 && result == 0 && image.IsFloat()) {
       const std::vector<double> values = image.Values();
       outcome.approximate.insert(outcome.approximate.end(), values.begin(), values.end());
     } else {
@@ -178,6 +173,18 @@ RunOutcome Run(const Operation& operation, Trial& trial, AnyFunction address) {
     }
   }
   return outcome;
+}
+
+std::vector<RunOutcome> RunAll(std::uint32_t firstSeed, std::uint32_t seeds,
+                               const std::function<AnyFunction(AnyFunction)>& by) {
+  std::vector<RunOutcome> outcomes;
+  for (const Operation& operation : WithExport()) {
+    for (std::uint32_t seed = firstSeed; seed < firstSeed + seeds; ++seed) {
+      Trial trial(seed);
+      outcomes.push_back(Run(operation, trial, by(operation.call.address)));
+    }
+  }
+  return outcomes;
 }
 
 }  // namespace norvala_test

@@ -274,13 +274,22 @@ std::string Difference(Trial& trial, const Snapshot& expected);
 // folds the reference's status to 0 or -1.
 std::string Compare(const Operation& operation, Trial& trial, const Arguments& arguments, bool byExport);
 
-// What a call returned and wrote: a hash, or the numbers of results that rest on the runtime's sine.
+// The error of all values together, relative to them. Those that are not finite must be equal.
+double RelativeError(const std::vector<double>& values, const std::vector<double>& expected);
+
+// What a call returned and wrote: a hash, and the numbers of results that rest on the runtime's sine.
 struct RunOutcome {
+  bool operator==(const RunOutcome&) const = default;
   std::uint64_t hash = 0;
   std::vector<double> approximate;
 };
 
 // Makes up a call, now and then one with an argument that must be refused, and makes it at the given address.
 RunOutcome Run(const Operation& operation, Trial& trial, AnyFunction address);
+
+// Runs all exports, each with some seeds, at addresses made of theirs.
+std::vector<RunOutcome> RunAll(
+    std::uint32_t firstSeed, std::uint32_t seeds,
+    const std::function<AnyFunction(AnyFunction)>& by = [](AnyFunction address) { return address; });
 
 }  // namespace norvala_test

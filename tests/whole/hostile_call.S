@@ -1,11 +1,11 @@
-// The road from a call to the export, through a hostile host: the arguments are copied to a stack that keeps only 4-byte
-// alignment, and the floating-point units are in a state of the host's choice. Counts the calls that changed that state.
+// The road to an export through a hostile host: the arguments are copied to a stack that keeps only 4-byte alignment,
+// and the floating-point units are in a state of the host's choice. Counts the calls that changed that state.
 
 #define JOIN2(a, b) a##b
 #define JOIN(a, b) JOIN2(a, b)
 #define NAME(symbol) JOIN(__USER_LABEL_PREFIX__, symbol)
 
-// Number of the export in eax, its arguments behind the return address. Up to 24 words of arguments are copied.
+// Takes the export's arguments behind the return address, up to 24 words of them.
     .text
     .globl NAME(norvala_hostile_call)
 NAME(norvala_hostile_call):
@@ -15,7 +15,7 @@ NAME(norvala_hostile_call):
     pushl %edi
     pushl %ebx
     subl $16, %esp
-    movl NAME(norvala_hostile_targets)(,%eax,4), %edx
+    movl NAME(norvala_hostile_target), %edx
     fnstcw -16(%ebp)
     stmxcsr -20(%ebp)
     fldcw NAME(norvala_hostile_x87)
