@@ -151,7 +151,7 @@ void Image::SetBytes(const std::vector<unsigned char>& bytes) {
 
 template <class T>
 void Image::UnifyNaNsOf() {
-  ForEachPixel(size_, [&](int x, int y) {
+  ForEachElement([&](int x, int y) {
     T value;
     std::memcpy(&value, Address(x, y), sizeof value);
     if (std::isnan(value)) Set(x, y, std::numeric_limits<T>::quiet_NaN());
@@ -166,7 +166,8 @@ void Image::UnifyNaNs() {
 
 std::vector<double> Image::Values() const {
   std::vector<double> values;
-  ForEachPixel(IsFloat() ? size_ : RegionSize{}, [&](int x, int y) {
+  if (!IsFloat()) return values;
+  ForEachElement([&](int x, int y) {
     values.push_back(kind_ == Kind::Float64 ? View(static_cast<double*>(data()), rowStep_)(x, y)
                                             : View(static_cast<float*>(data()), rowStep_)(x, y));
   });
@@ -175,9 +176,8 @@ std::vector<double> Image::Values() const {
 
 void Image::SetValues(const std::vector<double>& values) {
   auto value = values.begin();
-  ForEachPixel(size_, [&](int x, int y) {
-    kind_ == Kind::Float64 ? Set(x, y, *value++) : Set(x, y, static_cast<float>(*value++));
-  });
+  ForEachElement(
+      [&](int x, int y) { kind_ == Kind::Float64 ? Set(x, y, *value++) : Set(x, y, static_cast<float>(*value++)); });
 }
 
 }  // namespace norvala_test

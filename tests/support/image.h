@@ -78,17 +78,15 @@ class Image {
   // Makes all elements, those around the region included, row by row.
   template <class T, class Make>
   void Fill(Make make) {
-    for (int y = -around_.above; y < size_.height + around_.below; ++y) {
-      for (int x = -around_.left; x < size_.width + around_.right; ++x) Set<T>(x, y, make());
-    }
+    ForEachElement([&](int x, int y) { Set<T>(x, y, make()); });
   }
 
   // All of the memory, what lies outside of the rows included: equal bytes mean that nothing else was written.
   std::vector<unsigned char> Bytes() const;
   void SetBytes(const std::vector<unsigned char>& bytes);
-  // Makes all NaNs of the region one and the same, unless they are compared as bits, and clears scratch memory.
+  // Makes all NaNs one and the same, unless they are compared as bits, and clears scratch memory.
   void UnifyNaNs();
-  // The elements of the region of a float image, row by row; none of any other.
+  // The elements of a float image, those around the region included, row by row; none of any other.
   std::vector<double> Values() const;
   void SetValues(const std::vector<double>& values);
   bool IsFloat() const { return kind_ == Kind::Float32 || kind_ == Kind::Float64; }
@@ -98,6 +96,12 @@ class Image {
   Image(Choices& choices, RegionSize size, const Around& around, int elementSize, Kind kind);
   unsigned char* Address(int x, int y) const {
     return origin_ + std::ptrdiff_t{y} * rowStep_ + std::ptrdiff_t{x} * elementSize_;
+  }
+  template <class F>
+  void ForEachElement(F f) const {
+    for (int y = -around_.above; y < size_.height + around_.below; ++y) {
+      for (int x = -around_.left; x < size_.width + around_.right; ++x) f(x, y);
+    }
   }
   template <class T>
   void UnifyNaNsOf();

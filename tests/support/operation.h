@@ -77,8 +77,8 @@ class Trial : public Choices {
   std::vector<std::shared_ptr<void>> objects;  // that the library made, released with the trial
   // For results that rest on the runtime's sine: how far the floats of an image may be off, relative to all of them, in
   // the Euclidean norm.
-  double slack = 0;  // the same, for exact results whose reference rounds otherwise
   double tolerance = 0;
+  double slack = 0;  // the same, for exact results whose reference rounds otherwise
 };
 
 // ---- Calls ----
@@ -279,7 +279,10 @@ double RelativeError(const std::vector<double>& values, const std::vector<double
 
 // What a call returned and wrote: a hash, and the numbers of results that rest on the runtime's sine.
 struct RunOutcome {
-  bool operator==(const RunOutcome&) const = default;
+  bool operator==(const RunOutcome& other) const {
+    return hash == other.hash && approximate.size() == other.approximate.size() &&
+           RelativeError(approximate, other.approximate) == 0;
+  }
   std::uint64_t hash = 0;
   std::vector<double> approximate;
 };

@@ -3,23 +3,23 @@
 
 #include <cstdio>
 
-#include "support/catalogue.h"
+#include "support/operation.h"
 
 int main() {
   constexpr std::uint32_t kSeeds = 150;
-  for (const norvala_test::Call& call : norvala_test::Catalogue()) {
-    norvala_test::Outcome all;
+  for (const norvala_test::Operation& operation : norvala_test::WithExport()) {
+    const char* const name = operation.call.name.c_str();
+    std::uint64_t all = 0;
     for (std::uint32_t seed = 0; seed < kSeeds; ++seed) {
-      norvala_test::Choices choices(seed);
-      norvala_test::Outcome outcome;
-      call.run(choices, outcome);
-      all.Add(static_cast<std::int64_t>(outcome.hash()));
-      if (seed >= 20 || outcome.approximate().empty()) continue;
-      std::printf("~ %s %u", call.name, static_cast<unsigned>(seed));
-      for (const double value : outcome.approximate()) std::printf(" %.9g", value);
+      norvala_test::Trial trial(seed);
+      const norvala_test::RunOutcome outcome = Run(operation, trial, operation.call.address);
+      all = (all ^ outcome.hash) * 1099511628211ULL;
+      if (seed >= 20 || outcome.approximate.empty()) continue;
+      std::printf("~ %s %u", name, static_cast<unsigned>(seed));
+      for (const double value : outcome.approximate) std::printf(" %.9g", value);
       std::printf("\n");
     }
-    std::printf("= %s %016llx\n", call.name, static_cast<unsigned long long>(all.hash()));
+    std::printf("= %s %016llx\n", name, static_cast<unsigned long long>(all));
   }
   return 0;
 }

@@ -3,6 +3,7 @@
 usage: compare_checksums.py [--] COMMAND [--] COMMAND ...   (commands are separated by --)
 """
 
+import math
 import subprocess
 import sys
 
@@ -46,8 +47,9 @@ def main():
                 print(f"{name}: {build} differs from {reference}")
         for key, values in builds[build][1].items():
             wanted = approximate[key]
-            scale = max((abs(value) for value in wanted), default=0.0) or 1.0
-            error = max((abs(a - b) for a, b in zip(values, wanted)), default=0.0) / scale
+            scale = max((abs(value) for value in wanted if math.isfinite(value)), default=0.0) or 1.0
+            error = max((0.0 if a == b or a != a and b != b else abs(a - b) for a, b in zip(values, wanted)),
+                        default=0.0) / scale
             worst = max(worst, error)
             if len(values) != len(wanted) or not error <= BOUND:
                 problems += 1

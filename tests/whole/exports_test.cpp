@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <fstream>
 #include <set>
 
@@ -50,7 +49,7 @@ TEST(OperationsTest, AreTheExports) {
   }
   std::set<std::string> names;
   for (const Operation& operation : WithExport()) names.insert(operation.call.name);
-  EXPECT_TRUE(std::includes(exports.begin(), exports.end(), names.begin(), names.end()));
+  EXPECT_EQ(names, exports);
 }
 
 }  // namespace
