@@ -171,8 +171,8 @@ template <class T>
 struct WarpCall {
   WarpCall(const Arguments& a, bool quads)
       : size{static_cast<int>(a[1].integer), static_cast<int>(a[2].integer)},
-        src(static_cast<const T*>(a[0].pointer), a[3].integer),
-        dst(static_cast<T*>(a[quads ? 6 : 5].pointer), a[quads ? 7 : 6].integer),
+        src(static_cast<const T*>(a[0].pointer), static_cast<std::ptrdiff_t>(a[3].integer)),
+        dst(static_cast<T*>(a[quads ? 6 : 5].pointer), static_cast<std::ptrdiff_t>(a[quads ? 7 : 6].integer)),
         from(ReadRect(a[4])),
         to(ReadRect(a[quads ? 8 : 7])),
         kernel(FitKernel(static_cast<std::int32_t>(a[quads ? 10 : 9].integer) & INT32_MAX, size)),
