@@ -69,12 +69,6 @@ inline F64x2x2 ConvertToDoubles(V v) {
   return {__builtin_shufflevector(all, all, 0, 1), __builtin_shufflevector(all, all, 2, 3)};
 }
 template <class V>
-inline void ConvertToDoubles(V v, F64x2& low, F64x2& high) {
-  const F64x2x2 all = ConvertToDoubles(v);
-  low = all.low;
-  high = all.high;
-}
-template <class V>
 inline V ConvertFromDoubles(F64x2 low, F64x2 high) {
   return __builtin_convertvector(__builtin_shufflevector(low, high, 0, 1, 2, 3), V);
 }

@@ -25,10 +25,12 @@ struct ShortTraits {
 
   void Widen(const void* from, F64x2 (&values)[4]) const {
     const auto pixels = LoadUnaligned<I16x8>(from);
-    const auto low = BitCastLanes<I32x4>(__builtin_shufflevector(pixels, pixels, 0, 0, 1, 1, 2, 2, 3, 3)) >> 16;
-    const auto high = BitCastLanes<I32x4>(__builtin_shufflevector(pixels, pixels, 4, 4, 5, 5, 6, 6, 7, 7)) >> 16;
-    ConvertToDoubles(low, values[0], values[1]);
-    ConvertToDoubles(high, values[2], values[3]);
+    const F64x2x2 low = ConvertToDoubles(BitCastLanes<I32x4>(InterleaveLow(pixels, pixels)) >> 16);
+    const F64x2x2 high = ConvertToDoubles(BitCastLanes<I32x4>(InterleaveHigh(pixels, pixels)) >> 16);
+    values[0] = low.low;
+    values[1] = low.high;
+    values[2] = high.low;
+    values[3] = high.high;
   }
 
   // Rounds half away from zero and saturates. The bounds are whole numbers, so that they may as well come first. A sum

@@ -14,7 +14,11 @@ struct FloatTraits {
 
   void Widen(const void* pixels, F64x2 (&values)[vectors]) const {
     const Unaligned<FLOAT32>* const from = static_cast<const Unaligned<FLOAT32>*>(pixels);
-    for (int k = 0; k < vectors; k += 2) ConvertToDoubles(LoadUnaligned<F32x4>(from + 2 * k), values[k], values[k + 1]);
+    for (int k = 0; k < vectors; k += 2) {
+      const F64x2x2 four = ConvertToDoubles(LoadUnaligned<F32x4>(from + 2 * k));
+      values[k] = four.low;
+      values[k + 1] = four.high;
+    }
   }
   void Narrow(const F64x2 (&sums)[vectors], void* pixels) const {
     Unaligned<FLOAT32>* const to = static_cast<Unaligned<FLOAT32>*>(pixels);
