@@ -207,9 +207,14 @@ Arguments DrawDistances(Trial& t) {
                                          {1e31F, 1.5e31F},
                                          {1e-30F, 1.9e-30F},
                                          {16777217.0F, 1}});
-  const bool usual = t.OneIn(4);
-  const auto unit = [&] { return static_cast<FLOAT32>(t.Real(0.01, 3)); };
-  return {mask, distances, size, usual ? t.Array({weights[0], weights[1]}) : t.Array({unit(), unit()})};
+  // Others are random, or such that two ways of steps are equally long but for rounding.
+  const auto unit = static_cast<FLOAT32>(t.Real(0.01, 3));
+  const auto other = t.OneOf({unit, 2 * unit, static_cast<FLOAT32>(t.Real(0.01, 3))});
+  const Image& metrics = t.New<FLOAT32>({2, 1});
+  const bool usual = t.OneIn(2);
+  View(static_cast<FLOAT32*>(metrics.data())).Set(0, 0, usual ? weights[0] : unit);
+  View(static_cast<FLOAT32*>(metrics.data())).Set(1, 0, usual ? weights[1] : other);
+  return {mask, distances, size, metrics.data()};
 }
 
 Checks DistanceChecks() {
