@@ -148,6 +148,42 @@ TEST(Dft1DTest, StaysInsideTheStatedScratch) {
   }
 }
 
+// An even number of real values comes from the transform of half as many complex ones in double precision.
+TEST(Dft1DTest, RebuildsEvenLengthsInDouble) {
+  for (const int n : {12, 18, 24, 30, 36, 40, 60, 100}) {
+    const int m = n / 2;
+    dft::SharedRoots roots;
+    DftSpec1DComplex* half = nullptr;
+    DftSpec1DReal* whole = nullptr;
+    ASSERT_EQ(CreateDftSpec1DComplex(&half, m, 8, 2, roots), Success);
+    ASSERT_EQ(CreateDftSpec1DReal(&whole, n, 8, 2, roots), Success);
+    const Floats x = Noise(n);
+    std::vector<dft::Complex<float>> z(static_cast<std::size_t>(m));
+    std::memcpy(z.data(), x.data(), x.size() * sizeof(float));
+    EXPECT_EQ(RunDft1DComplex(z.data(), z.data(), half, nullptr), Success);
+    Floats packed(x.size());
+    EXPECT_EQ(RunDft1DReal(x.data(), packed.data(), whole, nullptr), Success);
+    for (int k = 1; 2 * k < m; ++k) {
+      const double angle = k * (6.283185307179586 / n);
+      const double tr = 0.5F * static_cast<float>(std::cos(angle));
+      const double ti = 0.5F * -static_cast<float>(std::sin(angle)) + 0.5F;
+      const auto [xr, xi] = z[static_cast<std::size_t>(k)];
+      const auto [yr, yi] = z[static_cast<std::size_t>(m - k)];
+      const double difference = static_cast<double>(xr) - yr;
+      const double sum = static_cast<double>(xi) + yi;
+      const double s = ti * difference + tr * sum;
+      const double t = sum * ti - difference * tr;
+      const auto at = [&](int i) { return packed[static_cast<std::size_t>(i)]; };
+      EXPECT_EQ(at(2 * k - 1), static_cast<float>(yr + s)) << n << ", " << k;
+      EXPECT_EQ(at(2 * k), static_cast<float>(t - yi)) << n << ", " << k;
+      EXPECT_EQ(at(2 * (m - k) - 1), static_cast<float>(xr - s)) << n << ", " << k;
+      EXPECT_EQ(at(2 * (m - k)), static_cast<float>(t - xi)) << n << ", " << k;
+    }
+    FreeDftSpec1DComplex(half);
+    FreeDftSpec1DReal(whole);
+  }
+}
+
 TEST(Dft1DTest, StatusesInOrder) {
   dft::SharedRoots roots;
   DftSpec1DReal* real = nullptr;
