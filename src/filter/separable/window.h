@@ -38,7 +38,7 @@ struct SeparableCall {
   }
 
   // Tap `j` of the mirrored kernel: the order in which the taps meet the source from left to right or top to bottom.
-  Tap MirroredTap(std::int32_t j) const { return reinterpret_cast<const Unaligned<Tap>*>(kernel)[kernelSize - 1 - j]; }
+  Tap MirroredTap(std::int32_t j) const { return LoadUnaligned<Tap>(kernel + (kernelSize - 1 - j)); }
 
   bool IsSymmetric() const {
     for (std::int32_t j = 0; j < kernelSize / 2; ++j) {
