@@ -63,29 +63,29 @@ T* AlignedArea(void* address) {
 // left half count. Returns whether the right half mirrors the left. `normalised` is zeroed and has room for one tap
 // more than `size`: a kernel whose taps sum to 0 is stored as given, its left half mirrored one place too far right.
 bool NormaliseKernel(const std::int16_t* kernel, std::int32_t size, std::int16_t* normalised) {
-  const auto* const taps = reinterpret_cast<const Unaligned<std::int16_t>*>(kernel);
+  const auto tap = [=](std::ptrdiff_t i) { return LoadUnaligned<std::int16_t>(kernel + i); };
   const std::ptrdiff_t centre = size / 2;
   const std::ptrdiff_t last = size - 1;
   bool symmetric = true;
   std::int64_t left = 0;
   for (std::ptrdiff_t i = 0; i < centre; ++i) {
-    symmetric = symmetric && taps[i] == taps[last - i];
-    left += taps[i];
+    symmetric = symmetric && tap(i) == tap(last - i);
+    left += tap(i);
   }
-  const std::int64_t sum = taps[centre] + 2 * left;
+  const std::int64_t sum = tap(centre) + 2 * left;
   // Stored as they are, the left half mirrored one place further right: the first tap comes to lie behind the last.
   if (sum == 0) {
-    normalised[centre] = taps[centre];
-    for (std::ptrdiff_t i = 0; i < centre; ++i) normalised[i] = normalised[size - i] = taps[i];
+    normalised[centre] = tap(centre);
+    for (std::ptrdiff_t i = 0; i < centre; ++i) normalised[i] = normalised[size - i] = tap(i);
     return symmetric;
   }
   const double half = 4.0 * static_cast<double>(sum) * 0.5;
-  const auto scaled = [&](std::int16_t tap) {
-    const auto fourteenBits = static_cast<std::int32_t>(4.0 * tap / half * 8192 + 0.5);
+  const auto scaled = [&](std::int16_t value) {
+    const auto fourteenBits = static_cast<std::int32_t>(4.0 * value / half * 8192 + 0.5);
     return static_cast<std::int16_t>(static_cast<std::int16_t>(fourteenBits) >> 1);
   };
-  normalised[centre] = scaled(taps[centre]);
-  for (std::ptrdiff_t i = 0; i < centre; ++i) normalised[i] = normalised[last - i] = scaled(taps[i]);
+  normalised[centre] = scaled(tap(centre));
+  for (std::ptrdiff_t i = 0; i < centre; ++i) normalised[i] = normalised[last - i] = scaled(tap(i));
   return symmetric;
 }
 

@@ -118,10 +118,11 @@ StatusCode FilterIntegerKernel(const FloatKernelTable& filter, const BW16* src, 
   if (divisor == 0) return StatusCode::ZeroDivisor;
   const AlignedVector<FLOAT32> scaled(kernelSize);
   if (!scaled) return StatusCode::WorkBufferUnavailable;
-  const auto* taps = reinterpret_cast<const Unaligned<std::int32_t>*>(kernel);
   const auto factor = static_cast<FLOAT32>(1.0 / divisor);
   // The product of two floats is exact in double precision: rounding it to float is the float product.
-  for (std::int32_t i = 0; i < kernelSize; ++i) scaled[i] = static_cast<FLOAT32>(taps[i]) * factor;
+  for (std::int32_t i = 0; i < kernelSize; ++i) {
+    scaled[i] = static_cast<FLOAT32>(LoadUnaligned<std::int32_t>(kernel + i)) * factor;
+  }
   return filter(src, srcStep, dst, dstStep, size, scaled.data(), kernelSize, anchor);
 }
 
