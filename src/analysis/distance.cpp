@@ -8,7 +8,8 @@
 // neighbours that the pass has seen; the bound is 0 or the largest float in the forward pass (zero and other pixels of
 // the mask) and the pixel's distance so far in the backward pass. Rounding to float keeps order and the double sum of
 // two floats rounded to float is their float sum, so sums and minima in float, in any order, give the bits of double
-// ones. A neighbour that does not exist, and a weight that is not used, is infinite.
+// ones. Equal sums are equal floats: it does not matter which neighbour wins. A neighbour that does not exist, and a
+// weight that is not used, is infinite.
 
 namespace norvala {
 namespace {
@@ -188,11 +189,12 @@ StatusCode DistanceTransform3x3BW8ToFLOAT32(const BW8* src, std::int32_t srcStep
   const float diagonal = weights[1];
   if (!(straight > 0.0F) || !(diagonal > 0.0F)) return StatusCode::BadCoefficients;
 
-  // Two straight steps that are no longer than a diagonal one make diagonals useless.
+  // Where two straight steps are no longer than a diagonal one, diagonals are left out, although rounding can make two
+  // straight steps the longer way.
   const bool diagonals = 2.0 * straight > diagonal;
   const Weights used = {straight, diagonals ? diagonal : kInfinity};
-  // A diagonal step that is shorter than a straight one makes two of them, by way of the missing row below, the way
-  // over two columns of the last row.
+  // With a diagonal step shorter than a straight one, both passes treat the last row as if one more row lay below it:
+  // two diagonal steps through that row lead over two columns. No such row is assumed on the other sides.
   const bool skips = straight > diagonal && size.width > 1 && size.height > 1;
   const float skip = skips ? 2.0F * diagonal : kInfinity;
 

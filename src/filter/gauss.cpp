@@ -8,8 +8,8 @@ namespace {
 constexpr std::int32_t kMask3x3 = 33;
 constexpr std::int32_t kMask5x5 = 55;
 
-// A row of horizontal sums. Those of every single row of both masks fit 16 bits, and so do the sums of two rows that
-// have the same weights.
+// A row of horizontal sums, or two rows that have the same weights added up. With weights that sum to at most 255 in
+// one row (middle) and to 256 and 60 in the two rows added up (near, outer), no sum exceeds 256 * 255 = 65280.
 using Sums = std::uint16_t;
 
 // ---- 3x3 ----
@@ -58,8 +58,8 @@ void SumRow5(const Unaligned<BW8>* __restrict src, std::int32_t width, Sums* __r
   }
 }
 
-// A destination row from the sums of its five rows, dividing by 571. For every total that bytes can make, 0 .. 571 *
-// 255, the result in floats is that of ((total + 286) * 29382) >> 24: the nearest integer.
+// A destination row from the sums of its five rows. Divides by 571, to the nearest integer: the divisor is odd, so no
+// total lies half-way, and for every total 0 .. 571 * 255 the float product is close enough.
 void JoinRows5(const Sums* __restrict outer0, const Sums* __restrict near0, const Sums* __restrict middle,
                const Sums* __restrict near1, const Sums* __restrict outer1, std::int32_t width,
                Unaligned<BW8>* __restrict dst) {

@@ -6,8 +6,9 @@
 
 namespace norvala {
 
-// Processor level, 0 to 4: 0 portable, 1 SSE, 2 SSE2, 3 SSE3, 4 SSSE3. Starts at 0; only the selection routines of
-// frame/processor.h write it.
+// Processor level, 0 to 4: 0 portable, 1 SSE, 2 SSE2, 3 SSE3, 4 SSSE3. Only the selection routines of frame/processor.h
+// write it, and the library itself never calls them: the level stays at 0. Selection is for a build that adds
+// implementations, and for tests.
 extern std::int32_t ProcessorLevel;
 
 inline constexpr int kProcessorLevels = 5;

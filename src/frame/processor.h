@@ -6,7 +6,7 @@
 
 namespace norvala {
 
-// What the processor identification instruction tells, every field 32 bits.
+// What the processor identification instruction reports, every field 32 bits.
 struct ProcessorFeatures {
   std::uint32_t family;
   std::uint32_t stepping;
@@ -56,7 +56,7 @@ StatusCode SelectProcessorLevel(std::int32_t code);
 
 // Sets ProcessorLevel for a processor, by default the running one: level 0 for a code outside the table. Gives
 // ProcessorNotVerified when there is no identification or the vendor is not the one that the table was made for; the
-// level is set in every case.
+// level is set in every case. Without the identification instruction the code is 0 and the level 0.
 StatusCode SelectProcessorLevelAuto(const ProcessorIdentity& identity = IdentifyProcessor());
 
 }  // namespace norvala

@@ -23,7 +23,7 @@ struct BluesteinPlan {
   Complex<V>* Run(Complex<V>* data, Complex<V>* work) const;
 
   std::int64_t WorkLength() const { return 2 * std::int64_t{fft.length}; }
-  // The work area of four transforms side by side takes 64 bytes for every one of the M values, the FFT asks for 96.
+  // The FFT's own scratch (96 bytes a value) covers the work area of four transforms side by side (64).
   std::int64_t ScratchSize() const {
     return fft.ScratchSize() + static_cast<std::int64_t>(sizeof(Root)) * fft.length + std::int64_t{kScratchAlignment};
   }

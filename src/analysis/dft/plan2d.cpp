@@ -21,7 +21,7 @@ StatusCode Fill(DftSpec2D& spec, std::int32_t normalisation) {
   const std::int64_t rowShare = kRowShare * spec.width;
   const std::int64_t realColumnShare = kRowShare * spec.height;
   const std::int64_t columnShare = kColumnShare * spec.height;
-  // A bad flag is told before a size that is too large, and that before long tables are made for it.
+  // A bad flag is reported before a size that is too large, and that before long tables are made for it.
   StatusCode status = Normalisation{}.Set(normalisation, spec.width);
   if (status != StatusCode::Success) return status;
   if (std::max(rowShare, columnShare) > UINT32_MAX) return StatusCode::WorkBufferUnavailable;

@@ -7,11 +7,11 @@
 
 namespace norvala::dft {
 
-// The roots of unity of the order asked for last, for everyone who asks for the same order in succession.
+// The roots of unity of the order taken last, shared by all that take the same order in succession.
 class SharedRoots {
  public:
-  // Entry k is exp(-2 pi i k / order), evaluated in double and rounded. Null where the memory is lacking. Valid until
-  // another order is asked for.
+  // Entry k is exp(-2 pi i k / order), evaluated in double and rounded. Null where the memory cannot be had. Valid
+  // until another order is taken.
   const Root* OfOrder(std::int64_t order);
 
  private:

@@ -7,16 +7,17 @@
 #include "frame/aligned_memory.h"
 #include "frame/memory.h"
 
-// The memory in which transforms run. Every method tells how many values its work area has beside its data, and how
-// many bytes of scratch a specification that uses it asks for. An image adds a share of its own to the scratch of a
-// specification, and takes the most that any of its passes needs:
-// - Rows, four at once, add kRowShare bytes an element. They hold `length` ComplexLanes of data and the work area: the
-//   share is as large as the data, or half of it where two rows are the parts of one complex row.
-// - A real column adds the same; it holds its elements and the scratch.
-// - Complex columns, in blocks of four, add kColumnShare bytes an element: the data of one block and as much again. As
-//   no method but Bluestein's has a work area longer than its data, and that asks for what it needs, one block always
-//   fits; what is left holds more blocks.
-// - A single complex column holds its elements and the scratch.
+// The memory in which transforms run. A plan's WorkLength is the number of values in its work area, beside its data;
+// its ScratchSize is the scratchSize of the specification, in bytes. The scratch of an image is the most that one of
+// its passes needs, each pass being a share for its data plus the scratchSize of its specification:
+// - Rows, 4 at once or 8 paired (odd lengths): kRowShare bytes an element of the row. They hold plan.length
+//   ComplexLanes of data, all of the share, or twice the share where rows are paired, and the work area. An
+//   odd length by the direct sum holds as many F32x4, all of the share; up to 4 elements need nothing.
+// - A real column: as much for each of its elements. It holds these, then the scratch.
+// - Complex columns, 4 a block: kColumnShare bytes an element, which is two blocks. One block and its work area always
+//   fit: the work area is no longer than the data, but for Bluestein's method, whose scratchSize includes it. More
+//   blocks use what is left.
+// - A single complex column holds its elements, then the scratch.
 
 namespace norvala::dft {
 

@@ -30,8 +30,8 @@ struct FactorList {
   void Append(std::int32_t factor, std::int32_t length);
 };
 
-// Splits a length into factors 2 (at most one, in front), 4 and odd ones. Returns whether all of them are radices that
-// a pass may have; only powers of two may then be a single factor. Otherwise the list is of no use.
+// Splits a length into factors 2 (at most one, in front), 4 and odd ones. Returns false, with the list unusable, for 1,
+// for an odd prime, and where a factor exceeds the largest radix.
 bool Factorise(std::int32_t length, FactorList& list);
 
 struct StockhamPlan {

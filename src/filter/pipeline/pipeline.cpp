@@ -89,11 +89,11 @@ void PipelineKernel::ChooseArithmetic(std::int32_t divisor, ValueRange values) {
   } else if (std::has_single_bit(static_cast<std::uint32_t>(divisor))) {
     division_.UseShift(divisor);
   } else {
-    commonFactor_ = 1;
+    commonFactor_ = 1;  // Double divides by the whole divisor
   }
 }
 
-// The words of 1 are those of 2 with twice the sums: its reciprocal does not fit 16 bits.
+// The reciprocal of 1 does not fit 16 bits: sums are doubled and divided by 2.
 bool PipelineKernel::UseWords(std::int32_t divisor, ValueRange sums) {
   const std::int32_t scale = divisor == 1 ? 2 : 1;
   if (!division_.UseWords(scale * divisor, {scale * sums.low, scale * sums.high})) return false;

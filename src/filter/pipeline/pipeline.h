@@ -11,7 +11,7 @@
 
 // What the row and the column filter of the pipeline share: the size of their work buffers, kernels, and the division
 // of sums. A result is the product of a sum and the reciprocal of the divisor in double precision, clamped and
-// truncated; narrower arithmetic stands in wherever it makes the same.
+// truncated; narrower arithmetic is used wherever it makes the same.
 
 namespace norvala {
 
@@ -96,7 +96,7 @@ enum class TapLayout {
 // A kernel and its divisor, with the arithmetic that serves for a range of values.
 class PipelineKernel {
  public:
-  // `pairs` is the layout that sums of 32 bits want.
+  // `pairs` is the layout for sums of 32 bits.
   PipelineKernel(const std::int16_t* taps, std::int32_t count, std::int32_t divisor, ValueRange values,
                  TapLayout pairs);
 

@@ -9,9 +9,9 @@
 namespace norvala {
 namespace {
 
-// Pixels of a direction after reduction. Sizes from upper(d - 1) + 1 to upper(d) reduce to d, so every size has one
-// answer and the search finds it from any start. Products are rounded to single precision before their fraction is
-// dropped.
+// Pixels of a direction after reduction: the least d from 1 on with size <= upper(d). upper(d) is d * rate, rounded to
+// single precision and then truncated, but at least d + 1, so that a size above 1 always shrinks. It never falls:
+// the search finds d from any start.
 std::int32_t ReducedSize(std::int32_t size, FLOAT32 rate) {
   const auto upper = [rate](std::int64_t d) {
     const auto product = static_cast<FLOAT32>(static_cast<double>(d) * rate);

@@ -59,9 +59,9 @@ T* AlignedArea(void* address) {
 
 // ---- The kernel ----
 
-// Stores the taps of a kernel so that a flat region keeps its level times 8192; of the kernel only the centre and the
-// left half count. Returns whether the right half mirrors the left. `normalised` is zeroed and has room for one tap
-// more than `size`: a kernel whose taps sum to 0 is stored as given, its left half mirrored one place too far right.
+// Scales the taps to a sum of 8192 (13 fractional bits): each is formed with 14, half added and truncated towards zero,
+// cut to 16 bits, and shifted down by one. Only the centre and the left half of the kernel count; returns whether the
+// right half mirrors the left. `normalised` is zeroed and has room for one tap more than `size`.
 bool NormaliseKernel(const std::int16_t* kernel, std::int32_t size, std::int16_t* normalised) {
   const auto tap = [=](std::ptrdiff_t i) { return LoadUnaligned<std::int16_t>(kernel + i); };
   const std::ptrdiff_t centre = size / 2;
@@ -73,7 +73,8 @@ bool NormaliseKernel(const std::int16_t* kernel, std::int32_t size, std::int16_t
     left += tap(i);
   }
   const std::int64_t sum = tap(centre) + 2 * left;
-  // Stored as they are, the left half mirrored one place further right: the first tap comes to lie behind the last.
+  // Taps that sum to 0 are stored as they are, the left half mirrored one place too far right: the copy of the first
+  // comes to lie behind the last.
   if (sum == 0) {
     normalised[centre] = tap(centre);
     for (std::ptrdiff_t i = 0; i < centre; ++i) normalised[i] = normalised[size - i] = tap(i);

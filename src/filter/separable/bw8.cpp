@@ -6,30 +6,28 @@
 #include "filter/filter.h"
 #include "filter/reciprocal.h"
 
-// The three forms of the 8-bit filters. The first one that serves a kernel, whatever the pixels are, filters the
-// region; all make the same bytes.
+// The three forms of the 8-bit filters. The first one that fits a kernel and divisor, whatever the pixels are, filters
+// the region; all make the same bytes.
 //
-//   FilterInWords   sums of 16 bits: at most 64 taps, a divisor that RoundedDivision serves, and WordsServe
-//   FilterInPairs   sums of 32 bits, two products at a time: at most 64 taps, a divisor that RoundedDivision serves,
-//   and
-//                   no sum leaves 32 bits, with or without the rounding
-//   FilterInParts   sums of 32 bits that wrap, some of the taps after the others, divided in double precision: any
-//   kernel
-//                   and divisor
+// - FilterInWords: sums of 16 bits. At most 64 taps, a divisor that RoundedDivision serves, no sum of products beyond
+//   32 bits, and WordsServe.
+// - FilterInPairs: sums of 32 bits, two products at a time. At most 64 taps, a divisor that RoundedDivision serves, and
+//   no sum beyond 32 bits, with or without the rounding.
+// - FilterInParts: sums of 32 bits that wrap, 64 taps at a time, divided in double precision. Any kernel and divisor.
 //
 // The first two work without the common divisor of the taps and the divisor: {250, 500, 250} / 1000 is {1, 2, 1} / 4.
 
 namespace norvala {
 namespace {
 
-// Whether words hold all sums above the lowest one, with the rounding of the division, and can be divided.
+// Whether 16 bits hold every sum, counted from the lowest one and with the rounding addend, and the quotient is exact.
 bool WordsServe(const ReducedKernel& kernel) {
   if (kernel.highest - kernel.lowest > UINT16_MAX) return false;
   const std::int32_t divisor = kernel.division.divisor;
   if (divisor == 1) return kernel.highest <= INT16_MAX;  // bytes are packed from signed words
   if (RoundedDivision::IsPowerOfTwo(divisor))
     return divisor <= UINT16_MAX;  // lanes cannot be shifted by all their bits
-  // Quotients of 255 and more may be any such.
+  // Larger sums need not divide exactly: any quotient of 255 or more makes the byte 255.
   return std::min(kernel.highest, 255 * std::int64_t{divisor} - 1) <= WordReciprocal(divisor).largest;
 }
 

@@ -8,7 +8,8 @@ DivisorScale DeriveDivisorScale(std::int32_t divisor) {
   if (((bits - 1) & (bits | 0x80000000U)) != 0) {
     return {DivisorScale::Reciprocal, 0, 0, static_cast<float>(1.0 / divisor)};
   }
-  // Powers of two, and INT32_MIN, whose half never becomes 0: volatile keeps that loop a loop.
+  // INT32_MIN passes as a power of two, and halving it ends at -1: the loop does not end, which norvala.h warns of.
+  // volatile keeps the compiler from assuming that it ends.
   volatile std::int32_t half = divisor / 2;
   std::uint32_t shift = 0;
   while (half != 0) {

@@ -16,7 +16,7 @@ struct DivisorScale {
   float factor;
 };
 
-// Never returns for INT32_MIN; zero has no rule.
+// Does not return for INT32_MIN, as norvala.h warns; the divisor is not 0.
 DivisorScale DeriveDivisorScale(std::int32_t divisor);
 
 // The same rule as an integer division: the byte is floor((sum + addend) / divisor), clamped to 0..255.

@@ -17,7 +17,7 @@ int32_t Norvala_DFTFwdFLOAT32(const FLOAT32* src, int32_t srcStep, ComplexFLOAT3
   if (kCreateDftSpec2D(&spec, width, height, kUnnormalised, kHint) != StatusCode::Success) return -1;
   std::int32_t packedStep;
   FLOAT32* const packed = static_cast<FLOAT32*>(kMalloc2DFLOAT32(width, height, &packedStep));
-  // A lacking image is the transform's null destination.
+  // Where the image cannot be had, the null destination makes the transform fail.
   StatusCode status = kTransformPackedFLOAT32(src, srcStep, packed, packedStep, spec, nullptr);
   if (status == StatusCode::Success) {
     status = kExpandPackedFLOAT32(packed, {width, height}, packedStep, dst, dstStep);
@@ -49,7 +49,7 @@ int32_t Norvala_DistanceTransform3x3_BW8ToFLOAT32(const BW8* src, int32_t srcSte
 // ---- Random fill ----
 
 // A failure releases the state and its holder and leaves the destination untouched. Success keeps both, although nobody
-// can release them then: hosts rely on the call as it is, this loss of memory included.
+// can release them then: this loss of memory is part of the contract.
 int32_t Norvala_RandUniform_BW8(BW8* dst, int32_t length, int32_t low, int32_t high, uint32_t seed) {
   AlignedVector<RandUniformState*> holder(1);
   StatusCode status = kRandUniformCreateBW8(holder.data(), static_cast<BW8>(low), static_cast<BW8>(high), seed);

@@ -37,7 +37,7 @@ struct Footprints {
   }
 
   Footprint operator[](std::int32_t d) const {
-    // Parts below this come from rounding in the products and would only let in values that lie outside.
+    // Parts below this come from rounding in the products and would only let in a neighbour that is not covered.
     constexpr double kSliver = 1e-9;
     const double begin = d * reciprocal;
     const double end = std::min((d + 1.0) * reciprocal, static_cast<double>(span));

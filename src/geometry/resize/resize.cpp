@@ -12,7 +12,7 @@ StatusCode ResizeFLOAT32(const FLOAT32* src, RegionSize srcSize, std::int32_t sr
   ResizePlan plan;
   if (const StatusCode status = request.Plan(plan); status != StatusCode::Success) return status;
 
-  // With both factors 1, every interpolation asks for the pixels as they are.
+  // With both factors 1, every interpolation takes the pixels as they are.
   if (plan.columns.factor == 1.0 && plan.rows.factor == 1.0) return ResizeNearest(plan);
   switch (request.Kernel()) {
     case ResizeInterpolation::Nearest:

@@ -78,8 +78,9 @@ inline void SampleLinearInDoubles(const SourceImage& source, const Position* p, 
 //   the blend has a weighted mean; its difference and its product add one each: 4 * 2^-17 = 0.125 steps. The plain
 //   form's own roundings are 2^-30 times smaller.
 // - From 2048 on, the floats lie one step apart: each of the last two sums is rounded by at most half a step.
-// The last sum is 2048 plus the plain form's, plus two steps, and its bits count steps. Where the plain form's is
-// within 1.7 steps of a whole number, the lowest 12 bits are 1, 2 or 3; where they are more, the next 8 are the byte.
+// The last sum is 2048 plus the plain form's plus two steps, wrong by less than 1.7 steps, and its bits count steps.
+// Where its lowest 12 bits are 4 or more, the plain form's sum lies more than 0.3 steps above the same whole number and
+// below the next: the 8 bits above are the byte. Where they are 0 to 3, it may lie below that number: in doubt.
 class LinearInSingles {
  public:
   static constexpr std::int32_t kBlock = 16;
@@ -89,7 +90,7 @@ class LinearInSingles {
 
   // Samples whole blocks and returns how many pixels these are. Groups in doubt are computed again in doubles. On a
   // picture, few are, but a shift by half a pixel or an enlargement by 2 puts every second pixel on a tie: where more
-  // than a quarter of the groups are in doubt, doubles alone are faster, and the history says so for the next runs.
+  // than a quarter of the groups are in doubt, doubles alone are faster, and the next runs use them.
   static std::int32_t SampleBlocks(const SourceImage& source, SamplingHistory& history, const Position* p,
                                    std::int32_t count, Unaligned<BW8>* dst) {
     const std::int32_t pixels = count / kBlock * kBlock;

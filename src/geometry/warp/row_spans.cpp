@@ -6,7 +6,9 @@
 namespace norvala {
 namespace {
 
-// A crossing this close to the pixel outside takes that pixel in.
+// A crossing this little beyond a pixel centre still takes that pixel in. From column 64 on, doubles lie further apart
+// than this, and only the rounding of `x + 1` in First still does: the form of the two expressions is part of the
+// result. Rows have no tolerance.
 constexpr double kTolerance = 1e-14;
 
 struct Columns {

@@ -16,7 +16,7 @@ struct RowSpan {
 // The pixels of a polygon inside the destination region, row by row.
 class RowSpans {
  public:
-  // `polygon` must have been cut to the region, whose coordinates must fit 32 bits. `clockwise` tells the order of its
+  // `polygon` must have been cut to the region, whose coordinates must fit 32 bits. `clockwise` is the order of its
   // vertices on the screen.
   // Holds nothing (converts to false) when no row or no column remains, or when the table cannot be allocated.
   RowSpans(const Polygon& polygon, const Box& region, bool clockwise);

@@ -10,7 +10,7 @@
 #include "geometry/warp/sampling.h"
 
 // The interpolations at one source position, in their plain form. They serve every position: those near the image's
-// border and outside it, and those that the vectorised loops leave over.
+// border and outside it, and those that the vectorised loops (`*_run.h`) leave over; those give the same values.
 
 namespace norvala {
 
