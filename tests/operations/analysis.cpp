@@ -116,7 +116,8 @@ Arguments DrawMagnitude(Trial& t) {
   Image& src = t.New<FLOAT32>({2 * size.width, size.height}, {.steps = Steps::Positive});
   const int kind = t.Int(0, 3);
   if (kind == 1) {
-    const double scale = std::ldexp(t.OneIn(2) ? 1 : -1, t.Int(-80, 40));
+    const int exponent = t.Int(-80, 40);
+    const double scale = std::ldexp(t.OneIn(2) ? 1 : -1, exponent);
     ForEachPixel(size, [&](int x, int y) {
       const std::array<double, 2> parts = DrawTie(t);
       for (int i = 0; i < 2; ++i)

@@ -36,8 +36,8 @@ struct Kernel {
     const std::size_t by = t.OneOf<std::size_t>({0, 1, palette.size() - 1});
     std::size_t i = 0;
     image.Fill<Pixel>([&] {
-      i += by > 0 ? by : t.Word();
-      return static_cast<Pixel>(palette[i % palette.size()]);
+      i = (i + (by > 0 ? by : t.Word() % palette.size())) % palette.size();
+      return static_cast<Pixel>(palette[i]);
     });
   }
 
@@ -68,7 +68,8 @@ void DrawAtLimit(Trial& t, int white, int bits, Kernel& kernel) {
   const bool overSum = t.OneIn(3);
   const double half = t.OneIn(2) || overSum ? 0 : kernel.divisor / 2;
   const double most = std::ldexp(1, bits) - 1;
-  const double whole = (DrawLimit(t) - half) / (overSum ? white + 0.5 : white) + t.Int(-2, 2);
+  const double beside = t.Int(-2, 2);
+  const double whole = (DrawLimit(t) - half) / (overSum ? white + 0.5 : white) + beside;
   const int total = static_cast<int>(std::clamp(whole, 1.0, std::min(300 * most, 2147483647.0)));
   const int needed = static_cast<int>(total / most);
   kernel.taps.resize(std::max(kernel.taps.size(), static_cast<std::size_t>(2 * needed)));
@@ -93,12 +94,15 @@ void DrawAtLimit(Trial& t, int white, int bits, Kernel& kernel) {
 void DrawAtQuotient(Trial& t, int white, Kernel& kernel) {
   const std::int64_t divisor = kernel.divisor;
   const std::int64_t quotient = t.OneIn(8) ? t.Int(-32770, 32770) : t.Int(0, 256);
-  const std::int64_t sum = divisor * quotient + t.OneOf<std::int64_t>({0, divisor / 2, -divisor / 2}) + t.Int(-2, 2);
-  const std::int64_t last = t.OneOf({1, -1}) * t.Int(1, 30);
+  const std::int64_t beside = t.Int(-2, 2);
+  const std::int64_t sum = divisor * quotient + t.OneOf<std::int64_t>({0, divisor / 2, -divisor / 2}) + beside;
+  const std::int64_t grade = t.Int(1, 30);
+  const std::int64_t last = t.OneOf({grade, -grade});
   std::int64_t grey = 0;
   while (grey < white && (sum - last * grey) % white != 0) ++grey;
   const std::int64_t rest = (sum - last * grey) / white;
-  const double large = std::floor(DrawLimit(t) * t.OneOf({-1, 0, 1, 2}) / white);
+  const double limit = DrawLimit(t);
+  const double large = std::floor(limit * t.OneOf({-1, 0, 1, 2}) / white);
   kernel.taps = {large + t.Int(-9, 30), 0, static_cast<double>(last)};
   kernel.taps[1] = static_cast<double>(rest) - kernel.taps[0];
   if (t.OneIn(2)) std::swap(kernel.taps[0], kernel.taps[1]);
@@ -161,7 +165,8 @@ Kernel DrawFloatKernel(Trial& t) {
     // Numbers and their opposites on both sides of one that gets lost or does not: products may be added in any order
     // only while the exponents lie close together.
     const std::size_t outer = t.OneOf({1U, 3U, 3U});
-    kernel.taps.assign(2 * outer + 1, std::ldexp(t.OneOf({1.5, -1.5}), t.OneIn(6) ? 40 : t.Int(10, 14)));
+    const int exponent = t.OneIn(6) ? 40 : t.Int(10, 14);
+    kernel.taps.assign(2 * outer + 1, std::ldexp(t.OneOf({1.5, -1.5}), exponent));
     kernel.taps[outer] = t.OneOf({0x1.fffffep-2, 0x1.fffffep-2, 0.5, 1.25, -0x1p-53});
     kernel.palette.assign(kernel.taps.size(), t.OneOf({-32768, -32767}));
     std::fill(kernel.palette.begin() + static_cast<int>(outer), kernel.palette.end(), 32767);
@@ -171,9 +176,10 @@ Kernel DrawFloatKernel(Trial& t) {
   std::mt19937 random(t.Word());
   const int exponents = t.Int(1, 30);
   for (double& tap : kernel.taps) {
+    const int exponent = 5 - t.Int(0, exponents);
     tap = kind == 1   ? static_cast<double>(Noise<FLOAT32>(random))
           : kind == 2 ? t.Int(-8, 8) / 16.0
-                      : std::ldexp(t.Real(-1, 1), 5 - t.Int(0, exponents));
+                      : std::ldexp(t.Real(-1, 1), exponent);
   }
   if (t.OneIn(2)) kernel.MakeSymmetric();
   if (kind == 4) {
@@ -443,7 +449,8 @@ Arguments DrawStep(Trial& t) {
   const int period = t.OneOf({0, 0, 1, 6, 6});
   if (period > 0) {
     ForEachPixel(size, [&](int x, int y) {
-      const double number = t.OneOf({1, 3, -4}) * t.OneOf({1.0, 0x1p60});
+      const double scale = t.OneOf({1.0, 0x1p60});
+      const double number = t.OneOf({1, 3, -4}) * scale;
       const int level = t.OneIn(4) ? t.Int(0, 255) : 255;
       src.Set(x, y, static_cast<Pixel>(sizeof(Pixel) == 1 ? level : y % period == 0 ? number : 0));
     });

@@ -262,7 +262,10 @@ Arguments DrawMean(Trial& t) {
     if (t.OneIn(4)) src.Fill<T>([] { return T{255}; });
   } else if (!t.OneIn(4)) {
     // Magnitudes so far apart that every addition rounds.
-    src.Fill<T>([&] { return static_cast<T>(std::ldexp(t.Real(-1, 1), t.Int(0, 90))); });
+    src.Fill<T>([&] {
+      const int exponent = t.Int(0, 90);
+      return static_cast<T>(std::ldexp(t.Real(-1, 1), exponent));
+    });
   }
   return {src, size, t.Result<FLOAT64>(), t.Int(-100, 100)};
 }
