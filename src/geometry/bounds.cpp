@@ -2,7 +2,7 @@
 
 #include "frame/memory.h"
 #include "geometry/geometry.h"
-#include "geometry/quadrilateral.h"
+#include "geometry/shapes.h"
 
 // What lets a caller plan an affine warp without performing it.
 

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "geometry/geometry.h"
-#include "geometry/warp/polygon.h"
 #include "geometry/warp/row_spans.h"
 
 namespace norvala {

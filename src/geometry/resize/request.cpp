@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "frame/memory.h"
-#include "geometry/quadrilateral.h"
+#include "geometry/shapes.h"
 
 namespace norvala {
 namespace {

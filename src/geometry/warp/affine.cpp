@@ -1,13 +1,16 @@
+#include <algorithm>
 #include <cmath>
 
 #include "frame/memory.h"
 #include "geometry/geometry.h"
-#include "geometry/warp/affine_rows.h"
 #include "geometry/warp/request.h"
+#include "geometry/warp/row_spans.h"
 #include "geometry/warp/smooth_edge.h"
 
 namespace norvala {
 namespace {
+
+// ---- Coefficients ----
 
 // Relative to c00 c11, or absolute where that is tiny.
 bool IsSingular(const AffineCoefficients& c) {
@@ -39,6 +42,106 @@ AffineCoefficients InvertToRectangle(const Quadrilateral& quad, const Box& box) 
   return d;
 }
 
+// The affine map that takes the first three vertices of `s` to those of `t`.
+AffineCoefficients MapThreeVertices(const Quadrilateral& s, const Quadrilateral& t) {
+  const auto& v = s.vertices;
+  const auto& w = t.vertices;
+  const double a = v[1].x - v[0].x;
+  const double b = v[2].x - v[1].x;
+  const double c = v[1].y - v[0].y;
+  const double e = v[2].y - v[1].y;
+  const double k = 1 / (a * e - b * c);
+  const double p = w[1].x - w[0].x;
+  const double q = w[2].x - w[1].x;
+  const double r = w[1].y - w[0].y;
+  const double u = w[2].y - w[1].y;
+  AffineCoefficients m;
+  m.c00 = (e * p - q * c) * k;
+  m.c01 = (q * a - p * b) * k;
+  m.c02 = w[2].x - m.c00 * v[2].x - m.c01 * v[2].y;
+  m.c10 = (e * r - c * u) * k;
+  m.c11 = (u * a - b * r) * k;
+  m.c12 = w[2].y - m.c10 * v[2].x - m.c11 * v[2].y;
+  return m;
+}
+
+// Relative to the mapped coordinate, or absolute where that is tiny.
+bool Misses(double mapped, double target) {
+  return std::fabs(mapped) > 1e-200 ? std::fabs((mapped - target) / mapped) > 1e-12 : std::fabs(target) > 1e-12;
+}
+
+// ---- Rows ----
+
+// Each row's additions wait for one another; several rows at once keep the adder busy.
+constexpr int kRows = 4;
+constexpr std::int32_t kListLength = 128;
+
+// From a source pixel to the first one of its neighbourhood that the next rows of the destination will sample: when the
+// source is turned, its lines come from memory in no order that the processor's own prefetching recognises.
+std::ptrdiff_t PrefetchOffset(const SourceImage& source, Position rowStep, PixelDepthCode depth) {
+  constexpr double kReach = 3;  // of the largest kernel
+  const auto pixelsAhead = [&](double step) {
+    const double way = kRows * step + (step > 0 ? kReach : -kReach);
+    return static_cast<std::uintptr_t>(way > -100 && way < 100 ? static_cast<std::intptr_t>(way) : 0);
+  };
+  return static_cast<std::ptrdiff_t>(pixelsAhead(rowStep[1]) * static_cast<std::uintptr_t>(source.step) +
+                                     pixelsAhead(rowStep[0]) * static_cast<std::uintptr_t>(PixelBytes(depth)));
+}
+
+// Writes the spans' pixels of the destination, each sampled from the source at the position that `inverse` maps the
+// pixel to. Positions are accumulated from row to row and from pixel to pixel, which fixes their rounding.
+void WarpRows(const WarpRequest& request, const AffineCoefficients& inverse, const RowSpans& spans) {
+  const Position pixelStep = {inverse.c00, inverse.c10};
+  const Position rowStep = {inverse.c01, inverse.c11};
+  const double firstRow = spans.firstRow();
+  SourceImage source = request.Source();
+  source.prefetchOffset = PrefetchOffset(source, rowStep, request.depth);
+  Sampler sample(source, request.depth, request.Kernel());
+  Position base = {inverse.c01 * firstRow + inverse.c02, inverse.c11 * firstRow + inverse.c12};
+
+  for (std::int32_t y = 0; y < spans.rows(); y += kRows) {
+    Position next[kRows] = {};
+    std::int64_t left[kRows] = {};
+    char* out[kRows] = {};
+    std::int64_t longest = 0;
+    for (int r = 0; r < kRows && r < spans.rows() - y; ++r) {
+      const RowSpan span = spans[y + r];
+      next[r] = pixelStep * static_cast<double>(span.first) + base;
+      base += rowStep;
+      left[r] = std::int64_t{span.last} - span.first + 1;
+      out[r] = request.DestinationPixel(span.first, std::ptrdiff_t{spans.firstRow()} + y + r);
+      longest = std::max(longest, left[r]);
+    }
+    for (; longest > 0; longest -= kListLength) {
+      Position lists[kRows][kListLength];
+      const auto length = static_cast<std::int32_t>(std::min<std::int64_t>(longest, kListLength));
+      for (std::int32_t k = 0; k < length; ++k) {
+        for (int r = 0; r < kRows; ++r) {
+          lists[r][k] = next[r];
+          next[r] += pixelStep;
+        }
+      }
+      for (int r = 0; r < kRows; ++r) {
+        if (left[r] <= 0) continue;
+        const auto count = static_cast<std::int32_t>(std::min<std::int64_t>(left[r], length));
+        sample(lists[r], count, kMonotone, out[r]);
+        left[r] -= count;
+        out[r] += count * PixelBytes(request.depth);
+      }
+    }
+  }
+}
+
+// The part of the polygon that lies in the destination region.
+StatusCode WarpPolygon(const WarpRequest& request, const Polygon& polygon, bool clockwise,
+                       const AffineCoefficients& inverse) {
+  const Box box = request.DestinationBox();
+  const RowSpans spans(ClipPolygon(polygon, box), box, clockwise);
+  if (!spans) return StatusCode::NoDestinationOverlap;
+  WarpRows(request, inverse, spans);
+  return StatusCode::Success;
+}
+
 }  // namespace
 
 StatusCode WarpAffine(const void* src, RegionSize srcSize, std::int32_t srcStep, Rect srcRegion, void* dst,
@@ -57,14 +160,36 @@ StatusCode WarpAffine(const void* src, RegionSize srcSize, std::int32_t srcStep,
   const QuadrilateralShape shape = ClassifyQuadrilateral(quad);
   if (!IsConvex(shape)) return StatusCode::BadCoefficients;
   const bool clockwise = shape == QuadrilateralShape::Clockwise;
-  const Box box = request.DestinationBox();
-  {
-    const RowSpans spans(ClipPolygon(Polygon(quad), box), box, clockwise);
-    if (!spans) return StatusCode::NoDestinationOverlap;
-    WarpRowsAffine(request.Source(), InvertToRectangle(quad, corners), spans, depth, request.Kernel(), dst, dstStep);
+  const StatusCode status = WarpPolygon(request, Polygon(quad), clockwise, InvertToRectangle(quad, corners));
+  if (status == StatusCode::Success && request.HasSmoothEdge()) SmoothEdge(request, quad, clockwise);
+  return status;
+}
+
+StatusCode WarpAffineQuad(const void* src, RegionSize srcSize, std::int32_t srcStep, Rect srcRegion,
+                          const double* srcQuad, void* dst, std::int32_t dstStep, Rect dstRegion, const double* dstQuad,
+                          PixelDepthCode depth, std::int32_t interpolation) {
+  const WarpRequest request = {src, srcSize, srcStep, srcRegion, dst, dstStep, dstRegion, depth, interpolation};
+  QuadPair quads;
+  if (const StatusCode status = request.CheckQuads(srcQuad, dstQuad, quads); status != StatusCode::Success) {
+    return status;
   }
-  if (request.HasSmoothEdge()) SmoothEdge(dst, dstStep, depth, quad, box, clockwise);
-  return StatusCode::Success;
+  const AffineCoefficients forward = MapThreeVertices(quads.source, quads.destination);
+  Polygon written(quads.destination);
+  if (!quads.sourceInside) {
+    written = ClipPolygon(Polygon(quads.source), Corners(request.EffectiveRegion()));
+    for (int i = 0; i < written.count; ++i) {
+      written.vertices[i] = Map(forward, written.vertices[i].x, written.vertices[i].y);
+    }
+  }
+  const AffineCoefficients inverse = MapThreeVertices(quads.destination, quads.source);
+  const StatusCode status = WarpPolygon(request, written, quads.clockwise, inverse);
+  if (status != StatusCode::Success) return status;
+  if (request.HasSmoothEdge() && quads.sourceInside) SmoothEdge(request, quads.destination, quads.clockwise);
+
+  const Point fourth = Map(forward, quads.source.vertices[3].x, quads.source.vertices[3].y);
+  const Point& target = quads.destination.vertices[3];
+  const bool isAffine = !Misses(fourth.x, target.x) && !Misses(fourth.y, target.y);
+  return isAffine ? StatusCode::Success : StatusCode::QuadNotAffine;
 }
 
 }  // namespace norvala

@@ -2,7 +2,7 @@
 
 #include "geometry/geometry.h"
 #include "geometry/warp/projected_row.h"
-#include "geometry/warp/quad_checks.h"
+#include "geometry/warp/request.h"
 #include "geometry/warp/row_spans.h"
 #include "geometry/warp/sample_pixel.h"
 
@@ -78,10 +78,9 @@ void SampleInside(Sampler& sample, const Box& region, const Position* positions,
 }
 
 // Where `limit` is given, only positions inside it are sampled.
-void WarpRowsPerspective(const SourceImage& source, const Projection& inverse, const RowSpans& spans, const Box* limit,
-                         PixelDepthCode depth, Interpolation kernel, void* dst, std::int32_t dstStep) {
+void WarpRows(const WarpRequest& request, const Projection& inverse, const RowSpans& spans, const Box* limit) {
   constexpr std::int32_t kListLength = 256;
-  Sampler sample(source, depth, kernel);
+  Sampler sample(request.Source(), request.depth, request.Kernel());
   const auto& d = inverse.m;
   const double firstRow = spans.firstRow();
   const Position rowStep = {d[0][1], d[1][1]};
@@ -98,12 +97,11 @@ void WarpRowsPerspective(const SourceImage& source, const Projection& inverse, c
       const auto x = static_cast<double>(first);
       for (std::int32_t k = 0; k < count; ++k) positions[k] = row.At(x + k);
       const double slack = row.Slack(x, x + count - 1);
-      char* out =
-          PixelAddress(dst, dstStep, depth, static_cast<std::ptrdiff_t>(first), std::ptrdiff_t{spans.firstRow()} + y);
+      char* out = request.DestinationPixel(static_cast<std::ptrdiff_t>(first), std::ptrdiff_t{spans.firstRow()} + y);
       if (limit == nullptr) {
         sample(positions, count, slack, out);
       } else {
-        SampleInside(sample, *limit, positions, count, slack, out, PixelBytes(depth));
+        SampleInside(sample, *limit, positions, count, slack, out, PixelBytes(request.depth));
       }
     }
     row.base += rowStep;
@@ -118,7 +116,7 @@ StatusCode WarpPerspectiveQuad(const void* src, RegionSize srcSize, std::int32_t
                                const double* dstQuad, PixelDepthCode depth, std::int32_t interpolation) {
   const WarpRequest request = {src, srcSize, srcStep, srcRegion, dst, dstStep, dstRegion, depth, interpolation};
   QuadPair quads;
-  if (const StatusCode status = CheckQuadWarp(request, srcQuad, dstQuad, quads); status != StatusCode::Success) {
+  if (const StatusCode status = request.CheckQuads(srcQuad, dstQuad, quads); status != StatusCode::Success) {
     return status;
   }
   const Projection inverse =
@@ -132,8 +130,7 @@ StatusCode WarpPerspectiveQuad(const void* src, RegionSize srcSize, std::int32_t
   const Box region = Corners(request.EffectiveRegion());
   const Box limit = {region.left - kPositionTolerance, region.top - kPositionTolerance,
                      region.right + kPositionTolerance, region.bottom + kPositionTolerance};
-  WarpRowsPerspective(request.Source(), inverse, spans, quads.sourceInside ? nullptr : &limit, depth, request.Kernel(),
-                      dst, dstStep);
+  WarpRows(request, inverse, spans, quads.sourceInside ? nullptr : &limit);
   return StatusCode::Success;
 }
 

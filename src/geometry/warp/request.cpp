@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "frame/memory.h"
+
 namespace norvala {
 namespace {
 
@@ -20,6 +22,20 @@ StatusCode WarpRequest::Check() const {
       return StatusCode::Success;
   }
   return StatusCode::UnknownInterpolation;
+}
+
+StatusCode WarpRequest::CheckQuads(const double* srcQuad, const double* dstQuad, QuadPair& quads) const {
+  if (const StatusCode status = Check(); status != StatusCode::Success) return status;
+  quads.source = LoadUnaligned<Quadrilateral>(srcQuad);
+  quads.destination = LoadUnaligned<Quadrilateral>(dstQuad);
+  const QuadrilateralShape shape = ClassifyQuadrilateral(quads.destination);
+  if (!IsConvex(ClassifyQuadrilateral(quads.source)) || !IsConvex(shape)) return StatusCode::BadQuadrilateral;
+  if (SourceRegionMissesImage()) return StatusCode::NoSourceOverlap;
+  quads.clockwise = shape == QuadrilateralShape::Clockwise;
+  const Box region = Corners(EffectiveRegion());
+  quads.sourceInside = true;
+  for (const Point& vertex : quads.source.vertices) quads.sourceInside &= Contains(region, vertex);
+  return StatusCode::Success;
 }
 
 Interpolation WarpRequest::Kernel() const {

@@ -3,10 +3,18 @@
 #include <cstdint>
 
 #include "frame/status.h"
-#include "geometry/quadrilateral.h"
+#include "geometry/shapes.h"
 #include "geometry/warp/sampling.h"
 
 namespace norvala {
+
+// The two quadrilaterals of a warp between quadrilaterals.
+struct QuadPair {
+  Quadrilateral source;
+  Quadrilateral destination;
+  bool clockwise;     // order of the destination's vertices on the screen
+  bool sourceInside;  // all source vertices lie in the effective source region
+};
 
 // What all warps are given, and the steps that they share.
 struct WarpRequest {
@@ -23,6 +31,9 @@ struct WarpRequest {
   // Pointers, sizes, steps and interpolation, in this order.
   StatusCode Check() const;
 
+  // All checks of a warp between quadrilaterals, in order; fills `quads` on success.
+  StatusCode CheckQuads(const double* srcQuad, const double* dstQuad, QuadPair& quads) const;
+
   bool HasSmoothEdge() const { return interpolation < 0; }
 
   // The kernel that the source is large enough for.
@@ -37,6 +48,11 @@ struct WarpRequest {
   Box DestinationBox() const;
 
   SourceImage Source() const { return {src, srcStep, srcSize}; }
+
+  // Where a destination pixel lies; addresses wrap in its row as they do from row to row.
+  char* DestinationPixel(std::ptrdiff_t x, std::ptrdiff_t y) const {
+    return Row(Row(static_cast<char*>(dst), dstStep, y), PixelBytes(depth), x);
+  }
 };
 
 }  // namespace norvala

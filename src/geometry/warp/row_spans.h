@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "frame/aligned_memory.h"
-#include "geometry/warp/polygon.h"
+#include "geometry/shapes.h"
 
 namespace norvala {
 

@@ -7,7 +7,7 @@
 #include "frame/lanes.h"
 #include "frame/memory.h"
 #include "frame/types.h"
-#include "geometry/quadrilateral.h"
+#include "geometry/shapes.h"
 
 namespace norvala {
 
@@ -16,11 +16,6 @@ enum class Interpolation : std::int32_t { Nearest = 1, Linear = 2, Cubic = 4 };
 enum class PixelDepthCode : std::int32_t { Unsigned8 = 0, Float32 = 8 };
 
 inline std::ptrdiff_t PixelBytes(PixelDepthCode depth) { return depth == PixelDepthCode::Unsigned8 ? 1 : 4; }
-
-// Where a destination pixel lies; addresses wrap in its row as they do from row to row.
-inline char* PixelAddress(void* image, std::ptrdiff_t step, PixelDepthCode depth, std::ptrdiff_t x, std::ptrdiff_t y) {
-  return Row(Row(static_cast<char*>(image), step, y), PixelBytes(depth), x);
-}
 
 struct SourceImage {
   const void* pixels;

@@ -4,99 +4,59 @@
 #include <cmath>
 
 #include "frame/memory.h"
-#include "geometry/warp/polygon.h"
 #include "geometry/warp/sample_pixel.h"
 
 namespace norvala {
 namespace {
 
 template <class T>
-class EdgeBlender {
- public:
-  EdgeBlender(void* dst, std::int32_t dstStep, const Box& region, bool clockwise)
-      : dst_(static_cast<T*>(dst)), step_(dstStep), region_(region), clockwise_(clockwise) {}
-
-  void BlendEdge(const Point& p, const Point& q) const {
-    if (IsOnRegionSide(p, q)) return;
-    // Going along the edge of a clockwise polygon, the inside lies to the right on the screen.
-    if (std::fabs(q.x - p.x) > std::fabs(q.y - p.y)) {
-      Walk<true>(p, q, (q.x > p.x) == clockwise_);
-    } else {
-      Walk<false>(p, q, (q.y < p.y) == clockwise_);
-    }
-  }
-
- private:
-  bool IsOnRegionSide(const Point& p, const Point& q) const {
-    return (p.x == q.x && (p.x == region_.left || p.x == region_.right)) ||
-           (p.y == q.y && (p.y == region_.top || p.y == region_.bottom));
-  }
-
-  // `flat` edges are walked from column to column and blended vertically, steep ones the other way round.
-  // `insideAfter` tells that the larger coordinates across the edge lie inside.
-  template <bool flat>
-  void Walk(const Point& p, const Point& q, bool insideAfter) const {
-    constexpr auto kAlong = flat ? &Point::x : &Point::y;
-    constexpr auto kAcross = flat ? &Point::y : &Point::x;
-    const Point& from = p.*kAlong <= q.*kAlong ? p : q;
-    const Point& to = p.*kAlong <= q.*kAlong ? q : p;
-    const double low = flat ? region_.top : region_.left;
-    const double high = flat ? region_.bottom : region_.right;
-    const double slope = (to.*kAcross - from.*kAcross) / (to.*kAlong - from.*kAlong);
-    const double end = std::floor(to.*kAlong);
-    for (double along = std::ceil(from.*kAlong); along <= end; ++along) {
-      const double crossing = (along - from.*kAlong) * slope + from.*kAcross;
-      const double across = std::floor(crossing + 0.5);
-      if (!(across - 1 >= low && across + 1 <= high)) continue;
-      const double before = std::clamp(crossing + 0.5 - across, 0.0, 1.0);
-      const double inside = insideAfter ? 1 - before : before;
-      const auto a = static_cast<std::int32_t>(along);
-      const auto b = static_cast<std::int32_t>(across);
-      const std::int32_t inward = insideAfter ? 1 : -1;
-      Blend(At<flat>(a, b), *At<flat>(a, b + inward), *At<flat>(a, b - inward), inside);
-    }
-  }
-
-  template <bool flat>
-  Unaligned<T>* At(std::int32_t along, std::int32_t across) const {
-    const std::int32_t x = flat ? along : across;
-    const std::int32_t y = flat ? across : along;
-    return Row(Row(dst_, step_, y), sizeof(T), x);
-  }
-
-  static void Blend(Unaligned<T>* pixel, T inner, T outer, double inside) {
-    const double sum = inside * static_cast<double>(inner) + (1 - inside) * static_cast<double>(outer);
+void BlendEdge(const WarpRequest& request, const Box& region, const Point& p, const Point& q, bool clockwise) {
+  const bool isOnSide = (p.x == q.x && (p.x == region.left || p.x == region.right)) ||
+                        (p.y == q.y && (p.y == region.top || p.y == region.bottom));
+  if (isOnSide) return;
+  // Flat edges are walked from column to column and blended vertically, steep ones the other way round.
+  const bool isFlat = std::fabs(q.x - p.x) > std::fabs(q.y - p.y);
+  const auto along = isFlat ? &Point::x : &Point::y;
+  const auto across = isFlat ? &Point::y : &Point::x;
+  const double low = isFlat ? region.top : region.left;
+  const double high = isFlat ? region.bottom : region.right;
+  // Going along the edge of a clockwise polygon, the inside lies to the right on the screen: for a flat edge to the
+  // right and for a steep one upwards, that is where the coordinate across the edge is larger.
+  const bool largerIsInside = (isFlat ? q.x > p.x : q.y < p.y) == clockwise;
+  const std::int32_t inward = largerIsInside ? 1 : -1;
+  const bool ordered = p.*along <= q.*along;
+  const Point& from = ordered ? p : q;
+  const Point& to = ordered ? q : p;
+  const double slope = (to.*across - from.*across) / (to.*along - from.*along);
+  const double end = std::floor(to.*along);
+  for (double a = std::ceil(from.*along); a <= end; ++a) {
+    const double crossing = (a - from.*along) * slope + from.*across;
+    const double b = std::floor(crossing + 0.5);
+    if (!(b - 1 >= low && b + 1 <= high)) continue;
+    const double smaller = std::clamp(crossing + 0.5 - b, 0.0, 1.0);  // the part of the pixel before the crossing
+    const double inside = largerIsInside ? 1 - smaller : smaller;
+    const auto at = [&](std::int32_t offset) {
+      const auto x = static_cast<std::int32_t>(isFlat ? a : b) + (isFlat ? 0 : offset);
+      const auto y = static_cast<std::int32_t>(isFlat ? b : a) + (isFlat ? offset : 0);
+      return reinterpret_cast<Unaligned<T>*>(request.DestinationPixel(x, y));
+    };
+    const double sum = inside * static_cast<double>(*at(inward)) + (1 - inside) * static_cast<double>(*at(-inward));
     if constexpr (std::is_floating_point_v<T>) {
-      *pixel = static_cast<T>(sum);
+      *at(0) = static_cast<T>(sum);
     } else {
-      *pixel = RoundToPixel(sum);
+      *at(0) = RoundToPixel(sum);
     }
-  }
-
-  T* dst_;
-  std::int32_t step_;
-  Box region_;
-  bool clockwise_;
-};
-
-template <class T>
-void BlendEdges(const EdgeBlender<T>& blender, const Polygon& polygon) {
-  for (int i = 0; i < polygon.count; ++i) {
-    blender.BlendEdge(polygon.vertices[i], polygon.vertices[i + 1 < polygon.count ? i + 1 : 0]);
   }
 }
 
 }  // namespace
 
-void SmoothEdge(void* dst, std::int32_t dstStep, PixelDepthCode depth, const Quadrilateral& quad, const Box& region,
-                bool clockwise) {
+void SmoothEdge(const WarpRequest& request, const Quadrilateral& quad, bool clockwise) {
+  const Box region = request.DestinationBox();
   const Polygon polygon = ClipPolygon(Polygon(quad), region);
   if (polygon.count < 3) return;
-  if (depth == PixelDepthCode::Unsigned8) {
-    BlendEdges(EdgeBlender<BW8>(dst, dstStep, region, clockwise), polygon);
-  } else {
-    BlendEdges(EdgeBlender<FLOAT32>(dst, dstStep, region, clockwise), polygon);
-  }
+  const auto blendEdge = request.depth == PixelDepthCode::Unsigned8 ? BlendEdge<BW8> : BlendEdge<FLOAT32>;
+  for (int i = 0; i < polygon.count; ++i) blendEdge(request, region, polygon.vertices[i], polygon.After(i), clockwise);
 }
 
 }  // namespace norvala

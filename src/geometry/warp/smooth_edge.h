@@ -1,9 +1,6 @@
 #pragma once
 
-#include <cstdint>
-
-#include "geometry/quadrilateral.h"
-#include "geometry/warp/sampling.h"
+#include "geometry/warp/request.h"
 
 namespace norvala {
 
@@ -11,7 +8,6 @@ namespace norvala {
 // becomes a mixture of its neighbour just inside and its neighbour just outside, by the part of it that lies inside.
 // Neighbours are taken across the edge's longer axis. Edges on the region's own sides, and pixels without one of the
 // two neighbours in the region, stay as they are.
-void SmoothEdge(void* dst, std::int32_t dstStep, PixelDepthCode depth, const Quadrilateral& quad, const Box& region,
-                bool clockwise);
+void SmoothEdge(const WarpRequest& request, const Quadrilateral& quad, bool clockwise);
 
 }  // namespace norvala

@@ -5,6 +5,8 @@
 #include "frame/status.h"
 #include "frame/types.h"
 
+// Points, boxes, quadrilaterals and polygons.
+
 namespace norvala {
 
 struct Point {
@@ -61,5 +63,28 @@ QuadrilateralShape ClassifyQuadrilateral(const Quadrilateral& quad);
 StatusCode MapRegionToQuadrilateral(Rect region, Quadrilateral& quad, const double* coefficients);
 
 Box BoundOf(const Quadrilateral& quad);
+
+// A convex polygon. A quadrilateral cut to a rectangle has at most eight vertices; the rest is room for the few more
+// that rounding can make of nearly straight corners.
+struct Polygon {
+  static constexpr int kCapacity = 16;
+
+  Point vertices[kCapacity];
+  int count = 0;
+
+  Polygon() = default;
+  explicit Polygon(const Quadrilateral& quad);
+
+  // Appends a vertex unless it repeats the last one.
+  void Append(const Point& p);
+
+  // The vertex that follows vertex `i`.
+  const Point& After(int i) const { return vertices[i + 1 < count ? i + 1 : 0]; }
+};
+
+// The part of a convex polygon that lies in the box, edges included: vertices in the same order, none repeated. It may
+// be reduced to a segment or to one point. Empty where the two do not meet, or where a vertex lies so far away that the
+// crossings cannot be computed.
+Polygon ClipPolygon(const Polygon& polygon, const Box& box);
 
 }  // namespace norvala
