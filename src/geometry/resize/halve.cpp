@@ -1,14 +1,11 @@
-#include <cstdint>
-
 #include "frame/lanes.h"
 #include "frame/memory.h"
-#include "geometry/resize/methods.h"
+#include "geometry/resize/plan.h"
 
 namespace norvala {
 namespace {
 
 using SrcRow = const Unaligned<const FLOAT32>*;
-using DstRow = Unaligned<FLOAT32>*;
 
 FLOAT32 MeanOfFour(SrcRow upper, SrcRow lower) {
   const float sum = (upper[0] + lower[0]) + (upper[1] + lower[1]);
@@ -16,9 +13,10 @@ FLOAT32 MeanOfFour(SrcRow upper, SrcRow lower) {
   return static_cast<FLOAT32>(((double{upper[0]} + lower[0]) + (double{upper[1]} + lower[1])) * 0.25);
 }
 
-// Returns whether all sums stayed in the range of a float; the means of those that left it may lie inside. The total
-// tells, since it never gets finite again; where it leaves the range by itself, only time is lost.
-bool HalveRow(SrcRow upper, SrcRow lower, DstRow dst, std::ptrdiff_t extent) {
+// Returns whether every sum is finite. The mean of four floats may be finite where their sum overflows: such rows must
+// be computed again in double precision. Infinities and NaNs stay in `total` once they have entered it. It may also
+// overflow while every sum is finite; the row is then computed again without need.
+bool HalveRow(SrcRow upper, SrcRow lower, Unaligned<FLOAT32>* dst, std::ptrdiff_t extent) {
   F32x4 total = {};
   std::ptrdiff_t x = 0;
   for (; x + 4 <= extent; x += 4) {
@@ -36,8 +34,8 @@ bool HalveRow(SrcRow upper, SrcRow lower, DstRow dst, std::ptrdiff_t extent) {
 
 }  // namespace
 
-// Every mean lies in the middle between its pixels, so that it is both what Reduce and what Linear asks for. No
-// pixel may reach beyond the source.
+// With factor 0.5, destination pixel d covers the source pixels 2 d and 2 d + 1 and is centred between them: Reduce and
+// Linear both take the mean of four pixels, as long as the last of them lie inside the source.
 bool IsHalving(const ResizePlan& plan) {
   return plan.columns.factor == 0.5 && plan.rows.factor == 0.5 && plan.columns.extent <= plan.columns.length / 2 &&
          plan.rows.extent <= plan.rows.length / 2;
@@ -45,9 +43,9 @@ bool IsHalving(const ResizePlan& plan) {
 
 StatusCode Halve(const ResizePlan& plan) {
   for (std::int32_t y = 0; y < plan.rows.extent; ++y) {
-    const auto upper = Row(plan.src, plan.srcStep, std::ptrdiff_t{y} * 2);
-    const auto lower = Row(plan.src, plan.srcStep, std::ptrdiff_t{y} * 2 + 1);
-    const auto dst = Row(plan.dst, plan.dstStep, y);
+    const auto upper = plan.SourceRow(std::ptrdiff_t{y} * 2);
+    const auto lower = plan.SourceRow(std::ptrdiff_t{y} * 2 + 1);
+    const auto dst = plan.DestinationRow(y);
     if (HalveRow(upper, lower, dst, plan.columns.extent)) continue;
     for (std::ptrdiff_t x = 0; x < plan.columns.extent; ++x) dst[x] = MeanOfFour(upper + 2 * x, lower + 2 * x);
   }

@@ -2,7 +2,7 @@
 
 #include "frame/aligned_memory.h"
 #include "frame/memory.h"
-#include "geometry/resize/methods.h"
+#include "geometry/resize/plan.h"
 
 // The reduction: the mean over the area that a destination pixel covers in the source. The rows of a footprint are
 // added up first, then the columns of the sums. In double precision the sums of equal pixels are so close to exact

@@ -1,10 +1,11 @@
 #include <algorithm>
+#include <cmath>
 
 #include "frame/aligned_memory.h"
 #include "frame/lanes.h"
 #include "frame/memory.h"
-#include "geometry/resize/methods.h"
-#include "geometry/resize/taps.h"
+#include "geometry/cubic_weights.h"
+#include "geometry/resize/plan.h"
 
 // The general resampler: each source row that is needed goes through the column taps once, into a ring of rows, and
 // each destination row is a weighted mean of rows of the ring. A direction with the factor 1 is left out.
@@ -14,6 +15,65 @@ namespace {
 
 using SrcRow = const Unaligned<const FLOAT32>*;
 using DstRow = Unaligned<FLOAT32>*;
+
+// ---- Taps ----
+
+// The weights of all taps for a position `t` in [0, 1] after the centre tap.
+
+void Weigh(double t, double (&weights)[2]) {
+  weights[0] = 1.0 - t;
+  weights[1] = t;
+}
+
+void Weigh(double t, double (&weights)[4]) { CubicWeights(t, weights); }
+
+// The Lanczos kernel sinc(x) * sinc(x / 4), made to sum to 1. With x = t + 3 - k at tap k, sin(pi * x) is sin(pi * t)
+// with alternating sign: common to all taps, it cancels out, as all constants do. What is left is
+// (-1)^k * sin(pi * x / 4) / x^2, whose sines follow from those of t by eighths of a turn.
+void Weigh(double t, double (&weights)[8]) {
+  std::fill_n(weights, 8, 0.0);
+  if (t == 0.0 || t == 1.0) {
+    weights[t == 0.0 ? 3 : 4] = 1.0;
+    return;
+  }
+  constexpr double kQuarterPi = 0.78539816339744830962;
+  constexpr double kHalfRoot = 0.70710678118654752440;
+  const double sine = std::sin(kQuarterPi * t);
+  const double cosine = std::cos(kQuarterPi * t);
+  const double diagonal = kHalfRoot * (cosine + sine);
+  const double antidiagonal = kHalfRoot * (cosine - sine);
+  const double alternating[8] = {antidiagonal, -cosine, diagonal, -sine, -antidiagonal, cosine, -diagonal, sine};
+  double sum = 0.0;
+  for (int k = 0; k < 8; ++k) {
+    const double x = t + (3 - k);
+    weights[k] = alternating[k] / (x * x);
+    sum += weights[k];
+  }
+  for (double& weight : weights) weight /= sum;
+}
+
+// The tap that the weights of all others are relative to: of 2, 4 or 8 taps, the last one not after the position.
+template <int taps>
+constexpr int kCentreTap = taps / 2 - 1;
+
+// The taps of one destination pixel: the successive source pixels from `first` on, of which up to `taps` may lie
+// outside the source, and the weights of all but the centre tap, in order. The centre tap has what is left to 1.
+template <int taps>
+struct Taps {
+  std::int32_t first;
+  float weights[taps - 1];
+
+  Taps(const ResizeAxis& axis, std::int32_t d) {
+    const double position = SourcePosition(axis, d);
+    const std::int32_t centre = position < 0.0 ? -1 : static_cast<std::int32_t>(position);
+    double all[taps];
+    Weigh(position - centre, all);
+    first = centre - kCentreTap<taps>;
+    for (int k = 0, i = 0; k < taps; ++k) {
+      if (k != kCentreTap<taps>) weights[i++] = static_cast<float>(all[k]);
+    }
+  }
+};
 
 // The weighted mean of the taps, as the centre tap plus the weighted differences from it: equal taps give exactly
 // their value, whatever rounding did to the weights.
@@ -26,6 +86,8 @@ inline V WeightedMean(const V (&pixels)[taps], const V (&weights)[taps - 1]) {
   for (int i = 1; i < taps - 1; ++i) sum += weights[i] * (pixels[i < kCentre ? i : i + 1] - centre);
   return centre + sum;
 }
+
+// ---- Columns ----
 
 // Pixels of 4 columns, one after the other in memory for each column, turned into one vector for each tap.
 
@@ -59,7 +121,7 @@ class ColumnTaps {
   explicit ColumnTaps(const ResizeAxis& columns) : columns_(columns), groups_((std::int64_t{columns.extent} + 3) / 4) {
     if (!groups_) return;
     for (std::int32_t x = 0; x < columns.extent; ++x) {
-      const Taps<taps> placed = PlaceTaps<taps>(columns, x);
+      const Taps<taps> placed(columns, x);
       Group& group = groups_[x / 4];
       group.first[x % 4] = placed.first;
       for (int i = 0; i < taps - 1; ++i) group.weights[i][x % 4] = placed.weights[i];
@@ -109,6 +171,8 @@ class ColumnTaps {
   std::int32_t insideEnd_ = 0;
 };
 
+// ---- Rows ----
+
 template <int taps>
 void CombineRows(const SrcRow (&rows)[taps], const float (&weights)[taps - 1], DstRow dst, std::ptrdiff_t count) {
   F32x4 lanes[taps - 1];
@@ -143,7 +207,7 @@ class RowRing {
     const int slot = y % taps;
     FLOAT32* row = rows_.data() + slot * static_cast<std::ptrdiff_t>(stride_);
     if (held_[slot] != y) {
-      columnTaps_.Resample(Row(plan_.src, plan_.srcStep, y), row);
+      columnTaps_.Resample(plan_.SourceRow(y), row);
       held_[slot] = y;
     }
     return row;
@@ -164,26 +228,31 @@ class RowRing {
 template <int taps, class GetRow>
 void ResampleRows(const ResizePlan& plan, GetRow row) {
   for (std::int32_t y = 0; y < plan.rows.extent; ++y) {
-    const Taps<taps> placed = PlaceTaps<taps>(plan.rows, y);
+    const Taps<taps> placed(plan.rows, y);
     SrcRow rows[taps];
     for (int k = 0; k < taps; ++k) rows[k] = row(ClampToSource(plan.rows, std::int64_t{placed.first} + k));
-    CombineRows(rows, placed.weights, Row(plan.dst, plan.dstStep, y), plan.columns.extent);
+    CombineRows(rows, placed.weights, plan.DestinationRow(y), plan.columns.extent);
   }
 }
 
 }  // namespace
 
+double SourcePosition(const ResizeAxis& axis, std::int32_t d) {
+  const double position = (d + 0.5) / axis.factor - 0.5;
+  return std::clamp(position, -0.5, axis.length - 0.5);
+}
+
 template <int taps>
 StatusCode Resample(const ResizePlan& plan) {
   if (plan.columns.factor == 1.0) {
-    ResampleRows<taps>(plan, [&](std::int32_t y) { return Row(plan.src, plan.srcStep, y); });
+    ResampleRows<taps>(plan, [&](std::int32_t y) { return plan.SourceRow(y); });
     return StatusCode::Success;
   }
   const ColumnTaps<taps> columnTaps(plan.columns);
   if (!columnTaps) return StatusCode::WorkBufferUnavailable;
   if (plan.rows.factor == 1.0) {
     for (std::int32_t y = 0; y < plan.rows.extent; ++y) {
-      columnTaps.Resample(Row(plan.src, plan.srcStep, y), Row(plan.dst, plan.dstStep, y));
+      columnTaps.Resample(plan.SourceRow(y), plan.DestinationRow(y));
     }
     return StatusCode::Success;
   }
