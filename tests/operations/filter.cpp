@@ -551,7 +551,6 @@ std::int32_t CreateBy(decltype(&Norvala_PyramidLayerDownInitAllocBW8) create, BW
   Norvala_PyramidLayerDownFreeBW8(state);
   return result;
 }
-#ifdef NORVALA_TEST_PRIMITIVES
 StatusCode CreatePrimitive(BW8* created, RegionSize size, FLOAT32 rate, const std::int16_t* kernel, std::int32_t count,
                            std::int32_t mode) {
   State* state = nullptr;
@@ -561,10 +560,6 @@ StatusCode CreatePrimitive(BW8* created, RegionSize size, FLOAT32 rate, const st
   kPyramidLayerDownFree(state);
   return status;
 }
-const Model kCreate = Reference<CreatePrimitive>();
-#else
-const Model kCreate = nullptr;
-#endif
 
 // Now and then the kernel is not symmetric.
 Arguments DrawCreate(Trial& t) {
@@ -772,8 +767,8 @@ std::vector<Operation> FilterOperations() {
        Checks{NotNull(2), Size(0), channels}},
       StepOf<Norvala_PyrDownGauss5x5BW8, kPyrDownGauss5x5BW8, BW8, StepBytes>(),
       StepOf<Norvala_PyrDownGauss5x5FLOAT32, kPyrDownGauss5x5FLOAT32, FLOAT32, StepFloats>(),
-      {CallBy<Norvala_PyramidLayerDownInitAllocBW8, CreateBy>(), kCreate, DrawCreate, Reference<Create>(),
-       CreateChecks()},
+      {CallBy<Norvala_PyramidLayerDownInitAllocBW8, CreateBy>(), Reference<CreatePrimitive>(), DrawCreate,
+       Reference<Create>(), CreateChecks()},
       {CallBy<Norvala_PyramidLayerDownFreeBW8, FreeBy>(), nullptr, [](Trial& t) -> Arguments { return {t.Size()}; },
        Reference<Free>(), Checks{}},
       {Call<Norvala_PyramidLayerDownBW8>(), Primitive<kPyramidLayerDownBW8>(), DrawReduce, Reference<Reduce>(),

@@ -188,11 +188,9 @@ Model Reference() {
   };
 }
 
-// The table of a primitive, which takes the export's arguments in their order, or those with the given numbers. Only
-// programs that contain the library's own parts can call it.
+// The table of a primitive, which takes the export's arguments in their order, or those with the given numbers.
 template <const auto& table, int... order>
 Model Primitive() {
-#ifdef NORVALA_TEST_PRIMITIVES
   return [](const Arguments& a) {
     return [&]<class... P>(const norvala::PrimitiveTable<StatusCode(P...)>& typed) {
       [[maybe_unused]] static constexpr std::initializer_list<int> kOrder = {order...};
@@ -201,9 +199,6 @@ Model Primitive() {
       return std::apply(typed, arguments);
     }(table);
   };
-#else
-  return nullptr;
-#endif
 }
 
 // ---- Argument checks ----
