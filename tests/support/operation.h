@@ -243,6 +243,12 @@ struct Operation {
   std::int64_t CallExport(const Arguments& arguments) const { return call.invoke(call.address, arguments); }
 };
 
+// A row for an export that passes its arguments on to a primitive, in their order or those with the given numbers.
+template <auto call, const auto& table, auto draw, auto reference, int... order>
+Operation Row(Checks checks) {
+  return {Call<call>(), Primitive<table, order...>(), draw, Reference<reference>(), std::move(checks)};
+}
+
 // All operations, family by family.
 const std::vector<Operation>& Operations();
 
