@@ -3,7 +3,6 @@
 #include "analysis/analysis.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cmath>
 #include <complex>
@@ -25,29 +24,18 @@ constexpr FLOAT32 kNaN = std::numeric_limits<FLOAT32>::quiet_NaN();
 
 using Complexes = std::vector<std::complex<double>>;
 
-const Complexes& Roots(std::size_t order) {
-  thread_local std::map<std::size_t, Complexes> tables;
-  Complexes& table = tables[order];
-  for (std::size_t k = table.size(); k < order; ++k) {
-    const long double turn = -2.0L * static_cast<long double>(k) / static_cast<long double>(order);
-    table.push_back(std::polar(1.0, static_cast<double>(turn * 3.14159265358979323846264338327950288L)));
-  }
-  return table;
-}
-
-// The defining sum in double precision, split by the smallest prime factor of the length to save time.
+// The defining sum in double precision.
 Complexes Dft(const Complexes& x) {
+  thread_local std::map<std::size_t, Complexes> tables;
   const std::size_t n = x.size();
-  if (n == 1) return x;
-  std::size_t factor = 2;
-  while (n % factor != 0) ++factor;
-  const Complexes& roots = Roots(n);
+  Complexes& roots = tables[n];
+  for (std::size_t k = roots.size(); k < n; ++k) {
+    const long double turn = -2.0L * static_cast<long double>(k) / static_cast<long double>(n);
+    roots.push_back(std::polar(1.0, static_cast<double>(turn * 3.14159265358979323846264338327950288L)));
+  }
   Complexes result(n);
-  for (std::size_t j = 0; j < factor; ++j) {
-    Complexes part;
-    for (std::size_t i = j; i < n; i += factor) part.push_back(x[i]);
-    part = Dft(part);
-    for (std::size_t k = 0; k < n; ++k) result[k] += part[k % part.size()] * roots[j * k % n];
+  for (std::size_t k = 0; k < n; ++k) {
+    for (std::size_t i = 0; i < n; ++i) result[k] += x[i] * roots[i * k % n];
   }
   return result;
 }
@@ -60,14 +48,12 @@ void Dft2D(View<const FLOAT32> src, View<FLOAT32> dst, RegionSize size) {
     row = Dft(row);
     for (std::size_t x = 0; x < row.size(); ++x) columns[x].push_back(row[x]);
   }
-  for (int x = 0; x < size.width; ++x) {
-    const Complexes column = Dft(columns[static_cast<std::size_t>(x)]);
-    for (int y = 0; y < size.height; ++y) {
-      const std::complex<double> value = column[static_cast<std::size_t>(y)];
-      dst.Set(2 * x, y, static_cast<FLOAT32>(value.real()));
-      dst.Set(2 * x + 1, y, static_cast<FLOAT32>(value.imag()));
-    }
-  }
+  for (Complexes& column : columns) column = Dft(column);
+  ForEachPixel(size, [&](int x, int y) {
+    const std::complex<double> value = columns[static_cast<std::size_t>(x)][static_cast<std::size_t>(y)];
+    dst.Set(2 * x, y, static_cast<FLOAT32>(value.real()));
+    dst.Set(2 * x + 1, y, static_cast<FLOAT32>(value.imag()));
+  });
 }
 
 // Now and then a length at which the method changes, or of a method that small ones do not use.
@@ -99,35 +85,32 @@ void Magnitude(View<const FLOAT32> src, View<FLOAT32> dst, RegionSize size) {
 
 // Parts whose modulus is exactly the middle between two floats (Pythagorean triples with a hypotenuse of 25 bits), or
 // as near to such a middle as floats get.
-std::array<double, 2> DrawTie(Trial& t) {
-  const int p = t.Int(3600, 4090);
-  const int q = t.Int(1500, 1990);
-  const int sum = p * p + q * q;
-  if (t.OneIn(2) && sum > 1 << 24 && sum % 2 != 0 && p * p - q * q < 1 << 24 && 2 * p * q < 1 << 24) {
-    return {double(p * p - q * q), 2.0 * p * q};
-  }
+std::complex<double> DrawTie(Trial& t) {
+  const double p = t.Int(3600, 4090);
+  const double q = t.Int(1500, 1990);
+  const double sum = p * p + q * q;
+  if (t.OneIn(2) && sum > 0x1p24 && std::fmod(sum, 2) != 0 && p * p - q * q < 0x1p24) return {p * p - q * q, 2 * p * q};
   const double re = t.Int(1 << 23, (1 << 24) - 1);
   const double middle = re + t.Int(0, 3) + 0.5;
   return {re, std::sqrt(middle * middle - re * re)};
 }
 
+// Noise, such ties, or bit patterns of a magnitude, a part zero now and then.
 Arguments DrawMagnitude(Trial& t) {
   const RegionSize size = t.Size();
   Image& src = t.New<FLOAT32>({2 * size.width, size.height}, {.steps = Steps::Positive});
   const int kind = t.Int(0, 3);
-  if (kind == 1) {
-    const int exponent = t.Int(-80, 40);
-    const double scale = std::ldexp(t.OneIn(2) ? 1 : -1, exponent);
-    ForEachPixel(size, [&](int x, int y) {
-      const std::array<double, 2> parts = DrawTie(t);
-      for (int i = 0; i < 2; ++i)
-        src.Set(2 * x + i, y, static_cast<FLOAT32>(parts[static_cast<std::size_t>(i)] * scale));
-    });
-  } else if (kind > 1) {
-    // Bit patterns of a magnitude, a part zero now and then.
-    const auto low = static_cast<std::uint32_t>(t.Int(0, 0x7F800001));
-    const auto span = static_cast<std::uint32_t>(t.Int(1, kind == 2 ? 0x100 : 0x7FFFFFFF));
+  const int exponent = t.Int(-80, 40);
+  const double scale = std::ldexp(t.OneOf({1, -1}), exponent);
+  const auto low = static_cast<std::uint32_t>(t.Int(0, 0x7F800001));
+  const std::uint32_t span = t.OneIn(2) ? 0x100 : 0x7FFFFFFF;
+  bool isReal = false;
+  std::complex<double> tie;
+  if (kind > 0) {
     src.Fill<FLOAT32>([&] {
+      isReal = !isReal;
+      if (isReal) tie = DrawTie(t) * scale;
+      if (kind == 1) return static_cast<FLOAT32>(isReal ? tie.real() : tie.imag());
       const std::uint32_t bits = t.OneIn(9) ? 0 : (low + t.Word() % span) & 0x7FFFFFFFU;
       return std::bit_cast<FLOAT32>(bits | (t.OneIn(2) ? 0x80000000U : 0U));
     });
@@ -135,11 +118,7 @@ Arguments DrawMagnitude(Trial& t) {
   return {src, t.New<FLOAT32>(size, {.steps = Steps::Positive}), size};
 }
 
-Arguments DrawMagnitudeRow(Trial& t) {
-  const Arguments image = DrawMagnitude(t);
-  return {image[0], image[2], image[4]};
-}
-void MagnitudeRow(const FLOAT32* src, FLOAT32* dst, std::int32_t count) { Magnitude(src, dst, {count, 1}); }
+void MagnitudeRow(View<const FLOAT32> src, View<FLOAT32> dst, RegionSize size) { Magnitude(src, dst, {size.width, 1}); }
 
 // ---- Distance transform ----
 
@@ -156,13 +135,11 @@ void Distances(View<const BW8> mask, View<FLOAT32> distances, RegionSize size, c
       const bool inside = x + dx >= 0 && x + dx < size.width && y + dy >= 0 && y + dy < size.height;
       if (inside) least = std::min(least, distances(x + dx, y + dy) + weight);
     };
-    if (seen > 0 ? least > (cheapDiagonal ? b : a) : least > 0) {
-      if (cheapDiagonal && y == size.height - 1) reach(2 * seen, 0, 2 * b);
-      reach(seen, 0, a);
-      reach(seen, seen, diagonal);
-      reach(0, seen, a);
-      reach(-seen, seen, diagonal);
-    }
+    if (cheapDiagonal && y == size.height - 1) reach(2 * seen, 0, 2 * b);
+    reach(seen, 0, a);
+    reach(seen, seen, diagonal);
+    reach(0, seen, a);
+    reach(-seen, seen, diagonal);
     distances.Set(x, y, static_cast<FLOAT32>(least));
   };
   ForEachPixel(size, [&](int x, int y) { visit(x, y, -1); });
@@ -176,94 +153,49 @@ Arguments DrawDistances(Trial& t) {
   const bool none = t.OneIn(8);
   mask.Fill<BW8>([&] { return static_cast<BW8>(t.OneIn(sparseness) && !none ? 0 : 1 << t.Int(0, 7)); });
   const Image& distances = t.New<FLOAT32>(size, {.steps = Steps::Row, .multiple = 4});
-  using Weights = std::array<FLOAT32, 2>;
-  const auto weights = t.OneOf<Weights>({{1, 1.5F},
-                                         {3, 4},
-                                         {1, 1},
-                                         {0.955F, 1.3693F},
-                                         {1, 1.4142135F},
-                                         {1.5F, 1},
-                                         {7, 3},
-                                         {1, 0.3F},
-                                         {1, 2},
-                                         {1, 1.9999999F},
-                                         {0.1F, 0.2F},
-                                         {0.1F, 0.1F},
-                                         {1, 100},
-                                         {1e38F, 1.3e38F},
-                                         {2e38F, 1.9e38F},
-                                         {kLargest, kLargest},
-                                         {kLargest, 1},
-                                         {1, kLargest},
-                                         {kInfinity, 1},
-                                         {1, kInfinity},
-                                         {1e-45F, 2e-45F},
-                                         {4e-45F, 3e-45F},
-                                         {1e-39F, 1.1e-38F},
-                                         {1e-8F, 1.5e-8F},
-                                         {1, 1e-9F},
-                                         {kInfinity, 3e38F},
-                                         {kInfinity, kInfinity},
-                                         {2.1e32F, 1.9e32F},
-                                         {1e31F, 1.5e31F},
-                                         {1e-30F, 1.9e-30F},
-                                         {16777217.0F, 1}});
-  // Others are random, or such that two ways of steps are equally long but for rounding.
-  const auto unit = static_cast<FLOAT32>(t.Real(0.01, 3));
-  const auto other = t.OneOf({unit, 2 * unit, static_cast<FLOAT32>(t.Real(0.01, 3))});
-  const Image& metrics = t.New<FLOAT32>({2, 1});
-  const bool usual = t.OneIn(2);
-  View(static_cast<FLOAT32*>(metrics.data())).Set(0, 0, usual ? weights[0] : unit);
-  View(static_cast<FLOAT32*>(metrics.data())).Set(1, 0, usual ? weights[1] : other);
-  return {mask, distances, size, metrics.data()};
+  // Diagonals are shorter than a straight step, than two, or longer; or two ways are equally long but for rounding.
+  const auto random = static_cast<FLOAT32>(t.Real(0.01, 3));
+  const auto straight =
+      t.OneOf({random, random,  1.0F,  1.0F,  3.0F,   7.0F,   0.1F,   0.955F, 16777217.0F, 1e38F,
+               2e38F,  2.1e32F, 1e31F, 1e-8F, 1e-30F, 1e-39F, 1e-45F, 4e-45F, kLargest,    kInfinity});
+  const auto ratio = t.OneOf({0.3F, 3.0F / 7, 0.95F, 1.0F, 1.3F, 4.0F / 3, 1.4142135F, 1.5F, 1.9F, 1.9999999F, 2.0F});
+  const auto other = static_cast<FLOAT32>(t.Real(0.01, 3));
+  const auto diagonal = t.OneOf(
+      {straight * ratio, straight * ratio, straight * ratio, other, 1.0F, 100.0F, 1e-9F, 3e38F, kLargest, kInfinity});
+  return {mask, distances, size, t.Array({straight, std::max(diagonal, 1e-45F)})};
 }
 
 Checks DistanceChecks() {
   const auto misalign = [](Arguments& a) { a[3] = a[4].integer * 4 + 2; };
-  const auto weight = [](int i, FLOAT32 value) -> Change {
-    return [=](Arguments& a) { View(static_cast<FLOAT32*>(a[6].pointer)).Set(i, 0, value); };
-  };
-  return {NotNull(0),
-          NotNull(2),
-          NotNull(6),
-          Size(4),
-          Size(5),
-          RowStep(1, 1, 4),
-          RowStep(3, 4, 4),
-          {StatusCode::MisalignedStep, {misalign}},
-          {StatusCode::BadCoefficients,
-           {weight(0, 0), weight(0, -0.0F), weight(0, -1), weight(0, kNaN)},
-           {weight(0, 1e-45F)}},
-          {StatusCode::BadCoefficients,
-           {weight(1, 0), weight(1, -0.0F), weight(1, -1), weight(1, kNaN)},
-           {weight(1, 1e-45F)}}};
+  Check weights = {StatusCode::BadCoefficients, {}};
+  for (const int i : {0, 1}) {
+    for (const FLOAT32 value : {0.0F, -0.0F, -1.0F, kNaN, 1e-45F}) {
+      auto& changes = value > 0 ? weights.served : weights.refused;
+      changes.push_back([=](Arguments& a) { View(static_cast<FLOAT32*>(a[6].pointer)).Set(i, 0, value); });
+    }
+  }
+  return {NotNull(0), NotNull(2),       NotNull(6),       Size(4),
+          Size(5),    RowStep(1, 1, 4), RowStep(3, 4, 4), {StatusCode::MisalignedStep, {misalign}},
+          weights};
 }
 
 // ---- Random fill ----
 
-// The generator in 64-bit arithmetic.
 void RandomFill(BW8* dst, std::int32_t length, std::int32_t lowBound, std::int32_t highBound, std::uint32_t seed) {
-  const auto next = [](std::int64_t word) { return (word * 69069 + 1013904243) & 0xFFFFFFFF; };
-  const auto isNegative = [](std::int64_t word) { return word >= 0x80000000; };
   const int low = lowBound & 255;
   const int high = highBound & 255;
-  std::int64_t lcg = 1131199209;
-  std::int64_t x1 = seed;
-  std::int64_t x2 = next(x1);
-  std::int64_t x3 = next(x2);
-  std::int64_t borrow = -1;
+  std::uint32_t lcg = 1131199209;
+  std::uint32_t x[] = {seed, seed * 69069 + 1013904243, 0};
+  x[2] = x[1] * 69069 + 1013904243;
+  std::uint32_t borrow = 1;
   for (int i = 0; i < length; ++i) {
-    lcg = next(lcg);
-    std::int64_t t = (x2 - x3 + borrow) & 0xFFFFFFFF;
-    borrow = isNegative(t) ? -1 : 0;
-    if (borrow != 0) t = (t - 18) & 0xFFFFFFFF;
-    x3 = x2;
-    x2 = x1;
-    x1 = t;
-    const std::int64_t draw = (t + lcg) & 0xFFFFFFFF;
-    const volatile double offset =
-        static_cast<double>(isNegative(draw) ? draw - 0x100000000 : draw) * ((high - low) * 2.3283064365387e-10);
-    dst[i] = static_cast<BW8>(static_cast<std::int64_t>(std::trunc(offset + (low + high) * 0.5)));
+    lcg = lcg * 69069 + 1013904243;
+    const std::uint32_t difference = x[1] - x[2] - borrow;
+    borrow = difference >> 31;
+    std::shift_right(std::begin(x), std::end(x), 1);
+    x[0] = difference - 18 * borrow;
+    const double offset = static_cast<std::int32_t>(x[0] + lcg) * ((high - low) * 2.3283064365387e-10);
+    dst[i] = static_cast<BW8>(static_cast<int>(offset + (low + high) * 0.5));
   }
 }
 
@@ -278,17 +210,13 @@ Arguments DrawRandomFill(Trial& t) {
 
 std::vector<Operation> AnalysisOperations() {
   const Checks sizesFirst = {NotNull(0), NotNull(2), Size(4), Size(5), Step(1), Step(3)};
+  const Checks row = {NotNull(0), NotNull(2), Size(4)};
   return {
       {Call<Norvala_DFTFwdFLOAT32>(), nullptr, DrawDft, Reference<Dft2D>(), sizesFirst},
-      {Call<Norvala_MagnitudeFLOAT32>(), Primitive<kMagnitudeFLOAT32>(), DrawMagnitude, Reference<Magnitude>(),
-       sizesFirst},
-      {{"MagnitudeRow"},
-       Primitive<kMagnitudeRowFLOAT32>(),
-       DrawMagnitudeRow,
-       Reference<MagnitudeRow>(),
-       {NotNull(0), NotNull(1), Size(2)}},
-      {Call<Norvala_DistanceTransform3x3_BW8ToFLOAT32>(), Primitive<kDistanceTransform3x3BW8ToFLOAT32>(), DrawDistances,
-       Reference<Distances>(), DistanceChecks()},
+      Row<Norvala_MagnitudeFLOAT32, kMagnitudeFLOAT32, DrawMagnitude, Magnitude>(sizesFirst),
+      {{"MagnitudeRow"}, Primitive<kMagnitudeRowFLOAT32, 0, 2, 4>(), DrawMagnitude, Reference<MagnitudeRow>(), row},
+      Row<Norvala_DistanceTransform3x3_BW8ToFLOAT32, kDistanceTransform3x3BW8ToFLOAT32, DrawDistances, Distances>(
+          DistanceChecks()),
       {Call<Norvala_RandUniform_BW8>(), nullptr, DrawRandomFill, Reference<RandomFill>(), {NotNull(0), Size(1)}},
   };
 }

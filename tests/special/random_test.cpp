@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <array>
+#include <utility>
+#include <vector>
 
 #include "analysis/analysis.h"
 
@@ -13,63 +14,52 @@ TEST(RandUniformStateTest, ChecksInOrderAndContinuesTheSequence) {
   EXPECT_EQ(kRandUniformCreateBW8(nullptr, 1, 2, 3), NullPointer);
   RandUniformState* state = nullptr;
   ASSERT_EQ(kRandUniformCreateBW8(&state, 200, 100, 7), Success);
-  EXPECT_EQ(state->tag, 35);
   EXPECT_EQ(state->seed, 7U);
-  BW8 value = 9;
+  EXPECT_EQ(std::exchange(state->tag, 28), 35);
+  std::vector<BW8> parts(9, 9);
   EXPECT_EQ(kRandUniformBW8(nullptr, 0, state), NullPointer);
-  EXPECT_EQ(kRandUniformBW8(&value, 0, nullptr), NullPointer);
-  state->tag = 28;
-  EXPECT_EQ(kRandUniformBW8(&value, 0, state), NonPositiveSize);
-  EXPECT_EQ(kRandUniformBW8(&value, 1, state), WrongStateKind);
+  EXPECT_EQ(kRandUniformBW8(parts.data(), 0, nullptr), NullPointer);
+  EXPECT_EQ(kRandUniformBW8(parts.data(), 0, state), NonPositiveSize);
+  EXPECT_EQ(kRandUniformBW8(parts.data(), 1, state), WrongStateKind);
   EXPECT_EQ(kRandUniformFreeBW8(state), WrongStateKind);
   EXPECT_EQ(kRandUniformFreeBW8(nullptr), NullPointer);
-  EXPECT_EQ(value, 9);
+  EXPECT_EQ(parts, std::vector<BW8>(9, 9));
   state->tag = 35;
-  std::array<BW8, 9> parts, whole;
   EXPECT_EQ(kRandUniformBW8(parts.data(), 4, state), Success);
   EXPECT_EQ(kRandUniformBW8(parts.data() + 4, 5, state), Success);
+  EXPECT_EQ(kRandUniformFreeBW8(state), Success);
+  std::vector<BW8> whole(9);
   EXPECT_EQ(Norvala_RandUniform_BW8(whole.data(), 9, 200, 100, 7), 0);
   EXPECT_EQ(parts, whole);
-  EXPECT_EQ(kRandUniformFreeBW8(state), Success);
 }
 
-// The most negative draw falls just below the lower bound.
-TEST(RandUniformStateTest, MostNegativeDraw) {
+// The byte of a new state whose next difference is the given one: its sign counts before the correction by 18 turns it.
+BW8 Draw(BW8 low, BW8 high, std::uint32_t difference) {
+  RandUniformState* state = nullptr;
+  EXPECT_EQ(kRandUniformCreateBW8(&state, low, high, 1), Success);
+  state->x2 = difference;
+  state->x3 = 0;
+  state->borrow = 0;
+  BW8 value = 77;
+  EXPECT_EQ(kRandUniformBW8(&value, 1, state), Success);
+  const bool negative = difference > INT32_MAX;
+  EXPECT_EQ(state->borrow, negative ? -1 : 0) << difference;
+  EXPECT_EQ(state->x1, negative ? difference - 18 : difference) << difference;
+  EXPECT_EQ(kRandUniformFreeBW8(state), Success);
+  return value;
+}
+
+TEST(RandUniformStateTest, MakesDrawsThatNoSeedShows) {
+  for (const std::uint32_t difference : {17U, 0x7FFFFFFFU, 0x80000000U, 0x80000011U}) Draw(0, 255, difference);
+  // The most negative draw falls just below the lower bound.
+  const std::uint32_t word = 0x80000000U - (1131199209U * 69069 + 1013904243);
+  const std::uint32_t difference = word > INT32_MAX ? word + 18 : word;
   struct Case {
     BW8 low, high, value;
   };
   for (const Case c : {Case{10, 20, 9}, {1, 255, 0}, {0, 255, 0}, {30, 31, 30}, {8, 8, 8}, {20, 10, 20}}) {
-    RandUniformState* state = nullptr;
-    ASSERT_EQ(kRandUniformCreateBW8(&state, c.low, c.high, 1), Success);
-    const std::uint32_t lcg = state->lcg * 69069U + 1013904243U;
-    // The difference is what is missing to 2^31 once the correction by 18 of a negative difference is undone.
-    const std::uint32_t word = 0x80000000U - lcg;
-    state->x2 = static_cast<std::int32_t>(word) < 0 ? word + 18 : word;
-    state->x3 = 0;
-    state->borrow = 0;
-    BW8 value = 77;
-    ASSERT_EQ(kRandUniformBW8(&value, 1, state), Success);
-    EXPECT_EQ(state->lcg + state->x1, 0x80000000U);
-    EXPECT_EQ(value, c.value) << int{c.low} << ".." << int{c.high};
-    EXPECT_EQ(kRandUniformFreeBW8(state), Success);
+    EXPECT_EQ(Draw(c.low, c.high, difference), c.value) << int{c.low} << ".." << int{c.high};
   }
-}
-
-// Draws so rare that no seed shows them: the sign counts before the correction by 18 turns it.
-TEST(RandUniformStateTest, BorrowsByTheUncorrectedSign) {
-  RandUniformState* state = nullptr;
-  ASSERT_EQ(kRandUniformCreateBW8(&state, 0, 255, 1), Success);
-  for (const std::uint32_t difference : {17U, 0x7FFFFFFFU, 0x80000000U, 0x80000011U}) {
-    const bool negative = difference > 0x7FFFFFFFU;
-    state->x2 = difference;
-    state->x3 = 0;
-    state->borrow = 0;
-    BW8 value;
-    ASSERT_EQ(kRandUniformBW8(&value, 1, state), Success);
-    EXPECT_EQ(state->borrow, negative ? -1 : 0) << difference;
-    EXPECT_EQ(state->x1, negative ? difference - 18 : difference) << difference;
-  }
-  EXPECT_EQ(kRandUniformFreeBW8(state), Success);
 }
 
 }  // namespace
