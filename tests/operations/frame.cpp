@@ -13,14 +13,14 @@ void Version(BW8* text) { std::memcpy(text, "1.0.0.0", 8); }
 
 // Allocates, writes every byte of what it got, and releases it.
 template <class T>
-std::int32_t UseVector(T* (*allocate)(std::int32_t), std::int32_t count, BW8* aligned) {
-  T* const vector = allocate(count);
+std::int32_t UseVector(T* (*allocate)(std::int32_t), RegionSize size, BW8* aligned) {
+  T* const vector = allocate(size.width);
   if (vector == nullptr) return -1;
   *aligned = reinterpret_cast<std::uintptr_t>(vector) % 32 == 0;
-  std::memset(vector, 0x5A, static_cast<std::size_t>(count) * sizeof(T));
+  std::memset(vector, 0x5A, static_cast<std::size_t>(size.width) * sizeof(T));
   return Norvala_1DFree(vector) - 1;
 }
-void Vector(std::int32_t, BW8* aligned) { *aligned = 1; }
+void AlignedVector(RegionSize, BW8* aligned) { *aligned = 1; }
 
 template <class T>
 std::int32_t UseImage(T* (*allocate)(std::int32_t, std::int32_t, std::int32_t*), RegionSize size, BW8* aligned,
@@ -49,37 +49,30 @@ std::int32_t Release(R (*release)(void*), std::int32_t count) {
 }
 void Released(std::int32_t) {}
 
-template <auto allocate, class T>
-Operation VectorOf() {
-  constexpr auto kDraw = [](Trial& t) -> Arguments { return {t.Int(1, 5000), t.Result<BW8>()}; };
-  return {CallBy<allocate, UseVector<T>>(), nullptr, kDraw, Reference<Vector>(), {Size(0)}};
-}
-template <auto allocate, class T>
-Operation ImageOf() {
-  constexpr auto kDraw = [](Trial& t) -> Arguments { return {t.Size(), t.Result<BW8>(), t.Result<std::int32_t>()}; };
-  return {CallBy<allocate, UseImage<T>>(), nullptr, kDraw, Reference<AlignedImage<T>>(), {Size(0), Size(1)}};
-}
-template <auto release, class R>
-Operation ReleaseBy() {
-  constexpr auto kDraw = [](Trial& t) -> Arguments { return {t.Int(1, 5000)}; };
-  return {CallBy<release, Release<R>>(), nullptr, kDraw, Reference<Released>(), {}};
+Arguments Draw(Trial& t) {
+  const RegionSize size = t.Size();
+  auto* const aligned = t.Result<BW8>();
+  return {size, aligned, t.Result<std::int32_t>()};
 }
 
 }  // namespace
 
 std::vector<Operation> FrameOperations() {
   constexpr auto kText = [](Trial& t) -> Arguments { return {t.Result<BW8>(8)}; };
+  const Checks sizes = {Size(0), Size(1)};
+  using Complex = ComplexFLOAT32Number;
   return {
       {CallBy<Norvala_GetVersion, ReadVersion>(), nullptr, kText, Reference<Version>(), {}},
-      VectorOf<Norvala_1DMallocBW8, BW8>(),
-      VectorOf<Norvala_1DMallocFLOAT32, FLOAT32>(),
-      VectorOf<Norvala_1DMallocINT32, INT32>(),
-      VectorOf<Norvala_1DMallocFLOAT64, FLOAT64>(),
-      ReleaseBy<Norvala_1DFree, std::int32_t>(),
-      ImageOf<Norvala_2DMallocBW8, BW8>(),
-      ImageOf<Norvala_2DMallocFLOAT32, FLOAT32>(),
-      ImageOf<Norvala_2DMallocComplexFLOAT32Number, ComplexFLOAT32Number>(),
-      ReleaseBy<Norvala_2DFree, void>(),
+      {CallBy<Norvala_1DMallocBW8, UseVector<BW8>>(), nullptr, Draw, Reference<AlignedVector>(), {Size(0)}},
+      {CallBy<Norvala_1DMallocFLOAT32, UseVector<FLOAT32>>(), nullptr, Draw, Reference<AlignedVector>(), {Size(0)}},
+      {CallBy<Norvala_1DMallocINT32, UseVector<INT32>>(), nullptr, Draw, Reference<AlignedVector>(), {Size(0)}},
+      {CallBy<Norvala_1DMallocFLOAT64, UseVector<FLOAT64>>(), nullptr, Draw, Reference<AlignedVector>(), {Size(0)}},
+      {CallBy<Norvala_1DFree, Release<std::int32_t>>(), nullptr, Draw, Reference<Released>(), {}},
+      {CallBy<Norvala_2DMallocBW8, UseImage<BW8>>(), nullptr, Draw, Reference<AlignedImage<BW8>>(), sizes},
+      {CallBy<Norvala_2DMallocFLOAT32, UseImage<FLOAT32>>(), nullptr, Draw, Reference<AlignedImage<FLOAT32>>(), sizes},
+      {CallBy<Norvala_2DMallocComplexFLOAT32Number, UseImage<Complex>>(), nullptr, Draw,
+       Reference<AlignedImage<Complex>>(), sizes},
+      {CallBy<Norvala_2DFree, Release<void>>(), nullptr, Draw, Reference<Released>(), {}},
   };
 }
 
