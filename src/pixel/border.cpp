@@ -1,6 +1,5 @@
-#include "frame/memory.h"
-#include "pixel/copy_rows.h"
 #include "pixel/pixel.h"
+#include "pixel/rows.h"
 
 namespace norvala {
 namespace {
@@ -10,9 +9,11 @@ bool Fits(std::int32_t inside, std::int32_t outside, std::int32_t before) {
   return static_cast<std::int64_t>(before) + inside <= outside;
 }
 
+}  // namespace
+
 template <class T>
-StatusCode ReplicateBorder(T* image, std::int32_t step, RegionSize inner, RegionSize outer, std::int32_t top,
-                           std::int32_t left) {
+StatusCode CopyReplicateBorder(T* image, std::int32_t step, RegionSize inner, RegionSize outer, std::int32_t top,
+                               std::int32_t left) {
   if (image == nullptr) return StatusCode::NullPointer;
   if (step < 1) return StatusCode::NonPositiveStep;
   if (IsEmpty(inner) || IsEmpty(outer) || top < 0 || left < 0 || !Fits(inner.width, outer.width, left) ||
@@ -25,8 +26,8 @@ StatusCode ReplicateBorder(T* image, std::int32_t step, RegionSize inner, Region
   const std::size_t after = outerWidth - innerWidth - before;
   const std::int32_t bottom = outer.height - inner.height - top;
   const auto widen = [&](Unaligned<T>* row) {
-    FillRow<T>(row[0], row - before, before);
-    FillRow<T>(row[innerWidth - 1], row + innerWidth, after);
+    FillRow(LoadUnaligned<Bits<T>>(row), row - before, before);
+    FillRow(LoadUnaligned<Bits<T>>(row + innerWidth - 1), row + innerWidth, after);
   };
 
   // The topmost rows are copies of the first inner row with its side borders, and so on downwards: the order matters
@@ -42,21 +43,8 @@ StatusCode ReplicateBorder(T* image, std::int32_t step, RegionSize inner, Region
   return StatusCode::Success;
 }
 
-}  // namespace
-
-StatusCode CopyReplicateBorderBW8(BW8* image, std::int32_t step, RegionSize inner, RegionSize outer, std::int32_t top,
-                                  std::int32_t left) {
-  return ReplicateBorder(image, step, inner, outer, top, left);
-}
-
-StatusCode CopyReplicateBorderBW16(BW16* image, std::int32_t step, RegionSize inner, RegionSize outer, std::int32_t top,
-                                   std::int32_t left) {
-  return ReplicateBorder(image, step, inner, outer, top, left);
-}
-
-StatusCode CopyReplicateBorderFLOAT32(FLOAT32* image, std::int32_t step, RegionSize inner, RegionSize outer,
-                                      std::int32_t top, std::int32_t left) {
-  return ReplicateBorder(reinterpret_cast<BW32*>(image), step, inner, outer, top, left);
-}
+template StatusCode CopyReplicateBorder(BW8*, std::int32_t, RegionSize, RegionSize, std::int32_t, std::int32_t);
+template StatusCode CopyReplicateBorder(BW16*, std::int32_t, RegionSize, RegionSize, std::int32_t, std::int32_t);
+template StatusCode CopyReplicateBorder(FLOAT32*, std::int32_t, RegionSize, RegionSize, std::int32_t, std::int32_t);
 
 }  // namespace norvala

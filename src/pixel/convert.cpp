@@ -1,7 +1,7 @@
-#include "frame/lanes.h"
-#include "frame/memory.h"
-#include "pixel/map_rows.h"
+#include <limits>
+
 #include "pixel/pixel.h"
+#include "pixel/rows.h"
 
 namespace norvala {
 namespace {
@@ -48,38 +48,32 @@ inline U8x16 PackBytes(I32x4 a, I32x4 b, I32x4 c, I32x4 d) {
   return PackSaturated(BitCastLanes<I16x8>(low), BitCastLanes<I16x8>(high));
 }
 
-template <bool kRound>
-void FloatRowToBytes(std::size_t count, const void* srcRow, void* dstRow) {
+template <class D, bool kRound>
+void NarrowFloats(std::size_t count, const void* srcRow, void* dstRow) {
   const Unaligned<FLOAT32>* const src = static_cast<const Unaligned<FLOAT32>*>(srcRow);
-  Unaligned<BW8>* const dst = static_cast<Unaligned<BW8>*>(dstRow);
-  const Saturate<kRound> toInteger(255.0F);
+  Unaligned<D>* const dst = static_cast<Unaligned<D>*>(dstRow);
+  const Saturate<kRound> toInteger(std::numeric_limits<D>::max());
   const auto saturate = [&](std::size_t x) { return toInteger(LoadUnaligned<F32x4>(src + x)); };
+  constexpr std::size_t kLanes = 16 / sizeof(D);
   std::size_t x = 0;
-  for (; count - x >= 16; x += 16) {
-    StoreUnaligned(dst + x, PackBytes(saturate(x), saturate(x + 4), saturate(x + 8), saturate(x + 12)));
+  for (; count - x >= kLanes; x += kLanes) {
+    if constexpr (sizeof(D) == 1) {
+      StoreUnaligned(dst + x, PackBytes(saturate(x), saturate(x + 4), saturate(x + 8), saturate(x + 12)));
+    } else {
+      StoreUnaligned(dst + x, PackWords(saturate(x), saturate(x + 4)));
+    }
   }
-  for (; x < count; ++x) dst[x] = static_cast<BW8>(toInteger(F32x4{src[x]})[0]);
-}
-
-template <bool kRound>
-void FloatRowToWords(std::size_t count, const void* srcRow, void* dstRow) {
-  const Unaligned<FLOAT32>* const src = static_cast<const Unaligned<FLOAT32>*>(srcRow);
-  Unaligned<BW16>* const dst = static_cast<Unaligned<BW16>*>(dstRow);
-  const Saturate<kRound> toInteger(65535.0F);
-  const auto saturate = [&](std::size_t x) { return toInteger(LoadUnaligned<F32x4>(src + x)); };
-  std::size_t x = 0;
-  for (; count - x >= 8; x += 8) StoreUnaligned(dst + x, PackWords(saturate(x), saturate(x + 4)));
-  for (; x < count; ++x) dst[x] = static_cast<BW16>(toInteger(F32x4{src[x]})[0]);
+  for (; x < count; ++x) dst[x] = static_cast<D>(toInteger(F32x4{src[x]})[0]);
 }
 
 template <class S, class D>
-void WidenRow(std::size_t count, const void* srcRow, void* dstRow) {
+void Widen(std::size_t count, const void* srcRow, void* dstRow) {
   const Unaligned<S>* const src = static_cast<const Unaligned<S>*>(srcRow);
   Unaligned<D>* const dst = static_cast<Unaligned<D>*>(dstRow);
   for (std::size_t x = 0; x < count; ++x) dst[x] = src[x];
 }
 
-void WordRowToBytes(std::size_t count, const void* srcRow, void* dstRow) {
+void SaturateWords(std::size_t count, const void* srcRow, void* dstRow) {
   const Unaligned<BW16>* const src = static_cast<const Unaligned<BW16>*>(srcRow);
   Unaligned<BW8>* const dst = static_cast<Unaligned<BW8>*>(dstRow);
   // The smaller of value and 255, both less 2^15: the low byte is the same, and signed lanes have a minimum.
@@ -93,37 +87,30 @@ void WordRowToBytes(std::size_t count, const void* srcRow, void* dstRow) {
   for (; x < count; ++x) dst[x] = static_cast<BW8>(src[x] < 255 ? src[x] : 255);
 }
 
-constexpr std::int32_t kRoundHalfToEven = 1;
-
 }  // namespace
 
-StatusCode ConvertFLOAT32toBW8(const FLOAT32* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep,
-                               RegionSize size, std::int32_t rounding) {
+template <class D>
+StatusCode ConvertFloat(const FLOAT32* src, std::int32_t srcStep, D* dst, std::int32_t dstStep, RegionSize size,
+                        std::int32_t rounding) {
+  constexpr std::int32_t kRoundHalfToEven = 1;
   return Convert(src, srcStep, dst, dstStep, size,
-                 rounding == kRoundHalfToEven ? FloatRowToBytes<true> : FloatRowToBytes<false>);
+                 rounding == kRoundHalfToEven ? NarrowFloats<D, true> : NarrowFloats<D, false>);
 }
 
-StatusCode ConvertFLOAT32toBW16(const FLOAT32* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep,
-                                RegionSize size, std::int32_t rounding) {
-  return Convert(src, srcStep, dst, dstStep, size,
-                 rounding == kRoundHalfToEven ? FloatRowToWords<true> : FloatRowToWords<false>);
+template StatusCode ConvertFloat(const FLOAT32*, std::int32_t, BW8*, std::int32_t, RegionSize, std::int32_t);
+template StatusCode ConvertFloat(const FLOAT32*, std::int32_t, BW16*, std::int32_t, RegionSize, std::int32_t);
+
+template <class S, class D>
+StatusCode ConvertWidening(const S* src, std::int32_t srcStep, D* dst, std::int32_t dstStep, RegionSize size) {
+  return Convert(src, srcStep, dst, dstStep, size, Widen<S, D>);
 }
 
-StatusCode ConvertBW8toFLOAT32(const BW8* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
-                               RegionSize size) {
-  return Convert(src, srcStep, dst, dstStep, size, WidenRow<BW8, FLOAT32>);
-}
-
-StatusCode ConvertBW8toBW16(const BW8* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size) {
-  return Convert(src, srcStep, dst, dstStep, size, WidenRow<BW8, BW16>);
-}
+template StatusCode ConvertWidening(const BW8*, std::int32_t, FLOAT32*, std::int32_t, RegionSize);
+template StatusCode ConvertWidening(const BW8*, std::int32_t, BW16*, std::int32_t, RegionSize);
+template StatusCode ConvertWidening(const BW16*, std::int32_t, BW32*, std::int32_t, RegionSize);
 
 StatusCode ConvertBW16ToBW8(const BW16* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size) {
-  return Convert(src, srcStep, dst, dstStep, size, WordRowToBytes);
-}
-
-StatusCode ConvertBW16toBW32(const BW16* src, std::int32_t srcStep, BW32* dst, std::int32_t dstStep, RegionSize size) {
-  return Convert(src, srcStep, dst, dstStep, size, WidenRow<BW16, BW32>);
+  return Convert(src, srcStep, dst, dstStep, size, SaturateWords);
 }
 
 }  // namespace norvala

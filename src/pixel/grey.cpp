@@ -2,7 +2,6 @@
 
 #include "frame/lanes.h"
 #include "frame/memory.h"
-#include "pixel/map_rows.h"
 #include "pixel/pixel.h"
 
 namespace norvala {
@@ -10,20 +9,11 @@ namespace {
 
 constexpr int kFractionBits = 12;
 
-// Multiples of 1/4096.
-struct Weights {
-  std::uint32_t red;
-  std::uint32_t green;
-  std::uint32_t blue;
-};
+// Of red, green and blue, as multiples of 1/4096.
+using Weights = std::uint32_t[3];
 
 // The luma weights of ITU-R BT.601. Their sum is 4096, so that grey pixels keep their value.
 constexpr Weights kLuma = {1225, 2404, 467};
-
-inline BW8 Weigh(const Unaligned<BW8>* pixel, const Weights& weights) {
-  return static_cast<BW8>((pixel[0] * weights.red + pixel[1] * weights.green + pixel[2] * weights.blue) >>
-                          kFractionBits);
-}
 
 // A perfect shuffle of 48 bytes: the first half goes to the even places, the second half to the odd ones. Four of them
 // bring interleaved pixels to planes, because 3 * 2^4 = 1 modulo 47.
@@ -40,9 +30,12 @@ inline void Shuffle(U8x16& a, U8x16& b, U8x16& c) {
 // high * c + floor(sum of low * c / 16), where only the first part can wrap.
 class LaneWeights {
  public:
-  explicit LaneWeights(const Weights& weights)
-      : high_{Splat<U16x8>(weights.red >> 4), Splat<U16x8>(weights.green >> 4), Splat<U16x8>(weights.blue >> 4)},
-        low_{Splat<U16x8>(weights.red & 15), Splat<U16x8>(weights.green & 15), Splat<U16x8>(weights.blue & 15)} {}
+  explicit LaneWeights(const Weights& weights) {
+    for (int i = 0; i < 3; ++i) {
+      high_[i] = Splat<U16x8>(weights[i] >> 4);
+      low_[i] = Splat<U16x8>(weights[i] & 15);
+    }
+  }
 
   U16x8 Sum(U16x8 red, U16x8 green, U16x8 blue) const {
     return red * high_[0] + green * high_[1] + blue * high_[2] +
@@ -61,15 +54,17 @@ void GreyRow(std::size_t count, const Unaligned<BW8>* src, Unaligned<BW8>* dst, 
     auto a = LoadUnaligned<U8x16>(src + 3 * x);
     auto b = LoadUnaligned<U8x16>(src + 3 * x + 16);
     auto c = LoadUnaligned<U8x16>(src + 3 * x + 32);
-    Shuffle(a, b, c);
-    Shuffle(a, b, c);
-    Shuffle(a, b, c);
+    for (int i = 0; i < 3; ++i) Shuffle(a, b, c);
     // One shuffle short: the halves in turn are red, green and blue of the even pixels, then of the odd ones.
     const U16x8 even = lanes.Sum(WidenLow(a), WidenHigh(a), WidenLow(b));
     const U16x8 odd = lanes.Sum(WidenHigh(b), WidenLow(c), WidenHigh(c));
     StoreUnaligned(dst + x, (even >> 8) | (odd & 0xFF00));
   }
-  for (; x < count; ++x) dst[x] = Weigh(src + 3 * x, weights);
+  for (; x < count; ++x) {
+    std::uint32_t sum = 0;
+    for (std::size_t i = 0; i < 3; ++i) sum += src[3 * x + i] * weights[i];
+    dst[x] = static_cast<BW8>(sum >> kFractionBits);
+  }
 }
 
 StatusCode ToGrey(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size,

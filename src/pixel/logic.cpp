@@ -1,99 +1,80 @@
 // And, or and shifts of whole words.
 
 #include <algorithm>
+#include <functional>
 
-#include "pixel/copy_rows.h"
-#include "pixel/map_rows.h"
 #include "pixel/pixel.h"
+#include "pixel/rows.h"
 
 namespace norvala {
 namespace {
 
-template <class Op>
-StatusCode Combine(const BW32* src1, std::int32_t src1Step, const BW32* src2, std::int32_t src2Step, BW32* dst,
-                   std::int32_t dstStep, RegionSize size, Op op) {
-  if (src1 == nullptr || src2 == nullptr || dst == nullptr) return StatusCode::NullPointer;
-  if (src1Step < 1 || src2Step < 1 || dstStep < 1) return StatusCode::NonPositiveStep;
-  if (IsEmpty(size)) return StatusCode::NonPositiveSize;
-  ForEachRow(
-      size, [op](std::size_t count, const void* a, const void* b, void* to) { MapRow<BW32>(op, count, to, a, b); },
-      Rows{src1, src1Step}, Rows{src2, src2Step}, Rows{dst, dstStep});
-  return StatusCode::Success;
+template <class... T>
+StatusCode Check(RegionSize size, Rows<T>... images) {
+  if ((... || (images.first == nullptr))) return StatusCode::NullPointer;
+  if ((... || (images.step < 1))) return StatusCode::NonPositiveStep;
+  return IsEmpty(size) ? StatusCode::NonPositiveSize : StatusCode::Success;
 }
 
-StatusCode Check(const void* src, std::int32_t srcStep, const void* dst, std::int32_t dstStep, RegionSize size) {
-  if (src == nullptr || dst == nullptr) return StatusCode::NullPointer;
-  if (srcStep < 1 || dstStep < 1) return StatusCode::NonPositiveStep;
-  if (IsEmpty(size)) return StatusCode::NonPositiveSize;
-  return StatusCode::Success;
+template <class T, class Op, class... S>
+StatusCode Map(RegionSize size, Op op, Rows<T> dst, Rows<S>... sources) {
+  const StatusCode status = Check(size, dst, sources...);
+  if (status == StatusCode::Success) MapRows(size, op, dst, sources...);
+  return status;
 }
 
+// A count beyond the bits of T leaves the sign of a signed number, as the largest count within does, and 0 of others.
 template <class T, class Op>
-void MapRows(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep, RegionSize size, Op op) {
-  ForEachRow(
-      size, [op](std::size_t count, const void* from, void* to) { MapRow<T>(op, count, to, from); }, Rows{src, srcStep},
-      Rows{dst, dstStep});
+StatusCode Shift(RegionSize size, std::uint32_t count, Op op, Rows<T> dst, Rows<const T> src) {
+  constexpr std::uint32_t kMost = 8 * sizeof(T) - 1;
+  const StatusCode status = Check(size, dst, src);
+  if (status != StatusCode::Success) return status;
+  if (count == 0) {
+    CopyRows(size, src, dst);
+  } else if (count > kMost && std::is_unsigned_v<T>) {
+    FillRows<T>(0, size, dst);
+  } else {
+    const auto shift = [op, places = std::min(count, kMost)](auto pixels) { return op(pixels, places); };
+    MapRows(size, shift, dst, src);
+  }
+  return status;
 }
 
-StatusCode Copy32(const BW32* src, std::int32_t srcStep, BW32* dst, std::int32_t dstStep, RegionSize size) {
-  return kCopyFLOAT32(reinterpret_cast<const FLOAT32*>(src), srcStep, reinterpret_cast<FLOAT32*>(dst), dstStep, size);
-}
+constexpr auto kShiftLeft = [](auto pixels, auto places) { return pixels << places; };
+constexpr auto kShiftRight = [](auto pixels, auto places) { return pixels >> places; };
 
 }  // namespace
 
 StatusCode AndBW32(const BW32* src1, std::int32_t src1Step, const BW32* src2, std::int32_t src2Step, BW32* dst,
                    std::int32_t dstStep, RegionSize size) {
-  return Combine(src1, src1Step, src2, src2Step, dst, dstStep, size, [](auto a, auto b) { return a & b; });
+  return Map(size, std::bit_and{}, Rows{dst, dstStep}, Rows{src1, src1Step}, Rows{src2, src2Step});
 }
 
 StatusCode OrBW32(const BW32* src1, std::int32_t src1Step, const BW32* src2, std::int32_t src2Step, BW32* dst,
                   std::int32_t dstStep, RegionSize size) {
-  return Combine(src1, src1Step, src2, src2Step, dst, dstStep, size, [](auto a, auto b) { return a | b; });
+  return Map(size, std::bit_or{}, Rows{dst, dstStep}, Rows{src1, src1Step}, Rows{src2, src2Step});
 }
 
 StatusCode AndCBW16(BW16 constant, const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep,
                     RegionSize size) {
-  const StatusCode status = Check(src, srcStep, dst, dstStep, size);
-  if (status != StatusCode::Success) return status;
-  MapRows(src, srcStep, dst, dstStep, size, [constant](auto pixels) { return pixels & constant; });
-  return StatusCode::Success;
+  const auto mask = [constant](auto pixels) { return pixels & constant; };
+  return Map(size, mask, Rows{dst, dstStep}, Rows{src, srcStep});
 }
 
 StatusCode RShiftCBW16(std::uint32_t count, const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep,
                        RegionSize size) {
-  const StatusCode status = Check(src, srcStep, dst, dstStep, size);
-  if (status != StatusCode::Success) return status;
-  if (count == 0) return kCopyBW16(src, srcStep, dst, dstStep, size);
-  if (count > 15) {
-    FillRows<BW16>(0, dst, dstStep, size);
-  } else {
-    MapRows(src, srcStep, dst, dstStep, size, [count](auto pixels) { return pixels >> count; });
-  }
-  return StatusCode::Success;
+  return Shift(size, count, kShiftRight, Rows{dst, dstStep}, Rows{src, srcStep});
 }
 
 StatusCode RShiftCBW32(std::uint32_t count, const BW32* src, std::int32_t srcStep, BW32* dst, std::int32_t dstStep,
                        RegionSize size) {
-  const StatusCode status = Check(src, srcStep, dst, dstStep, size);
-  if (status != StatusCode::Success) return status;
-  if (count == 0) return Copy32(src, srcStep, dst, dstStep, size);
-  const auto places = static_cast<std::int32_t>(std::min<std::uint32_t>(count, 31));  // 31 leaves only the sign
-  MapRows(reinterpret_cast<const std::int32_t*>(src), srcStep, reinterpret_cast<std::int32_t*>(dst), dstStep, size,
-          [places](auto pixels) { return pixels >> places; });
-  return StatusCode::Success;
+  return Shift(size, count, kShiftRight, Rows{reinterpret_cast<INT32*>(dst), dstStep},
+               Rows{reinterpret_cast<const INT32*>(src), srcStep});
 }
 
 StatusCode LShiftCBW32(std::uint32_t count, const BW32* src, std::int32_t srcStep, BW32* dst, std::int32_t dstStep,
                        RegionSize size) {
-  const StatusCode status = Check(src, srcStep, dst, dstStep, size);
-  if (status != StatusCode::Success) return status;
-  if (count == 0) return Copy32(src, srcStep, dst, dstStep, size);
-  if (count > 31) {
-    FillRows<BW32>(0, dst, dstStep, size);
-  } else {
-    MapRows(src, srcStep, dst, dstStep, size, [count](auto pixels) { return pixels << count; });
-  }
-  return StatusCode::Success;
+  return Shift(size, count, kShiftLeft, Rows{dst, dstStep}, Rows{src, srcStep});
 }
 
 }  // namespace norvala

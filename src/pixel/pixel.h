@@ -9,45 +9,38 @@ namespace norvala {
 
 // ---- Copy, set and border replication ----
 
-StatusCode CopyBW8(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size);
-StatusCode CopyBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size);
-StatusCode CopyFLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep, RegionSize size);
-StatusCode SetBW8(BW8 value, BW8* dst, std::int32_t dstStep, RegionSize size);
-StatusCode SetFLOAT32(FLOAT32 value, FLOAT32* dst, std::int32_t dstStep, RegionSize size);
-StatusCode CopyReplicateBorderBW8(BW8* image, std::int32_t step, RegionSize inner, RegionSize outer, std::int32_t top,
-                                  std::int32_t left);
-StatusCode CopyReplicateBorderBW16(BW16* image, std::int32_t step, RegionSize inner, RegionSize outer, std::int32_t top,
-                                   std::int32_t left);
-StatusCode CopyReplicateBorderFLOAT32(FLOAT32* image, std::int32_t step, RegionSize inner, RegionSize outer,
-                                      std::int32_t top, std::int32_t left);
+template <class T>  // BW8, BW16, FLOAT32
+StatusCode Copy(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep, RegionSize size);
+template <class T>  // BW8, FLOAT32
+StatusCode Set(T value, T* dst, std::int32_t dstStep, RegionSize size);
+template <class T>  // BW8, BW16, FLOAT32
+StatusCode CopyReplicateBorder(T* image, std::int32_t step, RegionSize inner, RegionSize outer, std::int32_t top,
+                               std::int32_t left);
 
-inline constexpr PrimitiveTable kCopyBW8{CopyBW8};
-inline constexpr PrimitiveTable kCopyBW16{CopyBW16};
-inline constexpr PrimitiveTable kCopyFLOAT32{CopyFLOAT32};
-inline constexpr PrimitiveTable kSetBW8{SetBW8};
-inline constexpr PrimitiveTable kSetFLOAT32{SetFLOAT32};
-inline constexpr PrimitiveTable kCopyReplicateBorderBW8{CopyReplicateBorderBW8};
-inline constexpr PrimitiveTable kCopyReplicateBorderBW16{CopyReplicateBorderBW16};
-inline constexpr PrimitiveTable kCopyReplicateBorderFLOAT32{CopyReplicateBorderFLOAT32};
+inline constexpr PrimitiveTable kCopyBW8{Copy<BW8>};
+inline constexpr PrimitiveTable kCopyBW16{Copy<BW16>};
+inline constexpr PrimitiveTable kCopyFLOAT32{Copy<FLOAT32>};
+inline constexpr PrimitiveTable kSetBW8{Set<BW8>};
+inline constexpr PrimitiveTable kSetFLOAT32{Set<FLOAT32>};
+inline constexpr PrimitiveTable kCopyReplicateBorderBW8{CopyReplicateBorder<BW8>};
+inline constexpr PrimitiveTable kCopyReplicateBorderBW16{CopyReplicateBorder<BW16>};
+inline constexpr PrimitiveTable kCopyReplicateBorderFLOAT32{CopyReplicateBorder<FLOAT32>};
 
 // ---- Type conversions ----
 
-StatusCode ConvertFLOAT32toBW8(const FLOAT32* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep,
-                               RegionSize size, std::int32_t rounding);
-StatusCode ConvertFLOAT32toBW16(const FLOAT32* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep,
-                                RegionSize size, std::int32_t rounding);
-StatusCode ConvertBW8toFLOAT32(const BW8* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
-                               RegionSize size);
-StatusCode ConvertBW8toBW16(const BW8* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size);
+template <class D>  // BW8, BW16
+StatusCode ConvertFloat(const FLOAT32* src, std::int32_t srcStep, D* dst, std::int32_t dstStep, RegionSize size,
+                        std::int32_t rounding);
+template <class S, class D>  // BW8 to FLOAT32 and BW16, BW16 to BW32
+StatusCode ConvertWidening(const S* src, std::int32_t srcStep, D* dst, std::int32_t dstStep, RegionSize size);
 StatusCode ConvertBW16ToBW8(const BW16* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size);
-StatusCode ConvertBW16toBW32(const BW16* src, std::int32_t srcStep, BW32* dst, std::int32_t dstStep, RegionSize size);
 
-inline constexpr PrimitiveTable kConvertFLOAT32toBW8{ConvertFLOAT32toBW8};
-inline constexpr PrimitiveTable kConvertFLOAT32toBW16{ConvertFLOAT32toBW16};
-inline constexpr PrimitiveTable kConvertBW8toFLOAT32{ConvertBW8toFLOAT32};
-inline constexpr PrimitiveTable kConvertBW8toBW16{ConvertBW8toBW16};
+inline constexpr PrimitiveTable kConvertFLOAT32toBW8{ConvertFloat<BW8>};
+inline constexpr PrimitiveTable kConvertFLOAT32toBW16{ConvertFloat<BW16>};
+inline constexpr PrimitiveTable kConvertBW8toFLOAT32{ConvertWidening<BW8, FLOAT32>};
+inline constexpr PrimitiveTable kConvertBW8toBW16{ConvertWidening<BW8, BW16>};
 inline constexpr PrimitiveTable kConvertBW16ToBW8{ConvertBW16ToBW8};
-inline constexpr PrimitiveTable kConvertBW16toBW32{ConvertBW16toBW32};
+inline constexpr PrimitiveTable kConvertBW16toBW32{ConvertWidening<BW16, BW32>};
 
 // ---- Logical and shift operations ----
 // The destination may be a source; the exports in place pass their one image as both.

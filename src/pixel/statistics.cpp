@@ -1,6 +1,5 @@
 #include "frame/lanes.h"
 #include "frame/memory.h"
-#include "pixel/map_rows.h"
 #include "pixel/pixel.h"
 
 namespace norvala {
