@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "frame/dispatch.h"
+#include "frame/memory.h"
 #include "frame/types.h"
 
 namespace norvala {
@@ -14,26 +15,34 @@ inline constexpr std::size_t kBufferAlignment = 32;
 // Whether an allocator hints that the line 128 bytes past the start is needed soon. Addresses and steps are the same.
 enum class AllocationHint { None, Prefetch };
 
-// For elements of 1, 4 and 8 bytes.
-template <int elementSize, AllocationHint hint>
-void* Malloc1D(std::int32_t count);
-template <int elementSize, AllocationHint hint>
-void* Malloc2D(std::int32_t width, std::int32_t height, std::int32_t* step);
+// Null where the block cannot be had.
+void* AllocateAligned(std::uint64_t bytes, AllocationHint hint);
 void FreeAligned(void* aligned);
 
-inline constexpr PrimitiveTable kMalloc1DBW8{Malloc1D<1, AllocationHint::None>, Malloc1D<1, AllocationHint::Prefetch>};
-inline constexpr PrimitiveTable kMalloc1DFLOAT32{Malloc1D<4, AllocationHint::None>,
-                                                 Malloc1D<4, AllocationHint::Prefetch>};
-inline constexpr PrimitiveTable kMalloc1DINT32{Malloc1D<4, AllocationHint::None>,
-                                               Malloc1D<4, AllocationHint::Prefetch>};
-inline constexpr PrimitiveTable kMalloc1DFLOAT64{Malloc1D<8, AllocationHint::None>,
-                                                 Malloc1D<8, AllocationHint::Prefetch>};
+template <int elementSize, AllocationHint hint = AllocationHint::None>
+void* Malloc1D(std::int32_t count) {
+  return count < 1 ? nullptr : AllocateAligned(static_cast<std::uint64_t>(count) * elementSize, hint);
+}
+
+template <int elementSize, AllocationHint hint = AllocationHint::None>
+void* Malloc2D(std::int32_t width, std::int32_t height, std::int32_t* step) {
+  if (step == nullptr) return nullptr;
+  StoreUnaligned<std::int32_t>(step, 0);
+  if (width < 1 || height < 1) return nullptr;
+  const auto rowStep = AlignUp<std::uint64_t>(static_cast<std::uint64_t>(width) * elementSize, kBufferAlignment);
+  if (rowStep > INT32_MAX) return nullptr;
+  StoreUnaligned(step, static_cast<std::int32_t>(rowStep));
+  return AllocateAligned(rowStep * static_cast<std::uint64_t>(height), hint);
+}
+
+inline constexpr PrimitiveTable kMalloc1DBW8{Malloc1D<1>, Malloc1D<1, AllocationHint::Prefetch>};
+inline constexpr PrimitiveTable kMalloc1DFLOAT32{Malloc1D<4>, Malloc1D<4, AllocationHint::Prefetch>};
+inline constexpr PrimitiveTable kMalloc1DINT32{Malloc1D<4>, Malloc1D<4, AllocationHint::Prefetch>};
+inline constexpr PrimitiveTable kMalloc1DFLOAT64{Malloc1D<8>, Malloc1D<8, AllocationHint::Prefetch>};
 inline constexpr PrimitiveTable kFree1D{FreeAligned};
-inline constexpr PrimitiveTable kMalloc2DBW8{Malloc2D<1, AllocationHint::None>, Malloc2D<1, AllocationHint::Prefetch>};
-inline constexpr PrimitiveTable kMalloc2DFLOAT32{Malloc2D<4, AllocationHint::None>,
-                                                 Malloc2D<4, AllocationHint::Prefetch>};
-inline constexpr PrimitiveTable kMalloc2DComplexFLOAT32Number{Malloc2D<8, AllocationHint::None>,
-                                                              Malloc2D<8, AllocationHint::Prefetch>};
+inline constexpr PrimitiveTable kMalloc2DBW8{Malloc2D<1>, Malloc2D<1, AllocationHint::Prefetch>};
+inline constexpr PrimitiveTable kMalloc2DFLOAT32{Malloc2D<4>, Malloc2D<4, AllocationHint::Prefetch>};
+inline constexpr PrimitiveTable kMalloc2DComplexFLOAT32Number{Malloc2D<8>, Malloc2D<8, AllocationHint::Prefetch>};
 inline constexpr PrimitiveTable kFree2D{FreeAligned};
 
 // A vector from the aligned allocator, released at the end of its scope. Holds null when the count is below 1, does

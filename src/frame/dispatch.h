@@ -23,10 +23,8 @@ struct PrimitiveTable<Result(Arguments...)> {
 
   Function* entries[kProcessorLevels];
 
-  // One implementation for every level.
-  constexpr PrimitiveTable(Function* portable) : entries{portable, portable, portable, portable, portable} {}
-
-  // A separate implementation for level 3.
+  // One implementation for every level, or a separate one for level 3.
+  constexpr PrimitiveTable(Function* portable) : PrimitiveTable(portable, portable) {}
   constexpr PrimitiveTable(Function* portable, Function* level3)
       : entries{portable, portable, portable, level3, portable} {}
 

@@ -22,7 +22,6 @@ struct LanesOf {
 template <class T, int lanes>
 using Lanes = typename LanesOf<T, lanes>::type;
 
-using U8x8 = Lanes<std::uint8_t, 8>;
 using U8x16 = Lanes<std::uint8_t, 16>;
 using I16x8 = Lanes<std::int16_t, 8>;
 using U16x8 = Lanes<std::uint16_t, 8>;

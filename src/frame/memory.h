@@ -8,8 +8,8 @@
 
 namespace norvala {
 
-// An element at any address. Tells the compiler to assume byte alignment and no type-based aliasing; never bind a
-// reference to the plain type to it.
+// T as it lies in memory that may be misaligned for it and hold values of other types: its alignment is 1, and it may
+// alias every type. A plain T& or T* must not refer to it.
 template <class T>
 struct UnalignedElement {
   typedef T type __attribute__((aligned(1), may_alias));

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 
 namespace norvala {
@@ -20,26 +21,6 @@ bool IsVerified(const ProcessorIdentity& identity) {
 }
 
 constexpr bool HasBit(std::uint32_t word, int bit) { return (word >> bit & 1) != 0; }
-
-// A family that the verified vendor's rows do not name, or any other vendor.
-std::int32_t ClassifyByFeatures(const ProcessorFeatures& features) {
-  if (features.ssse3) return 33;
-  if (features.sse3) return 66;
-  if (features.sse2) return 65;
-  return features.sse ? 64 : 0;
-}
-
-std::int32_t ClassifyFamily6(const ProcessorFeatures& features) {
-  if (!features.sse2) return features.sse ? 5 : features.mmx ? 4 : 3;
-  return features.ssse3 ? 33 : features.sse3 ? 10 : 9;
-}
-
-std::int32_t ClassifyFamily15(const ProcessorFeatures& features) {
-  if (!features.sse2) return 17;
-  if (!features.sse3) return features.severalLogicalProcessors ? 7 : 6;
-  if (!features.extension64) return 8;
-  return features.ssse3 ? 33 : 32;
-}
 
 }  // namespace
 
@@ -100,57 +81,39 @@ ProcessorIdentity IdentifyProcessor(ProcessorLeafReader* read) {
 }
 
 std::int32_t DetectProcessorCode(const ProcessorIdentity& identity) {
-  const ProcessorFeatures& features = identity.features;
+  const ProcessorFeatures& f = identity.features;
   if (!identity.identificationFlag) return 0;
   if (IsVerified(identity)) {
-    switch (features.family) {
+    switch (f.family) {
       case 5:
-        return features.mmx ? 2 : 1;
+        return f.mmx ? 2 : 1;
       case 6:
-        return ClassifyFamily6(features);
+        if (!f.sse2) return f.sse ? 5 : f.mmx ? 4 : 3;
+        return f.ssse3 ? 33 : f.sse3 ? 10 : 9;
       case 7:
         return 16;
       case 15:
-        return ClassifyFamily15(features);
+        if (!f.sse2) return 17;
+        if (!f.sse3) return f.severalLogicalProcessors ? 7 : 6;
+        if (!f.extension64) return 8;
+        return f.ssse3 ? 33 : 32;
       case 31:
         return 17;
       default:
         break;
     }
   }
-  return ClassifyByFeatures(features);
+  return f.ssse3 ? 33 : f.sse3 ? 66 : f.sse2 ? 65 : f.sse ? 64 : 0;
 }
 
 std::int32_t LevelOfProcessorCode(std::int32_t code) {
-  switch (code) {
-    case -1:
-    case 0:
-    case 1:
-    case 2:
-    case 3:
-    case 4:
-      return 0;
-    case 5:
-    case 16:
-    case 17:
-    case 64:
-      return 1;
-    case 6:
-    case 7:
-    case 9:
-    case 65:
-      return 2;
-    case 8:
-    case 10:
-    case 32:
-    case 66:
-      return 3;
-    case 33:
-    case 34:
-      return 4;
-    default:
-      return -1;
-  }
+  struct Entry {
+    std::int32_t code, level;
+  };
+  constexpr Entry kEntries[] = {{-1, 0}, {0, 0}, {1, 0}, {2, 0},  {3, 0}, {4, 0},  {5, 1},  {16, 1}, {17, 1}, {64, 1},
+                                {6, 2},  {7, 2}, {9, 2}, {65, 2}, {8, 3}, {10, 3}, {32, 3}, {66, 3}, {33, 4}, {34, 4}};
+  const auto* const entry = std::ranges::find(kEntries, code, &Entry::code);
+  return entry == std::end(kEntries) ? -1 : entry->level;
 }
 
 StatusCode SelectProcessorLevel(std::int32_t code) {

@@ -28,9 +28,10 @@ def main():
             declared[table] = (function, "own" if "," in re.sub(r"<[^>]*>", "", rest) else "portable")
     inventory = read(os.path.join(root, "docs", "inventory.md"))
     listed = {table: (path, level3) for table, path, level3 in
-              re.findall(r"^\| `(k\w+)` \| `(src/[\w/]+\.cpp)` \| (own|portable) \|$", inventory, re.MULTILINE)}
+              re.findall(r"^\| `(k\w+)` \| `(src/[\w/]+\.(?:cpp|h))` \| (own|portable) \|$", inventory, re.MULTILINE)}
     sources = {os.path.relpath(path, root): read(path)
-               for path in sorted(glob.glob(os.path.join(root, "src", "**", "*.cpp"), recursive=True))}
+               for pattern in ("*.cpp", "*.h")
+               for path in sorted(glob.glob(os.path.join(root, "src", "**", pattern), recursive=True))}
 
     problems = []
     for table in sorted(declared.keys() | listed.keys()):

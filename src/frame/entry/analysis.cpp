@@ -22,14 +22,9 @@ int32_t Norvala_DFTFwdFLOAT32(const FLOAT32* src, int32_t srcStep, ComplexFLOAT3
   if (status == StatusCode::Success) {
     status = kExpandPackedFLOAT32(packed, {width, height}, packedStep, dst, dstStep);
   }
-  if (status != StatusCode::Success) {
-    kFree2D(packed);
-    kFreeDftSpec2D(spec);
-    return -1;
-  }
-  status = kFreeDftSpec2D(spec);
   kFree2D(packed);
-  return Fold(status);
+  const StatusCode released = kFreeDftSpec2D(spec);
+  return Fold(status == StatusCode::Success ? released : status);
 }
 
 // ---- Magnitude ----
