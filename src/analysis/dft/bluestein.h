@@ -1,6 +1,6 @@
 #pragma once
 
-#include "analysis/dft/complex_lanes.h"
+#include "analysis/dft/lanes.h"
 #include "analysis/dft/stockham.h"
 #include "frame/aligned_memory.h"
 #include "frame/status.h"
@@ -25,7 +25,7 @@ struct BluesteinPlan {
   std::int64_t WorkLength() const { return 2 * std::int64_t{fft.length}; }
   // The FFT's own scratch (96 bytes a value) covers the work area of four transforms side by side (64).
   std::int64_t ScratchSize() const {
-    return fft.ScratchSize() + static_cast<std::int64_t>(sizeof(Root)) * fft.length + std::int64_t{kScratchAlignment};
+    return fft.ScratchSize() + static_cast<std::int64_t>(sizeof(Root)) * fft.length + kScratchAlignment;
   }
 
  private:

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "analysis/dft/plan2d.h"
-#include "analysis/dft/scratch.h"
 #include "frame/memory.h"
 
 namespace norvala::dft {
@@ -62,7 +61,7 @@ void ScatterBlocks(const ComplexLanes* const* blocks, int count, FLOAT32* image,
   }
 }
 
-// As many blocks as the scratch holds beside the work area of one transform: at least one, as said in scratch.h.
+// As many blocks as the scratch holds beside the work area of one transform: at least one.
 int BlocksAtOnce(const DftSpec2D& spec) {
   constexpr std::int64_t kValueBytes = sizeof(ComplexLanes);
   const std::int64_t workBytes = kValueBytes * spec.columnComplexSpec->plan.WorkLength();
@@ -81,7 +80,7 @@ void TransformBlocks(FLOAT32* image, std::int32_t step, std::ptrdiff_t x, int co
     // A result in the work area stays there; the block's own memory serves the next one.
     ComplexLanes* const result = spec.plan.Run(blocks[i], work);
     if (result != blocks[i]) work = std::exchange(blocks[i], result);
-    if (spec.normalisation.forwardScaled) spec.normalisation.Scale(result, kBlockWidth * height);
+    spec.normalisation.ScaleForward(result, kBlockWidth * height);
   }
   ScatterBlocks(blocks, count, image, step, x, height);
 }
@@ -97,7 +96,7 @@ StatusCode TransformRealColumn(const FLOAT32* src, std::int32_t srcStep, FLOAT32
 }
 
 StatusCode TransformColumns(FLOAT32* packed, std::int32_t step, const DftSpec2D& spec, unsigned char* scratch) {
-  const DftSpec1DReal& real = spec.columnRealSpec == nullptr ? *spec.rowRealSpec : *spec.columnRealSpec;
+  const DftSpec1DReal& real = spec.RealColumns();
   const DftSpec1DComplex& complex = *spec.columnComplexSpec;
   StatusCode status = TransformRealColumn(packed, step, packed, step, real, scratch);
   if (status != StatusCode::Success) return status;

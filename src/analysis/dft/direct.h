@@ -1,15 +1,63 @@
 #pragma once
 
-#include "analysis/dft/complex_lanes.h"
+#include <type_traits>
+
+#include "analysis/dft/lanes.h"
 #include "analysis/dft/roots.h"
-#include "analysis/dft/scratch.h"
 #include "frame/aligned_memory.h"
 #include "frame/status.h"
 
-// Transforms of odd lengths m by the sum that defines them, with double accumulators. Inputs j and m - j meet only as
-// their sum and difference: these replace them in memory, and yield the results k and m - k together.
+// Transforms of odd lengths m by the sum that defines them. Inputs j and m - j meet only as their sum and difference:
+// these replace them in memory, and yield the results k and m - k together.
 
 namespace norvala::dft {
+
+template <class T>
+inline void SumAndSubtract(T* x, std::ptrdiff_t m) {
+  for (std::ptrdiff_t j = 1; j <= m / 2; ++j) {
+    const T a = x[j], b = x[m - j];
+    x[j] = a + b;
+    x[m - j] = a - b;
+  }
+}
+
+// Transforms m complex values, which are overwritten, with accumulators in double or float: emit(0, X[0], X[0]), then
+// emit(k, X[k], X[m - k]) for k up to m / 2. The roots have the order m.
+template <bool inDouble, class V, class Emit>
+void SumDirectly(Complex<V>* x, std::ptrdiff_t m, const Root* roots, Emit emit) {
+  const auto widen = [](V v) {
+    if constexpr (inDouble) {
+      return Widen(v);
+    } else {
+      return v;
+    }
+  };
+  SumAndSubtract(x, m);
+  const auto re0 = widen(x[0].re), im0 = widen(x[0].im);
+  auto totalRe = re0, totalIm = im0;
+  for (std::ptrdiff_t j = 1; j <= m / 2; ++j) {
+    totalRe = totalRe + widen(x[j].re);
+    totalIm = totalIm + widen(x[j].im);
+  }
+  const Complex<V> total = {Narrow(totalRe), Narrow(totalIm)};
+  emit(std::ptrdiff_t{0}, total, total);
+  for (std::ptrdiff_t k = 1; k <= m / 2; ++k) {
+    auto evenRe = re0, evenIm = im0;
+    auto oddRe = widen(V{}), oddIm = widen(V{});
+    std::ptrdiff_t index = 0;  // j k mod m
+    for (std::ptrdiff_t j = 1; j <= m / 2; ++j) {
+      index += k;
+      if (index >= m) index -= m;
+      const std::conditional_t<inDouble, double, float> cosine = roots[index].re, sine = roots[index].im;
+      evenRe = evenRe + widen(x[j].re) * cosine;
+      evenIm = evenIm + widen(x[j].im) * cosine;
+      oddRe = oddRe + widen(x[m - j].im) * sine;
+      oddIm = oddIm + widen(x[m - j].re) * sine;
+    }
+    emit(k, Complex<V>{Narrow(evenRe - oddRe), Narrow(evenIm + oddIm)},
+         Complex<V>{Narrow(evenRe + oddRe), Narrow(evenIm - oddIm)});
+  }
+}
 
 struct DirectPlan {
   std::int32_t length = 0;    // m
@@ -27,13 +75,11 @@ struct DirectPlan {
     return StatusCode::Success;
   }
 
-  // Transforms complex values, which are overwritten: emit(0, X[0], X[0]), then emit(k, X[k], X[m - k]) for k up to
-  // m / 2.
+  // Transforms complex values as SumDirectly does.
   template <class V, class Emit>
-  void Run(Complex<V>* data, Emit emit) const;
-  // Transforms real values, which are overwritten: emitFirst(X[0]), then emit(k, X[k]) for k up to m / 2.
-  template <class V, class EmitFirst, class Emit>
-  void RunReal(V* data, EmitFirst emitFirst, Emit emit) const;
+  void Run(Complex<V>* data, Emit emit) const {
+    SumDirectly<true>(data, length, roots.data(), emit);
+  }
   // Transforms complex values, which are overwritten, to `work`, and returns it.
   template <class V>
   Complex<V>* Run(Complex<V>* data, Complex<V>* work) const {
@@ -43,75 +89,34 @@ struct DirectPlan {
     });
     return work;
   }
+  // Transforms real values, which are overwritten: emit(0, {X[0], 0}), then emit(k, X[k]) for k up to m / 2.
+  template <class V, class Emit>
+  void RunReal(V* data, Emit emit) const {
+    const std::ptrdiff_t m = length;
+    SumAndSubtract(data, m);
+    const auto first = Widen(data[0]);
+    auto total = first;
+    for (std::ptrdiff_t j = 1; j <= m / 2; ++j) total = total + Widen(data[j]);
+    emit(std::ptrdiff_t{0}, Complex<V>{Narrow(total), V{}});
+    for (std::ptrdiff_t k = 1; k <= m / 2; ++k) {
+      auto re = first;
+      auto im = Widen(V{});
+      std::ptrdiff_t index = 0;  // j k mod m
+      for (std::ptrdiff_t j = 1; j <= m / 2; ++j) {
+        index += k;
+        if (index >= m) index -= m;
+        re = re + Widen(data[j]) * static_cast<double>(roots[index].re);
+        im = im + Widen(data[m - j]) * static_cast<double>(roots[index].im);
+      }
+      emit(k, Complex<V>{Narrow(re), Narrow(im)});
+    }
+  }
 
   std::int64_t WorkLength() const { return length; }
   // The data of one transform: its results go straight to the destination.
   std::int64_t ScratchSize() const {
-    return static_cast<std::int64_t>(real ? sizeof(float) : sizeof(Root)) * length + std::int64_t{kScratchAlignment};
-  }
-
- private:
-  // Replaces x[j] and x[m - j] by their sum and difference.
-  template <class T>
-  static void SumAndSubtract(T* x, std::ptrdiff_t m) {
-    for (std::ptrdiff_t j = 1; j <= m / 2; ++j) {
-      const T a = x[j], b = x[m - j];
-      x[j] = a + b;
-      x[m - j] = a - b;
-    }
+    return static_cast<std::int64_t>(real ? sizeof(float) : sizeof(Root)) * length + kScratchAlignment;
   }
 };
-
-template <class V, class Emit>
-void DirectPlan::Run(Complex<V>* data, Emit emit) const {
-  const std::ptrdiff_t m = length;
-  SumAndSubtract(data, m);
-  const auto re0 = Widen(data[0].re), im0 = Widen(data[0].im);
-  auto totalRe = re0, totalIm = im0;
-  for (std::ptrdiff_t j = 1; j <= m / 2; ++j) {
-    totalRe = totalRe + Widen(data[j].re);
-    totalIm = totalIm + Widen(data[j].im);
-  }
-  const Complex<V> total = {Narrow(totalRe), Narrow(totalIm)};
-  emit(std::ptrdiff_t{0}, total, total);
-  for (std::ptrdiff_t k = 1; k <= m / 2; ++k) {
-    auto evenRe = re0, evenIm = im0;
-    auto oddRe = Widen(V{}), oddIm = Widen(V{});
-    std::ptrdiff_t index = 0;  // j k mod m
-    for (std::ptrdiff_t j = 1; j <= m / 2; ++j) {
-      index += k;
-      if (index >= m) index -= m;
-      const double cosine = roots[index].re, sine = roots[index].im;
-      evenRe = evenRe + Widen(data[j].re) * cosine;
-      evenIm = evenIm + Widen(data[j].im) * cosine;
-      oddRe = oddRe + Widen(data[m - j].im) * sine;
-      oddIm = oddIm + Widen(data[m - j].re) * sine;
-    }
-    emit(k, Complex<V>{Narrow(evenRe - oddRe), Narrow(evenIm + oddIm)},
-         Complex<V>{Narrow(evenRe + oddRe), Narrow(evenIm - oddIm)});
-  }
-}
-
-template <class V, class EmitFirst, class Emit>
-void DirectPlan::RunReal(V* data, EmitFirst emitFirst, Emit emit) const {
-  const std::ptrdiff_t m = length;
-  SumAndSubtract(data, m);
-  const auto first = Widen(data[0]);
-  auto total = first;
-  for (std::ptrdiff_t j = 1; j <= m / 2; ++j) total = total + Widen(data[j]);
-  emitFirst(Narrow(total));
-  for (std::ptrdiff_t k = 1; k <= m / 2; ++k) {
-    auto re = first;
-    auto im = Widen(V{});
-    std::ptrdiff_t index = 0;  // j k mod m
-    for (std::ptrdiff_t j = 1; j <= m / 2; ++j) {
-      index += k;
-      if (index >= m) index -= m;
-      re = re + Widen(data[j]) * static_cast<double>(roots[index].re);
-      im = im + Widen(data[m - j]) * static_cast<double>(roots[index].im);
-    }
-    emit(k, Complex<V>{Narrow(re), Narrow(im)});
-  }
-}
 
 }  // namespace norvala::dft

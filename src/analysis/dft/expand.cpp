@@ -42,29 +42,24 @@ StatusCode ExpandPackedFLOAT32(const FLOAT32* packed, RegionSize size, std::int3
   };
   const auto to = [&](std::ptrdiff_t y) { return Row(reinterpret_cast<unsigned char*>(dst), dstStep, y); };
 
-  // The columns that hold real rows: packed column -> spectrum column. Their frequency y lies in rows 2y - 1 and 2y.
-  const auto realColumns = [&](auto&& write) {
-    write(std::ptrdiff_t{0}, std::ptrdiff_t{0});
-    if (width % 2 == 0) write(width - 1, width / 2);
-  };
   // Row y of the spectrum and its mirror image, whose frequencies are each other's conjugates.
   for (std::ptrdiff_t y = 0; y <= height / 2; ++y) {
     const std::ptrdiff_t mirror = y == 0 ? 0 : height - y;
-    std::memcpy(to(y) + 8, from(y) + 4, static_cast<std::size_t>(pairs) * 8);
-    MirrorConjugates(from(y) + 4, to(mirror) + (width - pairs) * 8, pairs);
-    if (mirror != y) {
-      std::memcpy(to(mirror) + 8, from(mirror) + 4, static_cast<std::size_t>(pairs) * 8);
-      MirrorConjugates(from(mirror) + 4, to(y) + (width - pairs) * 8, pairs);
-    }
-    realColumns([&](std::ptrdiff_t x, std::ptrdiff_t k) {
-      if (mirror == y) {
-        StoreNumber(to(y), k, {LoadFloat(from(y == 0 ? 0 : height - 1), x), 0.0F});
-        return;
-      }
+    const auto expandPairs = [&](std::ptrdiff_t own, std::ptrdiff_t other) {
+      std::memcpy(to(own) + 8, from(own) + 4, static_cast<std::size_t>(pairs) * 8);
+      MirrorConjugates(from(own) + 4, to(other) + (width - pairs) * 8, pairs);
+    };
+    expandPairs(y, mirror);
+    if (mirror != y) expandPairs(mirror, y);
+    // A packed column of real rows, column k of the spectrum. Its frequency y lies in rows 2y - 1 and 2y.
+    const auto expandReal = [&](std::ptrdiff_t x, std::ptrdiff_t k) {
+      if (mirror == y) return StoreNumber(to(y), k, {LoadFloat(from(y == 0 ? 0 : height - 1), x), 0.0F});
       const Number value = {LoadFloat(from(2 * y - 1), x), LoadFloat(from(2 * y), x)};
       StoreNumber(to(y), k, value);
       StoreNumber(to(mirror), k, {value.re, -value.im});
-    });
+    };
+    expandReal(0, 0);
+    if (width % 2 == 0) expandReal(width - 1, width / 2);
   }
   return StatusCode::Success;
 }

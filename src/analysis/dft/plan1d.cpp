@@ -5,8 +5,6 @@
 #include <new>
 #include <type_traits>
 
-#include "analysis/dft/scratch.h"
-#include "frame/memory.h"
 #include "frame/types.h"
 
 namespace norvala {
@@ -37,23 +35,6 @@ StatusCode MakeRebuildTables(DftSpec1DReal& spec, SharedRoots& sharedRoots) {
 }
 
 template <class Spec>
-StatusCode Fill(Spec& spec, std::int32_t length, std::int32_t normalisation, std::int32_t hint, SharedRoots& roots) {
-  constexpr bool real = std::is_same_v<Spec, DftSpec1DReal>;
-  spec.tag = Spec::kTag;
-  spec.length = length;
-  spec.hint = hint;
-  spec.plan.Choose(length, real ? Values::Real : Values::Complex);
-  StatusCode status = spec.normalisation.Set(normalisation, length);
-  if constexpr (real) {
-    const bool rebuilds = length % 2 == 0 && spec.plan.method != Method::Small;
-    if (status == StatusCode::Success && rebuilds) status = MakeRebuildTables(spec, roots);
-  }
-  if (status == StatusCode::Success) status = spec.plan.Create(roots);
-  spec.scratchSize = spec.plan.ScratchSize();
-  return status;
-}
-
-template <class Spec>
 void Free(Spec* spec) {
   if (spec == nullptr) return;
   spec->tag = 0;
@@ -63,18 +44,36 @@ void Free(Spec* spec) {
 
 template <class Spec>
 StatusCode Create(Spec** spec, std::int32_t length, std::int32_t normalisation, std::int32_t hint, SharedRoots& roots) {
+  constexpr bool real = std::is_same_v<Spec, DftSpec1DReal>;
   if (spec == nullptr) return StatusCode::NullPointer;
   if (length < 1) return StatusCode::NonPositiveSize;
   AlignedVector<Spec> memory(1);
   if (!memory) return StatusCode::WorkBufferUnavailable;
   auto* const created = new (memory.Release()) Spec;
-  const StatusCode status = Fill(*created, length, normalisation, hint, roots);
-  if (status == StatusCode::Success) {
-    *spec = created;
-  } else {
-    Free(created);
+  created->tag = Spec::kTag;
+  created->length = length;
+  created->hint = hint;
+  created->plan.Choose(length, real ? Values::Real : Values::Complex);
+  StatusCode status = created->normalisation.Set(normalisation, length);
+  if constexpr (real) {
+    const bool rebuilds = created->plan.length != length;
+    if (status == StatusCode::Success && rebuilds) status = MakeRebuildTables(*created, roots);
   }
-  return status;
+  if (status == StatusCode::Success) status = created->plan.Create(roots);
+  if (status != StatusCode::Success) {
+    Free(created);
+    return status;
+  }
+  created->scratchSize = created->plan.ScratchSize();
+  *spec = created;
+  return StatusCode::Success;
+}
+
+template <class Spec, class T>
+StatusCode CheckRun(const T* src, const T* dst, const Spec* spec) {
+  if (spec == nullptr) return StatusCode::NullPointer;
+  if (spec->tag != Spec::kTag) return StatusCode::WrongStateKind;
+  return src == nullptr || dst == nullptr ? StatusCode::NullPointer : StatusCode::Success;
 }
 
 }  // namespace
@@ -91,7 +90,8 @@ StatusCode Normalisation::Set(std::int32_t flag, std::int32_t length) {
   return StatusCode::Success;
 }
 
-void Normalisation::Scale(void* values, std::ptrdiff_t count) const {
+void Normalisation::ScaleForward(void* values, std::ptrdiff_t count) const {
+  if (!forwardScaled) return;
   auto* const floats = static_cast<Unaligned<float>*>(values);
   for (std::ptrdiff_t i = 0; i < count; ++i) floats[i] = static_cast<float>(floats[i] * scale);
 }
@@ -128,9 +128,7 @@ void FreeDftSpec1DReal(DftSpec1DReal* spec) { Free(spec); }
 
 StatusCode RunDft1DComplex(const Complex<float>* src, Complex<float>* dst, const DftSpec1DComplex* spec,
                            void* scratch) {
-  if (spec == nullptr) return StatusCode::NullPointer;
-  if (spec->tag != kDftSpec1DComplexTag) return StatusCode::WrongStateKind;
-  if (src == nullptr || dst == nullptr) return StatusCode::NullPointer;
+  if (const StatusCode status = CheckRun(src, dst, spec); status != StatusCode::Success) return status;
   const Scratch memory(scratch, spec->scratchSize);
   if (!memory && spec->scratchSize > 0) return StatusCode::WorkBufferUnavailable;
   auto* const data = spec->scratchSize > 0 ? reinterpret_cast<Complex<float>*>(memory.data()) : dst;
@@ -140,20 +138,18 @@ StatusCode RunDft1DComplex(const Complex<float>* src, Complex<float>* dst, const
   // The destination serves as work area where that is no longer than it.
   const Complex<float>* const result = spec->plan.Run(data, spec->plan.WorkLength() <= n ? dst : data + n);
   if (result != dst) std::memcpy(dst, result, bytes);
-  if (spec->normalisation.forwardScaled) spec->normalisation.Scale(dst, 2 * n);
+  spec->normalisation.ScaleForward(dst, 2 * n);
   return StatusCode::Success;
 }
 
 StatusCode RunDft1DReal(const FLOAT32* src, FLOAT32* dst, const DftSpec1DReal* spec, void* scratch) {
-  if (spec == nullptr) return StatusCode::NullPointer;
-  if (spec->tag != kDftSpec1DRealTag) return StatusCode::WrongStateKind;
-  if (src == nullptr || dst == nullptr) return StatusCode::NullPointer;
+  if (const StatusCode status = CheckRun(src, dst, spec); status != StatusCode::Success) return status;
   const Scratch memory(scratch, spec->scratchSize);
   if (!memory && spec->scratchSize > 0) return StatusCode::WorkBufferUnavailable;
   const SourceRows<float> from = {{reinterpret_cast<const unsigned char*>(src)}};
   const DestinationRows<float> to = {{reinterpret_cast<unsigned char*>(dst)}};
   RunRealRows<float>(*spec, {from, from}, {to, to}, memory.data());
-  if (spec->normalisation.forwardScaled) spec->normalisation.Scale(dst, spec->length);
+  spec->normalisation.ScaleForward(dst, spec->length);
   return StatusCode::Success;
 }
 

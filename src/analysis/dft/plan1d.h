@@ -1,11 +1,12 @@
 #pragma once
 
 #include "analysis/dft/bluestein.h"
-#include "analysis/dft/complex_lanes.h"
 #include "analysis/dft/direct.h"
+#include "analysis/dft/lanes.h"
 #include "analysis/dft/roots.h"
-#include "analysis/dft/row_lanes.h"
 #include "analysis/dft/stockham.h"
+#include "frame/aligned_memory.h"
+#include "frame/memory.h"
 #include "frame/status.h"
 
 // One-dimensional transforms. Their specifications live in aligned memory and release what they own; the tables of
@@ -13,12 +14,6 @@
 // the specification's scratchSize bytes.
 
 namespace norvala {
-
-// Kind tags at the start of every specification.
-inline constexpr std::int32_t kDftSpec1DComplexTag = 13;
-inline constexpr std::int32_t kDftSpec1DRealTag = 15;
-inline constexpr std::int32_t kDftSpec2DTag = 28;
-
 namespace dft {
 
 // Which directions of a transform are scaled, and by what.
@@ -29,8 +24,8 @@ struct Normalisation {
 
   // `flag` is 1, 2, 4 or 8.
   StatusCode Set(std::int32_t flag, std::int32_t length);
-  // Multiplies `count` floats at any address by the scale.
-  void Scale(void* values, std::ptrdiff_t count) const;
+  // Multiplies `count` floats at any address by the scale, if the forward direction is scaled.
+  void ScaleForward(void* values, std::ptrdiff_t count) const;
 };
 
 enum class Values { Real, Complex };
@@ -80,9 +75,11 @@ struct Plan1D {
   Complex<V>* Run(Complex<V>* data, Complex<V>* work) const {
     return Chosen(*this, [&](const auto& plan) { return plan.Run(data, work); });
   }
+  // The number of values in the work area, beside the data.
   std::int64_t WorkLength() const {
     return Chosen(*this, [](const auto& plan) { return plan.WorkLength(); });
   }
+  // The scratchSize of the specification, in bytes.
   std::int64_t ScratchSize() const {
     return Chosen(*this, [](const auto& plan) { return plan.ScratchSize(); });
   }
@@ -98,11 +95,30 @@ struct Spec1D {
   Plan1D plan;
 };
 
+// A caller's scratch, aligned, or scratch of its own where the caller gives none.
+class Scratch {
+ public:
+  Scratch(void* given, std::int64_t size)
+      : own_(given == nullptr ? AlignUp(size, kUnit) / kUnit : 0),
+        data_(given == nullptr ? reinterpret_cast<unsigned char*>(own_.data())
+                               : AlignUp(static_cast<unsigned char*>(given), kScratchAlignment)) {}
+
+  explicit operator bool() const { return data_ != nullptr; }
+  unsigned char* data() const { return data_; }
+
+ private:
+  // A vector of bytes ends at 2 GiB.
+  static constexpr std::int64_t kUnit = sizeof(std::uint64_t);
+
+  AlignedVector<std::uint64_t> own_;
+  unsigned char* data_;
+};
+
 }  // namespace dft
 
 // Complex values in natural order. Source and destination may be the same.
 struct DftSpec1DComplex : dft::Spec1D {
-  static constexpr std::int32_t kTag = kDftSpec1DComplexTag;
+  static constexpr std::int32_t kTag = 13;
 };
 
 StatusCode CreateDftSpec1DComplex(DftSpec1DComplex** spec, std::int32_t length, std::int32_t normalisation,
@@ -114,7 +130,7 @@ StatusCode RunDft1DComplex(const dft::Complex<float>* src, dft::Complex<float>* 
 // Real values to a packed spectrum of as many floats: R0, R1, I1, R2, I2, ... and, for an even length, R(n/2) last.
 // Source and destination may be the same and may be misaligned.
 struct DftSpec1DReal : dft::Spec1D {
-  static constexpr std::int32_t kTag = kDftSpec1DRealTag;
+  static constexpr std::int32_t kTag = 15;
 
   // Even lengths above 4: entry k of (n + 3) / 4 is (0.5 re, 0.5 im + 0.5) of the root w^k of order n, and w^k itself.
   AlignedVector<dft::Root> rebuildTable;

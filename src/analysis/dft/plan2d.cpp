@@ -4,7 +4,6 @@
 #include <new>
 
 #include "analysis/analysis.h"
-#include "analysis/dft/scratch.h"
 #include "frame/memory.h"
 
 namespace norvala {
@@ -13,9 +12,16 @@ using namespace dft;
 
 namespace {
 
-const DftSpec1DReal& ColumnRealSpec(const DftSpec2D& spec) {
-  return spec.columnRealSpec == nullptr ? *spec.rowRealSpec : *spec.columnRealSpec;
-}
+// The scratch of an image is the most that one of its passes needs, each pass being a share for its data, in bytes an
+// element, and the scratchSize of its specification:
+// - Rows, 4 at once or 8 paired (odd lengths), hold plan.length ComplexLanes of data, all of the share, or twice the
+//   share where rows are paired, and the work area. An odd length by the direct sum holds as many F32x4, all of the
+//   share; up to 4 elements need nothing.
+// - A real column holds its elements, then the scratch. So does a single complex column.
+// - Complex columns, 4 a block: the share is two blocks. One block and its work area always fit: the work area is no
+//   longer than the data, but for Bluestein's method, whose scratchSize includes it. More blocks use what is left.
+constexpr std::int64_t kRowShare = sizeof(F32x4);
+constexpr std::int64_t kColumnShare = 2 * sizeof(ComplexLanes);
 
 StatusCode Fill(DftSpec2D& spec, std::int32_t normalisation) {
   const std::int64_t rowShare = kRowShare * spec.width;
@@ -35,7 +41,7 @@ StatusCode Fill(DftSpec2D& spec, std::int32_t normalisation) {
   }
   if (status != StatusCode::Success) return status;
   const std::int64_t workSize =
-      std::max({rowShare + spec.rowRealSpec->scratchSize, realColumnShare + ColumnRealSpec(spec).scratchSize,
+      std::max({rowShare + spec.rowRealSpec->scratchSize, realColumnShare + spec.RealColumns().scratchSize,
                 columnShare + spec.columnComplexSpec->scratchSize});
   if (workSize > UINT32_MAX) return StatusCode::WorkBufferUnavailable;
   spec.workSize = static_cast<std::uint32_t>(workSize);
@@ -77,8 +83,7 @@ void TransformRows(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::
     }
     RunRealRows<F32x4>(spec, from, to, scratch);
   }
-  if (!spec.normalisation.forwardScaled) return;
-  for (std::ptrdiff_t y = 0; y < height; ++y) spec.normalisation.Scale(Row(dst, dstStep, y), spec.length);
+  for (std::ptrdiff_t y = 0; y < height; ++y) spec.normalisation.ScaleForward(Row(dst, dstStep, y), spec.length);
 }
 
 }  // namespace
@@ -89,18 +94,15 @@ StatusCode CreateDftSpec2D(DftSpec2D** spec, std::int32_t width, std::int32_t he
   if (IsEmpty({width, height})) return StatusCode::NonPositiveSize;
   AlignedVector<DftSpec2D> memory(1);
   if (!memory) return StatusCode::WorkBufferUnavailable;
-  auto* const created = new (memory.Release()) DftSpec2D{};
-  created->tag = kDftSpec2DTag;
-  created->width = width;
-  created->height = height;
-  created->hint = hint;
+  auto* const created =
+      new (memory.Release()) DftSpec2D{.tag = kDftSpec2DTag, .width = width, .height = height, .hint = hint};
   const StatusCode status = Fill(*created, normalisation);
-  if (status == StatusCode::Success) {
-    *spec = created;
-  } else {
+  if (status != StatusCode::Success) {
     Release(created);
+    return status;
   }
-  return status;
+  *spec = created;
+  return StatusCode::Success;
 }
 
 StatusCode FreeDftSpec2D(DftSpec2D* spec) {
@@ -122,7 +124,7 @@ StatusCode TransformPackedFLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOA
 
   if (spec->height == 1) return RunDft1DReal(src, dst, spec->rowRealSpec, memory.data());
   if (spec->width == 1) {
-    const DftSpec1DReal& column = ColumnRealSpec(*spec);
+    const DftSpec1DReal& column = spec->RealColumns();
     constexpr std::int32_t kContiguous = sizeof(FLOAT32);
     if (srcStep == kContiguous && dstStep == kContiguous) return RunDft1DReal(src, dst, &column, memory.data());
     return TransformRealColumn(src, srcStep, dst, dstStep, column, memory.data());

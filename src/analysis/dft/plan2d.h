@@ -10,16 +10,20 @@
 
 namespace norvala {
 
+inline constexpr std::int32_t kDftSpec2DTag = 28;
+
 struct DftSpec2D {
   std::int32_t tag;
   std::int32_t width;
   std::int32_t height;
   std::int32_t hint;
-  std::uint32_t workSize;               // bytes of scratch of one transform
-  DftSpec1DComplex* reservedSpec;       // released when present; nothing fills it
-  DftSpec1DComplex* columnComplexSpec;  // of length height
-  DftSpec1DReal* rowRealSpec;           // of length width
-  DftSpec1DReal* columnRealSpec;        // of length height; null where that is the width: rowRealSpec serves both
+  std::uint32_t workSize = 0;                     // bytes of scratch of one transform
+  DftSpec1DComplex* reservedSpec = nullptr;       // released when present; nothing fills it
+  DftSpec1DComplex* columnComplexSpec = nullptr;  // of length height
+  DftSpec1DReal* rowRealSpec = nullptr;           // of length width
+  DftSpec1DReal* columnRealSpec = nullptr;        // of length height; null where that is the width
+
+  const DftSpec1DReal& RealColumns() const { return columnRealSpec == nullptr ? *rowRealSpec : *columnRealSpec; }
 };
 
 namespace dft {

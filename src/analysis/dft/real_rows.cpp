@@ -25,42 +25,59 @@ void StorePairs(const DestinationRows<V>& dst, std::ptrdiff_t k, Complex<V> firs
   dst.StoreFour(PairAt(k), four);
 }
 
+// Frequencies k of `first` and of `second`, or m - k of it where that is mirrored, for 0 < k < m / 2. Both come from
+// the values k and m - k of a spectrum: combine(k, z[k], z[m - k], its results).
+template <bool mirrored, class V, class Combine>
+void StoreCombined(const Complex<V>* z, std::ptrdiff_t m, const DestinationRows<V>& first,
+                   const DestinationRows<V>& second, Combine combine) {
+  const std::ptrdiff_t last = (m - 1) / 2;
+  std::ptrdiff_t k = 1;
+  for (; k + 1 <= last; k += 2) {
+    Complex<V> a[2], b[2];
+    combine(k, z[k], z[m - k], a[0], b[0]);
+    combine(k + 1, z[k + 1], z[m - k - 1], a[1], b[1]);
+    StorePairs(first, k, a[0], a[1]);
+    if constexpr (mirrored) {
+      StorePairs(second, m - k - 1, b[1], b[0]);
+    } else {
+      StorePairs(second, k, b[0], b[1]);
+    }
+  }
+  if (k <= last) {
+    Complex<V> a, b;
+    combine(k, z[k], z[m - k], a, b);
+    StorePair(first, k, a);
+    StorePair(second, mirrored ? m - k : k, b);
+  }
+}
+
+// ---- Up to 4 values ----
+
 template <class V>
 void RunSmallRows(const SourceRows<V>& src, const DestinationRows<V>& dst, std::ptrdiff_t n) {
   V x[4];
   for (std::ptrdiff_t i = 0; i < n; ++i) x[i] = src.Load(i);
-  switch (n) {
-    case 2: {
-      const V sum = x[0] + x[1];
-      x[1] = x[0] - x[1];
-      x[0] = sum;
-      break;
-    }
-    case 3: {
-      V v[3];
-      InDouble({&x[0], &x[1], &x[2]}, v, [](auto& d) {
-        const auto sum = d[1] + d[2], difference = d[1] - d[2];
-        d[1] = d[0] + sum * -0.5;
-        d[0] += sum;
-        d[2] = difference * -0.8660254;
-      });
-      for (int i = 0; i < 3; ++i) x[i] = v[i];
-      break;
-    }
-    case 4: {
-      const V a = x[0] + x[2], b = x[1] + x[3];
-      const V re = x[0] - x[2], im = x[3] - x[1];
-      x[0] = a + b;
-      x[1] = re;
-      x[2] = im;
-      x[3] = a - b;
-      break;
-    }
-    default:
-      break;
+  if (n == 1) dst.Store(0, x[0]);
+  if (n == 2) {
+    dst.Store(0, x[0] + x[1]);
+    dst.Store(1, x[0] - x[1]);
   }
-  for (std::ptrdiff_t i = 0; i < n; ++i) dst.Store(i, x[i]);
+  if (n == 3) {
+    const auto first = Widen(x[0]), sum = Widen(x[1]) + Widen(x[2]), difference = Widen(x[1]) - Widen(x[2]);
+    dst.Store(0, Narrow(first + sum));
+    dst.Store(1, Narrow(first + sum * -0.5));
+    dst.Store(2, Narrow(difference * -0.8660254));
+  }
+  if (n == 4) {
+    const V even = x[0] + x[2], odd = x[1] + x[3];
+    dst.Store(0, even + odd);
+    dst.Store(1, x[0] - x[2]);
+    dst.Store(2, x[3] - x[1]);
+    dst.Store(3, even - odd);
+  }
 }
+
+// ---- An even number of values ----
 
 // Elements 2j and 2j + 1 of the rows as the parts of m complex values.
 template <class V>
@@ -106,74 +123,46 @@ inline void StoreEnds(const DestinationRows<V>& dst, std::ptrdiff_t m, Complex<V
   dst.Store(2 * m - 1, first.re - first.im);
 }
 
-// The packed rows of 2m real values from the transform of their halves.
 template <bool inDouble, class V>
 void StoreRebuilt(const Complex<V>* halves, std::ptrdiff_t m, const Root* table, const DestinationRows<V>& dst) {
   StoreEnds(dst, m, halves[0]);
-  std::ptrdiff_t k = 1;
-  for (; 2 * (k + 1) < m; k += 2) {
-    Complex<V> a[2], b[2];
-    Rebuild<inDouble>(table[k], halves[k], halves[m - k], a[0], b[0]);
-    Rebuild<inDouble>(table[k + 1], halves[k + 1], halves[m - k - 1], a[1], b[1]);
-    StorePairs(dst, k, a[0], a[1]);
-    StorePairs(dst, m - k - 1, b[1], b[0]);
-  }
-  if (2 * k < m) {
-    Complex<V> a, b;
-    Rebuild<inDouble>(table[k], halves[k], halves[m - k], a, b);
-    StorePair(dst, k, a);
-    StorePair(dst, m - k, b);
-  }
+  StoreCombined<true>(halves, m, dst, dst,
+                      [table](std::ptrdiff_t k, const Complex<V>& x, const Complex<V>& y, Complex<V>& a,
+                              Complex<V>& b) { Rebuild<inDouble>(table[k], x, y, a, b); });
   if (m % 2 == 0) StorePair(dst, m / 2, Conjugate(halves[m / 2]));
 }
 
-// An even number of real values. Powers of two are rebuilt in float, other numbers in double.
+// Powers of two are rebuilt in float, other numbers in double.
 template <class V>
 void RunEvenRows(const DftSpec1DReal& spec, const SourceRows<V>& src, const DestinationRows<V>& dst, Complex<V>* data) {
   const std::ptrdiff_t m = spec.length / 2;
   const Root* const table = spec.rebuildTable.data();
   LoadHalves(src, m, data);
-  const Complex<V>* const halves = spec.plan.Run(data, data + m);
-  if (IsPowerOfTwo(m)) {
-    StoreRebuilt<false>(halves, m, table, dst);
-  } else {
-    StoreRebuilt<true>(halves, m, table, dst);
+  if (spec.plan.method == Method::Direct) {
+    return spec.plan.direct.Run(data, [&](std::ptrdiff_t k, Complex<V> x, Complex<V> y) {
+      if (k == 0) return StoreEnds(dst, m, x);
+      Complex<V> a, b;
+      Rebuild<true>(table[k], x, y, a, b);
+      StorePair(dst, k, a);
+      StorePair(dst, m - k, b);
+    });
   }
+  const Complex<V>* const halves = spec.plan.Run(data, data + m);
+  return IsPowerOfTwo(m) ? StoreRebuilt<false>(halves, m, table, dst) : StoreRebuilt<true>(halves, m, table, dst);
 }
 
-// An even number of real values by the direct sum.
-template <class V>
-void RunEvenRowsDirectly(const DftSpec1DReal& spec, const SourceRows<V>& src, const DestinationRows<V>& dst,
-                         Complex<V>* data) {
-  const std::ptrdiff_t m = spec.length / 2;
-  LoadHalves(src, m, data);
-  spec.plan.direct.Run(data, [&, table = spec.rebuildTable.data()](std::ptrdiff_t k, Complex<V> x, Complex<V> y) {
-    if (k == 0) return StoreEnds(dst, m, x);
-    Complex<V> a, b;
-    Rebuild<true>(table[k], x, y, a, b);
-    StorePair(dst, k, a);
-    StorePair(dst, m - k, b);
-  });
-}
+// ---- An odd number of values ----
 
-// An odd number of real values by the direct sum.
 template <class V>
 void RunOddRowsDirectly(const DftSpec1DReal& spec, const SourceRows<V>& src, const DestinationRows<V>& dst, V* data) {
   for (std::ptrdiff_t x = 0; x < spec.length; ++x) data[x] = src.Load(x);
-  spec.plan.direct.RunReal(
-      data, [&](V first) { dst.Store(0, first); },
-      [&](std::ptrdiff_t k, Complex<V> value) { StorePair(dst, k, value); });
+  spec.plan.direct.RunReal(data, [&](std::ptrdiff_t k, Complex<V> value) {
+    if (k == 0) return dst.Store(0, value.re);
+    StorePair(dst, k, value);
+  });
 }
 
-// The transforms of the two real rows that were the parts of one complex row, from frequencies k and n - k of its
-// transform.
-template <class V>
-inline void Separate(Complex<V> z, Complex<V> mirrored, Complex<V>& first, Complex<V>& second) {
-  first = {(z.re + mirrored.re) * 0.5F, (z.im - mirrored.im) * 0.5F};
-  second = {(z.im + mirrored.im) * 0.5F, (mirrored.re - z.re) * 0.5F};
-}
-
-// An odd number of real values, two rows at once.
+// Two rows as the parts z of one complex row: their transforms are the even and the odd part of its transform.
 template <class V>
 void RunPairedRows(const DftSpec1DReal& spec, const SourceRows<V> (&src)[2], const DestinationRows<V> (&dst)[2],
                    Complex<V>* data) {
@@ -190,20 +179,11 @@ void RunPairedRows(const DftSpec1DReal& spec, const SourceRows<V> (&src)[2], con
   const Complex<V>* const z = spec.plan.Run(data, data + n);
   dst[0].Store(0, z[0].re);
   dst[1].Store(0, z[0].im);
-  std::ptrdiff_t k = 1;
-  for (; k + 1 <= n / 2; k += 2) {
-    Complex<V> first[2], second[2];
-    Separate(z[k], z[n - k], first[0], second[0]);
-    Separate(z[k + 1], z[n - k - 1], first[1], second[1]);
-    StorePairs(dst[0], k, first[0], first[1]);
-    StorePairs(dst[1], k, second[0], second[1]);
-  }
-  if (k <= n / 2) {
-    Complex<V> first, second;
-    Separate(z[k], z[n - k], first, second);
-    StorePair(dst[0], k, first);
-    StorePair(dst[1], k, second);
-  }
+  StoreCombined<false>(z, n, dst[0], dst[1],
+                       [](std::ptrdiff_t, const Complex<V>& p, const Complex<V>& q, Complex<V>& a, Complex<V>& b) {
+                         a = {(p.re + q.re) * 0.5F, (p.im - q.im) * 0.5F};
+                         b = {(p.im + q.im) * 0.5F, (q.re - p.re) * 0.5F};
+                       });
 }
 
 }  // namespace
@@ -211,17 +191,14 @@ void RunPairedRows(const DftSpec1DReal& spec, const SourceRows<V> (&src)[2], con
 template <class V>
 void RunRealRows(const DftSpec1DReal& spec, const SourceRows<V> (&src)[2], const DestinationRows<V> (&dst)[2],
                  void* scratch) {
-  const bool even = spec.length % 2 == 0;
   if (spec.plan.method == Method::Small) {
     RunSmallRows(src[0], dst[0], spec.length);
-  } else if (spec.plan.method == Method::Direct && even) {
-    RunEvenRowsDirectly(spec, src[0], dst[0], static_cast<Complex<V>*>(scratch));
-  } else if (spec.plan.method == Method::Direct) {
-    RunOddRowsDirectly(spec, src[0], dst[0], static_cast<V*>(scratch));
-  } else if (even) {
+  } else if (spec.length % 2 == 0) {
     RunEvenRows(spec, src[0], dst[0], static_cast<Complex<V>*>(scratch));
-  } else {
+  } else if (spec.PairsRows()) {
     RunPairedRows(spec, src, dst, static_cast<Complex<V>*>(scratch));
+  } else {
+    RunOddRowsDirectly(spec, src[0], dst[0], static_cast<V*>(scratch));
   }
 }
 

@@ -2,13 +2,14 @@
 
 #include <utility>
 
+#include "analysis/dft/direct.h"
+
 namespace norvala::dft {
 namespace {
 
 // A pass of radix r takes time in proportion to r and holds r values at once: a length with a larger factor is left to
 // other methods.
 constexpr std::int32_t kLargestRadix = 150;
-constexpr std::int32_t kLargestButterfly = 5;
 
 // ---- Butterflies: the transforms of in[0], in[jump], in[2 * jump], ... ----
 
@@ -76,9 +77,9 @@ inline void Butterfly(const Complex<V>* in, std::ptrdiff_t jump, Complex<V> (&x)
 enum class PassKind { First, Middle, Last };
 
 template <int radix, PassKind kind, class V>
-void ButterflyPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, const FactorRecord& record,
-                   const Root* __restrict twiddles) {
+void ButterflyPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, const FactorRecord& record) {
   constexpr bool twiddled = kind != PassKind::Last;
+  const Root* __restrict twiddles = record.twiddles;
   const std::ptrdiff_t stride = kind == PassKind::First ? 1 : record.before;
   const std::ptrdiff_t jump = stride * record.remaining;
   for (std::ptrdiff_t p = 0; p < record.remaining; ++p, twiddles += radix - 1, out += (radix - 1) * stride) {
@@ -93,89 +94,33 @@ void ButterflyPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, 
 }
 
 template <int radix, class V>
-void ButterflyPass(const Complex<V>* in, Complex<V>* out, const FactorRecord& record, const Root* twiddles) {
+void ButterflyPass(const Complex<V>* in, Complex<V>* out, const FactorRecord& record) {
   if (record.remaining == 1) {
-    ButterflyPass<radix, PassKind::Last>(in, out, record, twiddles);
+    ButterflyPass<radix, PassKind::Last>(in, out, record);
   } else if (record.before == 1) {
-    ButterflyPass<radix, PassKind::First>(in, out, record, twiddles);
+    ButterflyPass<radix, PassKind::First>(in, out, record);
   } else {
-    ButterflyPass<radix, PassKind::Middle>(in, out, record, twiddles);
+    ButterflyPass<radix, PassKind::Middle>(in, out, record);
   }
 }
 
-// A pass of any odd radix r: inputs j and r - j meet only as their sum and difference, and yield results k and r - k
-// together.
+// A pass of any odd radix.
 template <class V>
-void OddRadixPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, const FactorRecord& record,
-                  const Root* __restrict twiddles, const Root* __restrict roots) {
+void OddRadixPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, const FactorRecord& record) {
+  const Root* __restrict twiddles = record.twiddles;
   const std::ptrdiff_t radix = record.factor;
-  const std::ptrdiff_t half = radix / 2;
   const std::ptrdiff_t stride = record.before;
   const std::ptrdiff_t jump = stride * record.remaining;
   const bool twiddled = record.remaining > 1;
-  Complex<V> sum[kLargestRadix / 2 + 1];
-  Complex<V> difference[kLargestRadix / 2 + 1];
+  Complex<V> x[kLargestRadix];
   for (std::ptrdiff_t p = 0; p < record.remaining; ++p, twiddles += radix - 1, out += (radix - 1) * stride) {
     for (std::ptrdiff_t q = 0; q < stride; ++q, ++in, ++out) {
-      const Complex<V> first = in[0];
-      Complex<V> total = first;
-      for (std::ptrdiff_t j = 1; j <= half; ++j) {
-        const Complex<V> a = in[j * jump], b = in[(radix - j) * jump];
-        sum[j] = a + b;
-        difference[j] = a - b;
-        total = total + sum[j];
-      }
-      out[0] = total;
-      for (std::ptrdiff_t k = 1; k <= half; ++k) {
-        Complex<V> even = first;
-        Complex<V> odd = {V{}, V{}};
-        std::ptrdiff_t index = 0;  // j k mod r
-        for (std::ptrdiff_t j = 1; j <= half; ++j) {
-          index += k;
-          if (index >= radix) index -= radix;
-          const Root w = roots[index];
-          even.re += sum[j].re * w.re;
-          even.im += sum[j].im * w.re;
-          odd.re += difference[j].im * w.im;
-          odd.im += difference[j].re * w.im;
-        }
-        Complex<V> result = {even.re - odd.re, even.im + odd.im};
-        Complex<V> mirrored = {even.re + odd.re, even.im - odd.im};
-        if (twiddled) {
-          result = Multiply(result, twiddles[k - 1]);
-          mirrored = Multiply(mirrored, twiddles[radix - k - 1]);
-        }
-        out[k * stride] = result;
-        out[(radix - k) * stride] = mirrored;
-      }
+      for (std::ptrdiff_t j = 0; j < radix; ++j) x[j] = in[j * jump];
+      SumDirectly<false>(x, radix, record.roots, [&](std::ptrdiff_t k, Complex<V> value, Complex<V> mirrored) {
+        out[k * stride] = k > 0 && twiddled ? Multiply(value, twiddles[k - 1]) : value;
+        if (k > 0) out[(radix - k) * stride] = twiddled ? Multiply(mirrored, twiddles[radix - k - 1]) : mirrored;
+      });
     }
-  }
-}
-
-// ---- Tables ----
-
-AlignedVector<Root> MakeTwiddles(const FactorList& factors, const Root* roots, std::ptrdiff_t stride) {
-  std::int64_t count = 0;
-  for (const FactorRecord& record : factors) count += std::int64_t{record.remaining} * (record.factor - 1);
-  AlignedVector<Root> twiddles(count);
-  if (!twiddles) return twiddles;
-  Root* next = twiddles.data();
-  for (const FactorRecord& record : factors) {
-    const std::ptrdiff_t step = record.before * stride;
-    for (std::ptrdiff_t p = 0; p < record.remaining; ++p) {
-      for (std::ptrdiff_t k = 1; k < record.factor; ++k) *next++ = roots[p * k * step];
-    }
-  }
-  return twiddles;
-}
-
-// Calls `use` for the first of every run of equal factors that have no butterfly.
-template <class Use>
-void ForEachOddRadix(const FactorList& factors, Use use) {
-  std::int32_t previous = 0;
-  for (const FactorRecord& record : factors) {
-    if (record.factor > kLargestButterfly && record.factor != previous) use(record);
-    previous = record.factor;
   }
 }
 
@@ -216,47 +161,50 @@ StatusCode StockhamPlan::Create(std::int32_t newLength, std::ptrdiff_t stride, S
   length = newLength;
   const Root* const roots = sharedRoots.OfOrder(length * std::int64_t{stride});
   if (roots == nullptr) return StatusCode::WorkBufferUnavailable;
-  twiddles = MakeTwiddles(factors, roots, stride);
-  if (!twiddles) return StatusCode::WorkBufferUnavailable;
-  std::int64_t count = 0;
-  ForEachOddRadix(factors, [&](const FactorRecord& record) { count += record.factor; });
-  if (count == 0) return StatusCode::Success;
-  factorRoots = AlignedVector<Root>(count);
-  if (!factorRoots) return StatusCode::WorkBufferUnavailable;
-  Root* next = factorRoots.data();
-  ForEachOddRadix(factors, [&](const FactorRecord& record) {
-    const std::ptrdiff_t step = stride * record.remaining * record.before;
-    for (std::ptrdiff_t k = 0; k < record.factor; ++k) *next++ = roots[k * step];
-  });
+  std::int64_t size = 0;
+  for (const FactorRecord& record : factors)
+    size += record.factor + std::int64_t{record.remaining} * (record.factor - 1);
+  tables = AlignedVector<Root>(size);
+  if (!tables) return StatusCode::WorkBufferUnavailable;
+  Root* next = tables.data();
+  const FactorRecord* previous = nullptr;
+  for (FactorRecord& record : factors) {
+    const std::ptrdiff_t step = record.before * stride;
+    record.twiddles = next;
+    for (std::ptrdiff_t p = 0; p < record.remaining; ++p) {
+      for (std::ptrdiff_t k = 1; k < record.factor; ++k) *next++ = roots[p * k * step];
+    }
+    if (previous != nullptr && previous->factor == record.factor) {
+      record.roots = previous->roots;
+    } else {
+      record.roots = next;
+      for (std::ptrdiff_t k = 0; k < record.factor; ++k) *next++ = roots[k * record.remaining * step];
+    }
+    previous = &record;
+  }
   return StatusCode::Success;
 }
 
 template <class V>
 Complex<V>* StockhamPlan::Run(Complex<V>* data, Complex<V>* work) const {
-  const Root* w = twiddles.data();
-  const Root* roots = factorRoots.data();
-  std::int32_t previous = 0;
   for (const FactorRecord& record : factors) {
-    if (record.factor != previous && previous > kLargestButterfly) roots += previous;
     switch (record.factor) {
       case 2:
-        ButterflyPass<2>(data, work, record, w);
+        ButterflyPass<2>(data, work, record);
         break;
       case 3:
-        ButterflyPass<3>(data, work, record, w);
+        ButterflyPass<3>(data, work, record);
         break;
       case 4:
-        ButterflyPass<4>(data, work, record, w);
+        ButterflyPass<4>(data, work, record);
         break;
       case 5:
-        ButterflyPass<5>(data, work, record, w);
+        ButterflyPass<5>(data, work, record);
         break;
       default:
-        OddRadixPass(data, work, record, w, roots);
+        OddRadixPass(data, work, record);
         break;
     }
-    w += std::ptrdiff_t{record.remaining} * (record.factor - 1);
-    previous = record.factor;
     std::swap(data, work);
   }
   return data;
@@ -264,11 +212,6 @@ Complex<V>* StockhamPlan::Run(Complex<V>* data, Complex<V>* work) const {
 
 template Complex<float>* StockhamPlan::Run(Complex<float>*, Complex<float>*) const;
 template ComplexLanes* StockhamPlan::Run(ComplexLanes*, ComplexLanes*) const;
-
-StatusCode SmallPlan::Create(std::int32_t newLength, std::ptrdiff_t /*stride*/, SharedRoots& /*sharedRoots*/) {
-  length = newLength;
-  return StatusCode::Success;
-}
 
 template <class V>
 Complex<V>* SmallPlan::Run(Complex<V>* data, Complex<V>* /*work*/) const {

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "analysis/dft/complex_lanes.h"
+#include "analysis/dft/lanes.h"
 #include "analysis/dft/roots.h"
-#include "analysis/dft/scratch.h"
 #include "frame/aligned_memory.h"
 #include "frame/status.h"
 
@@ -17,6 +16,9 @@ struct FactorRecord {
   std::int32_t factor;
   std::int32_t remaining;  // the length divided by all factors up to and including this one
   std::int32_t before;     // the product of the factors before this one
+  // For each p below `remaining`, the twiddle factors w^(p k before) for k = 1 .. factor - 1.
+  const Root* twiddles = nullptr;
+  const Root* roots = nullptr;  // of the order of the factor; consecutive equal factors share them
 };
 
 inline constexpr int kMaxFactors = 31;
@@ -25,6 +27,8 @@ struct FactorList {
   int count = 0;
   FactorRecord records[kMaxFactors];
 
+  FactorRecord* begin() { return records; }
+  FactorRecord* end() { return records + count; }
   const FactorRecord* begin() const { return records; }
   const FactorRecord* end() const { return records + count; }
   void Append(std::int32_t factor, std::int32_t length);
@@ -37,11 +41,7 @@ bool Factorise(std::int32_t length, FactorList& list);
 struct StockhamPlan {
   std::int32_t length = 0;
   FactorList factors;
-  // For each pass and each p below `remaining`, in the order of their use: the twiddle factors w^(p k before) for
-  // k = 1 .. factor - 1. Those of the last pass are all 1 and not used.
-  AlignedVector<Root> twiddles;
-  // The roots of every factor above 5, table after table; consecutive equal factors share one.
-  AlignedVector<Root> factorRoots;
+  AlignedVector<Root> tables;  // those of all passes
 
   // `factors` is filled. The roots that the tables are taken from have the order length * stride.
   StatusCode Create(std::int32_t newLength, std::ptrdiff_t stride, SharedRoots& sharedRoots);
@@ -53,7 +53,7 @@ struct StockhamPlan {
   // Three buffers of four transforms side by side, where one would do: with those of the image they hold four blocks of
   // columns and the work area, so that rows of the image are moved by 128 bytes at once.
   std::int64_t ScratchSize() const {
-    return 3 * static_cast<std::int64_t>(sizeof(ComplexLanes)) * length + std::int64_t{kScratchAlignment};
+    return 3 * static_cast<std::int64_t>(sizeof(ComplexLanes)) * length + kScratchAlignment;
   }
 };
 
@@ -61,7 +61,10 @@ struct StockhamPlan {
 struct SmallPlan {
   std::int32_t length = 0;
 
-  StatusCode Create(std::int32_t newLength, std::ptrdiff_t stride, SharedRoots& sharedRoots);
+  StatusCode Create(std::int32_t newLength, std::ptrdiff_t /*stride*/, SharedRoots& /*sharedRoots*/) {
+    length = newLength;
+    return StatusCode::Success;
+  }
   // Transforms `data` in place and returns it.
   template <class V>
   Complex<V>* Run(Complex<V>* data, Complex<V>* work) const;

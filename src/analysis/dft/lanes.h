@@ -1,0 +1,128 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "frame/lanes.h"
+#include "frame/memory.h"
+
+// Arithmetic for one transform at a time (V is float) or four side by side, one in each lane (V is F32x4).
+
+namespace norvala::dft {
+
+template <class V>
+inline constexpr int kLanes = sizeof(V) / sizeof(float);
+
+// Scratch starts at a multiple of this, and scratch sizes include what is lost by that.
+inline constexpr std::int64_t kScratchAlignment = alignof(F32x4);
+
+// ---- Complex values ----
+
+template <class V>
+struct Complex {
+  V re;
+  V im;
+};
+// The same value of four transforms.
+using ComplexLanes = Complex<F32x4>;
+// A root of unity, the same for all lanes.
+using Root = Complex<float>;
+
+template <class V>
+inline Complex<V> operator+(Complex<V> a, Complex<V> b) {
+  return {a.re + b.re, a.im + b.im};
+}
+template <class V>
+inline Complex<V> operator-(Complex<V> a, Complex<V> b) {
+  return {a.re - b.re, a.im - b.im};
+}
+template <class V>
+inline Complex<V> Multiply(Complex<V> a, Root w) {
+  return {a.re * w.re - a.im * w.im, a.im * w.re + a.re * w.im};
+}
+template <class V>
+inline Complex<V> Conjugate(Complex<V> a) {
+  return {a.re, -a.im};
+}
+template <class V>
+inline Complex<V> TimesMinusI(Complex<V> a) {
+  return {a.im, -a.re};
+}
+
+// ---- Double precision ----
+
+// Values as doubles, and back.
+inline double Widen(float value) { return value; }
+inline F64x2x2 Widen(F32x4 v) { return ConvertToDoubles(v); }
+inline float Narrow(double value) { return static_cast<float>(value); }
+inline float Narrow(float value) { return value; }
+inline F32x4 Narrow(F64x2x2 v) { return ConvertFromDoubles<F32x4>(v); }
+inline F32x4 Narrow(F32x4 v) { return v; }
+
+// Computes in double precision from floats in memory and rounds every result once. `compute` replaces an array of n
+// values by their results. Four lanes are computed two by two, so that all values of two stay in registers.
+template <int n, class Compute>
+inline void InDouble(const float* const (&from)[n], float (&to)[n], Compute compute) {
+  double wide[n];
+  for (int i = 0; i < n; ++i) wide[i] = *from[i];
+  compute(wide);
+  for (int i = 0; i < n; ++i) to[i] = static_cast<float>(wide[i]);
+}
+template <int n, class Compute>
+inline void InDouble(const F32x4* const (&from)[n], F32x4 (&to)[n], Compute compute) {
+  F64x2 low[n], high[n];
+  for (int i = 0; i < n; ++i) low[i] = LoadFloatsAsDoubles(from[i]);
+  compute(low);
+  for (int i = 0; i < n; ++i) high[i] = LoadFloatsAsDoubles(reinterpret_cast<const unsigned char*>(from[i]) + 8);
+  compute(high);
+  for (int i = 0; i < n; ++i) to[i] = ConvertFromDoubles<F32x4>(low[i], high[i]);
+}
+
+// ---- Rows of floats at any address, one for each lane: loads turn rows into lanes, stores turn them back ----
+
+template <class V>
+struct SourceRows {
+  const unsigned char* rows[kLanes<V>];
+
+  V Load(std::ptrdiff_t x) const {
+    const auto lane = [&](int i) { return LoadUnaligned<float>(rows[i] + x * 4); };
+    if constexpr (kLanes<V> == 1) {
+      return lane(0);
+    } else {
+      return V{lane(0), lane(1), lane(2), lane(3)};
+    }
+  }
+  // Elements x .. x + 3.
+  void LoadFour(std::ptrdiff_t x, V (&v)[4]) const {
+    if constexpr (kLanes<V> == 1) {
+      for (int i = 0; i < 4; ++i) v[i] = Load(x + i);
+    } else {
+      for (int i = 0; i < 4; ++i) v[i] = LoadUnaligned<V>(rows[i] + x * 4);
+      TransposeLanes(v);
+    }
+  }
+};
+
+template <class V>
+struct DestinationRows {
+  unsigned char* rows[kLanes<V>];
+
+  void Store(std::ptrdiff_t x, V value) const {
+    if constexpr (kLanes<V> == 1) {
+      StoreUnaligned(rows[0] + x * 4, value);
+    } else {
+      for (int i = 0; i < kLanes<V>; ++i) StoreUnaligned(rows[i] + x * 4, static_cast<float>(value[i]));
+    }
+  }
+  // Elements x .. x + 3.
+  void StoreFour(std::ptrdiff_t x, V (&v)[4]) const {
+    if constexpr (kLanes<V> == 1) {
+      for (int i = 0; i < 4; ++i) Store(x + i, v[i]);
+    } else {
+      TransposeLanes(v);
+      for (int i = 0; i < 4; ++i) StoreUnaligned(rows[i] + x * 4, v[i]);
+    }
+  }
+};
+
+}  // namespace norvala::dft
