@@ -5,58 +5,31 @@ through these tables alone.
 usage: check_inventory.py REPOSITORY
 """
 
-import glob
-import os
+import pathlib
 import re
 import sys
 
 
-def read(path):
-    with open(path, encoding="utf-8") as file:
-        return file.read()
-
-
-def defines(source, function):
-    return re.search(rf"^[A-Za-z][\w:<>* ]*\b{function}\([^;{{]*\) \{{", source, re.MULTILINE) is not None
-
-
 def main():
-    root = sys.argv[1]
-    declared = {}
-    for header in sorted(glob.glob(os.path.join(root, "src", "**", "*.h"), recursive=True)):
-        for table, function, rest in re.findall(r"inline constexpr PrimitiveTable (k\w+)\{(\w+)([^}]*)\}", read(header)):
-            declared[table] = (function, "own" if "," in re.sub(r"<[^>]*>", "", rest) else "portable")
-    inventory = read(os.path.join(root, "docs", "inventory.md"))
+    root = pathlib.Path(sys.argv[1])
+    declared = {table: (function, "own" if "," in re.sub(r"<[^>]*>", "", rest) else "portable")
+                for header in root.glob("src/**/*.h") for table, function, rest in
+                re.findall(r"inline constexpr PrimitiveTable (k\w+)\{(\w+)([^}]*)\}", header.read_text("utf-8"))}
+    inventory = (root / "docs/inventory.md").read_text("utf-8")
     listed = {table: (path, level3) for table, path, level3 in
               re.findall(r"^\| `(k\w+)` \| `(src/[\w/]+\.(?:cpp|h))` \| (own|portable) \|$", inventory, re.MULTILINE)}
-    sources = {os.path.relpath(path, root): read(path)
-               for pattern in ("*.cpp", "*.h")
-               for path in sorted(glob.glob(os.path.join(root, "src", "**", pattern), recursive=True))}
-
-    problems = []
-    for table in sorted(declared.keys() | listed.keys()):
-        if table not in listed:
-            problems.append(f"{table}: not listed")
-        elif table not in declared:
-            problems.append(f"{table}: listed, but no header declares it")
-        else:
-            function, level3 = declared[table]
-            path, listed_level3 = listed[table]
-            if level3 != listed_level3:
-                problems.append(f"{table}: level 3 is {level3}, listed as {listed_level3}")
-            if not defines(sources.get(path, ""), function):
-                found = [name for name, source in sources.items() if defines(source, function)]
-                problems.append(f"{table}: {function} is listed in {path}, defined in {', '.join(found) or 'no file'}")
-    for path, source in sources.items():
-        if path.startswith(os.path.join("src", "frame", "entry")):
-            problems += [f"{path} calls {function} past {table}" for table, (function, _) in sorted(declared.items())
-                         if re.search(rf"(?<![\w]){function}\(", source)]
-    stated = re.search(r"lie (\d+) primitives", inventory)
-    if stated is None or int(stated[1]) != len(declared):
-        problems.append(f"{len(declared)} tables, the text says {stated and stated[1]}")
-    print("\n".join(problems) or f"{len(declared)} tables, all listed")
-    return 1 if problems else 0
+    assert declared.keys() == listed.keys(), f"not both declared and listed: {declared.keys() ^ listed.keys()}"
+    assert f"lie {len(declared)} primitives" in inventory, f"{len(declared)} tables, the text states another number"
+    entries = {path.name: path.read_text("utf-8") for path in root.glob("src/frame/entry/*.cpp")}
+    for table, (function, level3) in declared.items():
+        path, listed_level3 = listed[table]
+        assert level3 == listed_level3, f"{table}: level 3 is {level3}, listed as {listed_level3}"
+        definition = rf"^[A-Za-z][\w:<>* ]*\b{function}\([^;{{]*\) \{{"
+        assert re.search(definition, (root / path).read_text("utf-8"), re.MULTILINE), f"{path} lacks {function}"
+        for name, entry in entries.items():
+            assert not re.search(rf"\b{function}\(", entry), f"{name} calls {function} past {table}"
+    print(f"{len(declared)} tables, all listed")
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    main()
