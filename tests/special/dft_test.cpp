@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <bit>
 #include <cmath>
+#include <memory>
 #include <random>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -15,8 +17,7 @@ namespace norvala {
 namespace {
 
 using enum StatusCode;
-using dft::Method;
-using norvala_test::HeapWatch;
+using norvala_test::GuardedPages;
 using Floats = std::vector<FLOAT32>;
 
 // Lengths of every method for real and complex values.
@@ -30,376 +31,206 @@ Floats Noise(int count) {
   return values;
 }
 
-// A specification that is released at the end of its scope, and the transform by it of contiguous rows.
-class Plan {
- public:
-  Plan(int width, int height, int normalisation = 8, int hint = 2) : width_(width) {
-    EXPECT_EQ(kCreateDftSpec2D(&spec_, width, height, normalisation, hint), Success);
-  }
-  Plan(const Plan&) = delete;
-  ~Plan() { EXPECT_EQ(kFreeDftSpec2D(spec_), Success); }
+using Spec = std::unique_ptr<DftSpec2D, decltype([](DftSpec2D* spec) { EXPECT_EQ(kFreeDftSpec2D(spec), Success); })>;
 
-  DftSpec2D* operator->() const { return spec_; }
-  StatusCode Run(const Floats& src, Floats& packed, void* scratch = nullptr) const {
-    packed.resize(src.size());
-    return kTransformPackedFLOAT32(src.data(), 4 * width_, packed.data(), 4 * width_, spec_, scratch);
-  }
-  Floats Packed(const Floats& src) const {
-    Floats packed;
-    EXPECT_EQ(Run(src, packed), Success);
-    return packed;
-  }
-
- private:
-  int width_;
-  DftSpec2D* spec_ = nullptr;
-};
-
-// ---- Methods ----
-
-TEST(DftMethodTest, ListsFactorsInOrder) {
-  using List = std::vector<int>;
-  const auto factors = [](int length) {
-    dft::FactorList list;
-    List found;
-    int before = 1;
-    if (!dft::Factorise(length, list)) return found;
-    for (const dft::FactorRecord& record : list) {
-      EXPECT_EQ(record.before, before);
-      before *= record.factor;
-      EXPECT_EQ(record.remaining, length / before);
-      found.push_back(record.factor);
-    }
-    return found;
-  };
-  for (const List& wanted : {List{2},
-                             {4},
-                             {2, 4, 4},
-                             {2, 3},
-                             {4, 3},
-                             {3, 3},
-                             {2, 4, 3},
-                             {4, 4, 4, 3, 5},
-                             {2, 4, 3, 3, 3, 5},
-                             {2, 149},
-                             {149, 149}}) {
-    int length = 1;
-    for (const int factor : wanted) length *= factor;
-    EXPECT_EQ(factors(length), wanted);
-  }
-  // A single factor, a remainder above 150, a trial factor above 150.
-  for (const int length : {3, 149, 2 * 151, 149 * 151, 4 * 151 * 151, 1, INT32_MAX}) EXPECT_EQ(factors(length), List{});
+Spec Create(RegionSize size, int normalisation = 8, int hint = 2) {
+  DftSpec2D* spec = nullptr;
+  EXPECT_EQ(kCreateDftSpec2D(&spec, size.width, size.height, normalisation, hint), Success);
+  return Spec(spec);
 }
 
-TEST(DftMethodTest, FollowsThresholds) {
-  struct Case {
-    int length;
-    Method real, complex;
-  };
-  // Even numbers of real values go by their halves.
-  for (const Case c : {Case{1, Method::Small, Method::Small},
-                       {4, Method::Small, Method::Small},
-                       {6, Method::Direct, Method::Stockham},
-                       {8, Method::Stockham, Method::Stockham},
-                       {1 << 30, Method::Stockham, Method::Stockham},
-                       {12, Method::Stockham, Method::Stockham},
-                       {149, Method::Direct, Method::Direct},
-                       {151, Method::Direct, Method::Bluestein},
-                       {179, Method::Direct, Method::Bluestein},
-                       {181, Method::Bluestein, Method::Bluestein},
-                       {298, Method::Direct, Method::Stockham},
-                       {302, Method::Bluestein, Method::Bluestein},
-                       {596, Method::Stockham, Method::Stockham}}) {
-    dft::Plan1D real, complex;
-    real.Choose(c.length, dft::Values::Real);
-    complex.Choose(c.length, dft::Values::Complex);
-    EXPECT_EQ(real.method, c.real) << c.length;
-    EXPECT_EQ(complex.method, c.complex) << c.length;
-  }
+// The packed spectrum of noise.
+Floats Transform(const Spec& spec, void* scratch = nullptr) {
+  const Floats src = Noise(spec->width * spec->height);
+  Floats packed(src.size());
+  const std::int32_t step = 4 * spec->width;
+  EXPECT_EQ(kTransformPackedFLOAT32(src.data(), step, packed.data(), step, spec.get(), scratch), Success);
+  return packed;
 }
 
 // ---- One dimension ----
 
-// Apart with scratch of its own, and in place with scratch that ends at a no-access page.
-template <class Value, class Spec>
-void RunBothWays(StatusCode (*run)(const Value*, Value*, const Spec*, void*), const Spec& spec) {
-  const Floats noise = Noise(2 * spec.length);
-  std::vector<Value> x(static_cast<std::size_t>(spec.length));
-  std::memcpy(x.data(), noise.data(), x.size() * sizeof(Value));
-  std::vector<Value> result(x.size());
-  EXPECT_EQ(run(x.data(), result.data(), &spec, nullptr), Success);
-  const norvala_test::GuardedPages pages(static_cast<std::size_t>(spec.scratchSize));
-  unsigned char* const end = pages.bytes().data() + pages.bytes().size();
-  EXPECT_EQ(run(x.data(), x.data(), &spec, end - spec.scratchSize), Success);
-  EXPECT_EQ(std::memcmp(x.data(), result.data(), x.size() * sizeof(Value)), 0) << spec.length;
-}
-
-TEST(Dft1DTest, StaysInsideTheStatedScratch) {
-  for (const int n : kLengths) {
-    dft::SharedRoots roots;
-    DftSpec1DComplex* complex = nullptr;
-    DftSpec1DReal* real = nullptr;
-    ASSERT_EQ(CreateDftSpec1DComplex(&complex, n, 8, 2, roots), Success);
-    ASSERT_EQ(CreateDftSpec1DReal(&real, n, 8, 2, roots), Success);
-    RunBothWays(RunDft1DComplex, *complex);
-    RunBothWays(RunDft1DReal, *real);
-    FreeDftSpec1DComplex(complex);
-    FreeDftSpec1DReal(real);
-  }
-}
-
-// An even number of real values comes from the transform of half as many complex ones in double precision.
-TEST(Dft1DTest, RebuildsEvenLengthsInDouble) {
-  for (const int n : {12, 18, 24, 30, 36, 40, 60, 100}) {
-    const int m = n / 2;
-    dft::SharedRoots roots;
-    DftSpec1DComplex* half = nullptr;
-    DftSpec1DReal* whole = nullptr;
-    ASSERT_EQ(CreateDftSpec1DComplex(&half, m, 8, 2, roots), Success);
-    ASSERT_EQ(CreateDftSpec1DReal(&whole, n, 8, 2, roots), Success);
-    const Floats x = Noise(n);
-    std::vector<dft::Complex<float>> z(static_cast<std::size_t>(m));
-    std::memcpy(z.data(), x.data(), x.size() * sizeof(float));
-    EXPECT_EQ(RunDft1DComplex(z.data(), z.data(), half, nullptr), Success);
-    Floats packed(x.size());
-    EXPECT_EQ(RunDft1DReal(x.data(), packed.data(), whole, nullptr), Success);
-    for (int k = 1; 2 * k < m; ++k) {
-      const double angle = k * (6.283185307179586 / n);
-      const double tr = 0.5F * static_cast<float>(std::cos(angle));
-      const double ti = 0.5F * -static_cast<float>(std::sin(angle)) + 0.5F;
-      const auto [xr, xi] = z[static_cast<std::size_t>(k)];
-      const auto [yr, yi] = z[static_cast<std::size_t>(m - k)];
-      const double difference = static_cast<double>(xr) - yr;
-      const double sum = static_cast<double>(xi) + yi;
-      const double s = ti * difference + tr * sum;
-      const double t = sum * ti - difference * tr;
-      const auto at = [&](int i) { return packed[static_cast<std::size_t>(i)]; };
-      EXPECT_EQ(at(2 * k - 1), static_cast<float>(yr + s)) << n << ", " << k;
-      EXPECT_EQ(at(2 * k), static_cast<float>(t - yi)) << n << ", " << k;
-      EXPECT_EQ(at(2 * (m - k) - 1), static_cast<float>(xr - s)) << n << ", " << k;
-      EXPECT_EQ(at(2 * (m - k)), static_cast<float>(t - xi)) << n << ", " << k;
+// Even numbers of real values go by their halves.
+TEST(Dft1DTest, ChoosesMethodsByLength) {
+  using enum dft::Method;
+  using enum dft::Values;
+  const std::tuple<dft::Values, dft::Method, std::vector<int>> cases[] = {
+      {Real, Small, {1, 2, 3, 4}},
+      {Real, Direct, {5, 6, 149, 151, 179, 298}},
+      {Real, Stockham, {8, 9, 12, 596, 149 * 149, 1 << 30}},
+      {Real, Bluestein, {181, 302, 149 * 151, 4 * 151 * 151, INT32_MAX}},
+      {Complex, Small, {1, 2, 3, 4}},
+      {Complex, Direct, {5, 149}},
+      {Complex, Stockham, {6, 8, 9, 12, 298, 596, 149 * 149, 1 << 30}},
+      {Complex, Bluestein, {151, 179, 181, 302, 149 * 151, 4 * 151 * 151, INT32_MAX}}};
+  for (const auto& [values, method, lengths] : cases) {
+    for (const int length : lengths) {
+      dft::Plan1D plan;
+      plan.Choose(length, values);
+      EXPECT_EQ(plan.method, method) << length;
     }
-    FreeDftSpec1DComplex(half);
-    FreeDftSpec1DReal(whole);
   }
 }
 
-TEST(Dft1DTest, StatusesInOrder) {
+// The statuses in their order; and every length apart, with scratch of its own, and in place, with scratch that ends at
+// a no-access page.
+template <class Value, class Spec1D>
+void Check1D(auto* create, auto* run, auto* release) {
   dft::SharedRoots roots;
-  DftSpec1DReal* real = nullptr;
-  DftSpec1DComplex* complex = nullptr;
-  EXPECT_EQ(CreateDftSpec1DReal(nullptr, 0, 0, 0, roots), NullPointer);
-  EXPECT_EQ(CreateDftSpec1DReal(&real, 0, 0, 0, roots), NonPositiveSize);
-  EXPECT_EQ(CreateDftSpec1DComplex(nullptr, 0, 0, 0, roots), NullPointer);
-  EXPECT_EQ(CreateDftSpec1DComplex(&complex, 0, 0, 0, roots), NonPositiveSize);
-  for (const int flag : {0, 3, 16, -1}) {
-    EXPECT_EQ(CreateDftSpec1DReal(&real, 12, flag, 0, roots), BadNormalisation);
-    EXPECT_EQ(CreateDftSpec1DComplex(&complex, 12, flag, 0, roots), BadNormalisation);
+  Spec1D* spec = nullptr;
+  EXPECT_EQ(create(nullptr, 0, 0, 0, roots), NullPointer);
+  EXPECT_EQ(create(&spec, 0, 0, 0, roots), NonPositiveSize);
+  for (const int flag : {0, 3, 16, -1}) EXPECT_EQ(create(&spec, 12, flag, 0, roots), BadNormalisation);
+  for (const int n : kLengths) {
+    ASSERT_EQ(create(&spec, n, 8, 2, roots), Success);
+    Floats x = Noise(n * static_cast<int>(sizeof(Value) / sizeof(FLOAT32)));
+    Floats result(x.size());
+    auto* const src = reinterpret_cast<Value*>(x.data());
+    auto* const dst = reinterpret_cast<Value*>(result.data());
+    EXPECT_EQ(run(src, dst, spec, nullptr), Success);
+    const auto scratch = static_cast<std::size_t>(spec->scratchSize);
+    EXPECT_EQ(run(src, src, spec, GuardedPages(scratch).bytes().last(scratch).data()), Success);
+    EXPECT_EQ(x, result) << n;
+    EXPECT_EQ(run(src, dst, nullptr, nullptr), NullPointer);
+    EXPECT_EQ(run(nullptr, dst, spec, nullptr), NullPointer);
+    EXPECT_EQ(run(src, nullptr, spec, nullptr), NullPointer);
+    spec->tag = 28;
+    EXPECT_EQ(run(nullptr, nullptr, spec, nullptr), WrongStateKind);
+    release(spec);
   }
-  ASSERT_EQ(CreateDftSpec1DReal(&real, 12, 8, 0, roots), Success);
-  ASSERT_EQ(CreateDftSpec1DComplex(&complex, 12, 8, 0, roots), Success);
-  float x[12] = {};
-  dft::Complex<float> z[12] = {};
-  EXPECT_EQ(RunDft1DReal(x, x, nullptr, nullptr), NullPointer);
-  EXPECT_EQ(RunDft1DReal(nullptr, x, real, nullptr), NullPointer);
-  EXPECT_EQ(RunDft1DReal(x, nullptr, real, nullptr), NullPointer);
-  EXPECT_EQ(RunDft1DComplex(z, z, nullptr, nullptr), NullPointer);
-  EXPECT_EQ(RunDft1DComplex(nullptr, z, complex, nullptr), NullPointer);
-  EXPECT_EQ(RunDft1DComplex(z, nullptr, complex, nullptr), NullPointer);
-  real->tag = 13;
-  complex->tag = 15;
-  EXPECT_EQ(RunDft1DReal(nullptr, nullptr, real, nullptr), WrongStateKind);
-  EXPECT_EQ(RunDft1DComplex(nullptr, nullptr, complex, nullptr), WrongStateKind);
-  FreeDftSpec1DReal(real);
-  FreeDftSpec1DComplex(complex);
-  dft::BluesteinPlan tooLong;
-  EXPECT_EQ(tooLong.Create((1 << 29) + 1, 1, roots), BadTransformOrder);
+}
+
+TEST(Dft1DTest, ChecksAndTransformsInPlace) {
+  Check1D<FLOAT32, DftSpec1DReal>(CreateDftSpec1DReal, RunDft1DReal, FreeDftSpec1DReal);
+  Check1D<dft::Complex<float>, DftSpec1DComplex>(CreateDftSpec1DComplex, RunDft1DComplex, FreeDftSpec1DComplex);
+  dft::SharedRoots roots;
+  EXPECT_EQ(dft::BluesteinPlan{}.Create((1 << 29) + 1, 1, roots), BadTransformOrder);
 }
 
 // ---- Two dimensions ----
 
 TEST(Dft2DTest, StatusesInOrder) {
-  DftSpec2D* failed = nullptr;
+  DftSpec2D* spec = nullptr;
   EXPECT_EQ(kCreateDftSpec2D(nullptr, 0, 0, 0, 0), NullPointer);
-  EXPECT_EQ(kCreateDftSpec2D(&failed, 0, 4, 0, 0), NonPositiveSize);
-  EXPECT_EQ(kCreateDftSpec2D(&failed, 4, 0, 0, 0), NonPositiveSize);
-  EXPECT_EQ(kCreateDftSpec2D(&failed, 4, 4, 0, 0), BadNormalisation);
+  EXPECT_EQ(kCreateDftSpec2D(&spec, 0, 4, 0, 0), NonPositiveSize);
+  EXPECT_EQ(kCreateDftSpec2D(&spec, 4, 0, 0, 0), NonPositiveSize);
   // Sizes are refused for what their scratch does not fit into, not before, and after a bad normalisation.
-  for (const auto& [width, height] : {std::pair(1 << 28, 1), {1, 1 << 26}, {INT32_MAX, INT32_MAX}}) {
-    EXPECT_EQ(kCreateDftSpec2D(&failed, width, height, 0, 2), BadNormalisation);
-    EXPECT_EQ(kCreateDftSpec2D(&failed, width, height, 8, 2), WorkBufferUnavailable);
+  for (const RegionSize size : {RegionSize{1 << 28, 1}, {1, 1 << 26}, {INT32_MAX, INT32_MAX}}) {
+    EXPECT_EQ(kCreateDftSpec2D(&spec, size.width, size.height, 0, 2), BadNormalisation);
+    EXPECT_EQ(kCreateDftSpec2D(&spec, size.width, size.height, 8, 2), WorkBufferUnavailable);
   }
-  EXPECT_EQ(failed, nullptr);
-  EXPECT_EQ(kFreeDftSpec2D(nullptr), NullPointer);
-
-  const Plan plan(5, 4);
-  DftSpec2D* const spec = plan.operator->();
-  FLOAT32 image[20] = {};
+  norvala_test::HeapWatch heap;
+  heap.FailAt(0);
+  EXPECT_EQ(kCreateDftSpec2D(&spec, 5, 4, 8, 2), WorkBufferUnavailable);
+  ASSERT_EQ(kCreateDftSpec2D(&spec, 5, 4, 8, 2), Success);
+  FLOAT32 image[20];
   EXPECT_EQ(kTransformPackedFLOAT32(nullptr, 0, nullptr, 0, nullptr, nullptr), NullPointer);
   EXPECT_EQ(kTransformPackedFLOAT32(nullptr, 0, image, 0, spec, nullptr), NullPointer);
   EXPECT_EQ(kTransformPackedFLOAT32(image, 0, nullptr, 0, spec, nullptr), NullPointer);
   EXPECT_EQ(kTransformPackedFLOAT32(image, 0, image, 20, spec, nullptr), NonPositiveStep);
   EXPECT_EQ(kTransformPackedFLOAT32(image, 20, image, 0, spec, nullptr), NonPositiveStep);
-  spec->tag = 15;
-  EXPECT_EQ(kTransformPackedFLOAT32(nullptr, 0, nullptr, 0, spec, nullptr), WrongStateKind);
-  EXPECT_EQ(kFreeDftSpec2D(spec), WrongStateKind);
-  spec->tag = 28;
-  ComplexFLOAT32Number spectrum[20] = {};
+  ComplexFLOAT32Number spectrum[20];
   EXPECT_EQ(kExpandPackedFLOAT32(nullptr, {0, 0}, 0, spectrum, 0), NullPointer);
   EXPECT_EQ(kExpandPackedFLOAT32(image, {0, 0}, 0, nullptr, 0), NullPointer);
   EXPECT_EQ(kExpandPackedFLOAT32(image, {0, 4}, 0, spectrum, 0), NonPositiveSize);
   EXPECT_EQ(kExpandPackedFLOAT32(image, {5, 0}, 0, spectrum, 0), NonPositiveSize);
   EXPECT_EQ(kExpandPackedFLOAT32(image, {5, 4}, 0, spectrum, 40), NonPositiveStep);
   EXPECT_EQ(kExpandPackedFLOAT32(image, {5, 4}, 20, spectrum, 0), NonPositiveStep);
-}
-
-// A wrong tag inside is found before anything is written, whatever the transform would have read of it.
-TEST(Dft2DTest, ChecksTheTagOfEverySpecificationInside) {
-  for (const auto& [width, height] : {std::pair(12, 9), {1, 9}, {12, 1}, {40, 8}}) {
-    const Floats src = Noise(width * height);
-    Floats packed = src;
-    const Plan plan(width, height);
-    for (std::int32_t* const tag :
-         {&plan->rowRealSpec->tag, &plan->columnRealSpec->tag, &plan->columnComplexSpec->tag}) {
-      const std::int32_t right = std::exchange(*tag, 28);
-      EXPECT_EQ(plan.Run(src, packed), WrongStateKind) << width << " x " << height;
-      EXPECT_EQ(packed, src);
-      *tag = right;
-    }
-  }
-}
-
-// Direct sums have fixed scratch, so what the whole transform needs follows for shapes that each part decides.
-TEST(Dft2DTest, SpecificationFields) {
-  const HeapWatch heap;
-  {
-    const Plan plan(7, 149, 4, 5);
-    EXPECT_EQ(plan->tag, 28);
-    EXPECT_EQ(plan->width, 7);
-    EXPECT_EQ(plan->height, 149);
-    EXPECT_EQ(plan->hint, 5);
-    EXPECT_EQ(plan->reservedSpec, nullptr);
-    EXPECT_EQ(plan->rowRealSpec->scratchSize, 7 * 4 + 16);
-    EXPECT_EQ(plan->columnRealSpec->scratchSize, 149 * 4 + 16);
-    EXPECT_EQ(plan->workSize, 149 * 64 + 149 * 8 + 16U);
-    const auto expectOf = [](const auto& spec, int tag, int length) {
-      EXPECT_EQ(spec.tag, tag);
-      EXPECT_EQ(spec.length, length);
-      EXPECT_EQ(spec.hint, 5);
-      EXPECT_TRUE(spec.normalisation.forwardScaled && spec.normalisation.inverseScaled);
-      EXPECT_EQ(spec.normalisation.scale, 1.0 / std::sqrt(static_cast<double>(length)));
-    };
-    expectOf(*plan->rowRealSpec, 15, 7);
-    expectOf(*plan->columnRealSpec, 15, 149);
-    expectOf(*plan->columnComplexSpec, 13, 149);
-
-    EXPECT_EQ(Plan(149, 7)->workSize, 149 * 16 + 149 * 4 + 16U);
-    EXPECT_GT(Plan(1, 1 << 24)->workSize, std::uint32_t{INT32_MAX});
-    const Plan square(298, 298, 2);
-    EXPECT_EQ(square->columnRealSpec, nullptr);
-    EXPECT_EQ(square->rowRealSpec->scratchSize, 149 * 8 + 16);
-    EXPECT_TRUE(square->rowRealSpec->normalisation.inverseScaled && !square->rowRealSpec->normalisation.forwardScaled);
-    // A filled reserve is released too.
-    dft::SharedRoots roots;
-    ASSERT_EQ(CreateDftSpec1DComplex(&square->reservedSpec, 8, 8, 0, roots), Success);
-  }
+  spec->tag = 15;
+  EXPECT_EQ(kTransformPackedFLOAT32(nullptr, 0, nullptr, 0, spec, nullptr), WrongStateKind);
+  EXPECT_EQ(kFreeDftSpec2D(spec), WrongStateKind);
+  EXPECT_EQ(kFreeDftSpec2D(nullptr), NullPointer);
+  spec->tag = 28;
+  dft::SharedRoots roots;
+  ASSERT_EQ(CreateDftSpec1DComplex(&spec->reservedSpec, 1, 8, 0, roots), Success);
+  EXPECT_EQ(kFreeDftSpec2D(spec), Success);
   EXPECT_EQ(heap.live(), 0);
 }
 
-// Given scratch that ends at a no-access page, no method goes beyond it.
+// The parts of a specification have its arguments, and their wrong tag is found before anything is written. Spectra are
+// scaled as the normalisation says.
+TEST(Dft2DTest, HandsOnItsArguments) {
+  for (const int flag : {1, 2, 4, 8}) {
+    const bool forward = flag == 1 || flag == 4, inverse = flag == 2 || flag == 4;
+    const auto scale = [=](double n) { return flag == 8 ? 0.0 : flag == 4 ? 1 / std::sqrt(n) : 1 / n; };
+    for (const RegionSize size : {RegionSize{1, 12}, {7, 1}, {9, 30}, {16, 11}, {3, 4}, {181, 6}}) {
+      const Spec spec = Create(size, flag, 5);
+      EXPECT_EQ(spec->hint, 5);
+      const Floats scaled = Transform(spec);
+      const Floats plain = Transform(Create(size));
+      const double factor = forward ? scale(static_cast<double>(plain.size())) : 1;
+      for (std::size_t i = 0; i < plain.size(); ++i) EXPECT_NEAR(scaled[i], plain[i] * factor, 4e-4 * factor);
+      Floats dst = plain;
+      for (dft::Spec1D* const part :
+           std::initializer_list<dft::Spec1D*>{spec->rowRealSpec, spec->columnRealSpec, spec->columnComplexSpec}) {
+        const auto& [tag, length, n, hint, scratchSize, plan] = *part;
+        EXPECT_EQ(std::tuple(tag, length, hint, n.forwardScaled, n.inverseScaled, n.scale),
+                  std::tuple(part == spec->columnComplexSpec ? 13 : 15,
+                             part == spec->rowRealSpec ? size.width : size.height, 5, forward, inverse, scale(length)));
+        const std::int32_t right = std::exchange(part->tag, 28);
+        EXPECT_EQ(kTransformPackedFLOAT32(plain.data(), 724, dst.data(), 4, spec.get(), nullptr), WrongStateKind);
+        part->tag = right;
+      }
+      EXPECT_EQ(dst, plain);
+    }
+  }
+}
+
+// Direct sums and chirps have fixed scratch, so what the whole transform needs follows for shapes that each part
+// decides.
+TEST(Dft2DTest, StatesItsScratch) {
+  EXPECT_EQ(Create({7, 149})->workSize, 149 * 64 + (149 * 8 + 16U));
+  EXPECT_EQ(Create({149, 7})->workSize, 149 * 16 + (149 * 4 + 16U));
+  EXPECT_GT(Create({1, 1 << 24})->workSize, std::uint32_t{INT32_MAX});
+  const Spec square = Create({302, 302});
+  EXPECT_EQ(square->columnRealSpec, nullptr);
+  EXPECT_EQ(square->rowRealSpec->scratchSize, (512 * 96 + 16) + (512 * 8 + 16));
+}
+
+// Given scratch that ends at a no-access page, no method goes beyond it. The results are pinned: which steps are taken
+// in double precision shows in their last bits.
 TEST(Dft2DTest, StaysInsideTheStatedScratch) {
+  std::uint32_t hash = 0;
   for (const int width : kLengths) {
     for (const int height : kLengths) {
       if (width > 200 && height > 200) continue;
-      const Plan plan(width, height);
-      const Floats src = Noise(width * height);
-      Floats packed;
-      const norvala_test::GuardedPages pages(plan->workSize + 15U);
-      ASSERT_EQ(plan.Run(src, packed, pages.bytes().data() + pages.bytes().size() - plan->workSize - 15), Success);
-      ASSERT_EQ(plan.Packed(src), packed) << width << " x " << height;
+      const Spec spec = Create({width, height});
+      const std::size_t scratch = spec->workSize + 15;
+      const Floats packed = Transform(spec, GuardedPages(scratch).bytes().last(scratch).data());
+      ASSERT_EQ(packed, Transform(spec)) << width << " x " << height;
+      for (const FLOAT32 value : packed) hash = (hash ^ std::bit_cast<std::uint32_t>(value)) * 16777619U;
     }
   }
+  EXPECT_EQ(hash, 3652735822U);
 }
 
 // A column is read as a whole before its spectrum is written, however close the rows of the spectrum lie.
 TEST(Dft2DTest, ReadsAColumnBeforeWriting) {
   FLOAT32 packed[4] = {1, 2, 3, 4};
-  const Plan plan(1, 4);
-  ASSERT_EQ(kTransformPackedFLOAT32(packed, 4, packed, 1, plan.operator->(), nullptr), Success);
-  FLOAT32 nyquist;
-  std::memcpy(&nyquist, reinterpret_cast<const unsigned char*>(packed) + 3, sizeof nyquist);
-  EXPECT_EQ(nyquist, -2);
-}
-
-TEST(Dft2DTest, ScalesForward) {
-  for (const int flag : {1, 2, 4}) {
-    for (const auto& [width, height] : {std::pair(1, 12), {7, 1}, {9, 30}, {16, 11}, {3, 4}, {181, 6}}) {
-      const Floats src = Noise(width * height);
-      const Floats scaled = Plan(width, height, flag).Packed(src);
-      const Floats plain = Plan(width, height).Packed(src);
-      const double size = static_cast<double>(width) * height;
-      const double scale = flag == 1 ? 1.0 / size : flag == 4 ? 1.0 / std::sqrt(size) : 1.0;
-      const double bound = 1e-5 * scale * std::sqrt(size);
-      for (std::size_t i = 0; i < src.size(); ++i) EXPECT_NEAR(scaled[i], plain[i] * scale, bound);
-    }
-  }
-}
-
-// A row comes out the same by itself and beside others, unless two rows are the parts of one complex row. The other row
-// is 0 here, so the transforms of the columns repeat the first one.
-TEST(Dft2DTest, RowsDoNotDependOnEachOther) {
-  for (const int width : kLengths) {
-    const Plan plan(width, 1);
-    if (plan->rowRealSpec->PairsRows()) continue;
-    Floats src = Noise(width);
-    const Floats alone = plan.Packed(src);
-    src.resize(2 * src.size());
-    const Floats beside = Plan(width, 2).Packed(src);
-    EXPECT_TRUE(std::equal(alone.begin(), alone.end(), beside.begin())) << width;
-  }
+  ASSERT_EQ(kTransformPackedFLOAT32(packed, 4, packed, 1, Create({1, 4}).get(), nullptr), Success);
+  EXPECT_EQ(norvala_test::View(packed, 1)(0, 3), -2);
 }
 
 // The spectrum has the packed values, and the rest of it by exact symmetry: the sign of a zero counts, and frequencies
 // that are their own mirror image have the imaginary part +0.
 TEST(Dft2DTest, ExpandsThePackedSpectrum) {
-  for (const auto& [width, height] : {std::pair(6, 4), {7, 5}, {8, 3}, {1, 6}, {2, 7}, {12, 1}, {5, 8}, {1, 1}}) {
-    const Floats src = Noise(width * height);
-    const Floats packed = Plan(width, height).Packed(src);
-    std::vector<ComplexFLOAT32Number> spectrum(src.size());
-    ASSERT_EQ(Norvala_DFTFwdFLOAT32(src.data(), 4 * width, spectrum.data(), 8 * width, width, height), 0);
-    const auto at = [&](int x, int y) { return static_cast<std::size_t>(y * width + x); };
-    for (int y = 0; y < height; ++y) {
-      for (int x = 0; x < width; ++x) {
-        // The first column, and the last of an even width, hold real rows: they are packed downwards too.
-        const bool realRows = x == 0 || (x == width - 1 && width % 2 == 0);
-        const ComplexFLOAT32Number value = spectrum[at((x + 1) / 2, realRows ? (y + 1) / 2 : y)];
-        const bool imaginary = realRows ? y > 0 && y % 2 == 0 : x % 2 == 0;
-        EXPECT_EQ(packed[at(x, y)], imaginary ? value.im : value.re) << x << ", " << y;
-        const ComplexFLOAT32Number mirrored = spectrum[at((width - x) % width, (height - y) % height)];
-        const ComplexFLOAT32Number own = spectrum[at(x, y)];
-        const bool isReal = 2 * x % width == 0 && 2 * y % height == 0;
-        EXPECT_EQ(own.re, mirrored.re);
-        EXPECT_EQ(own.im, isReal ? 0 : -mirrored.im);
-        EXPECT_TRUE(!isReal || !std::signbit(own.im));
-      }
-    }
-  }
-}
-
-TEST(Dft2DTest, EveryFailedAllocationIsReported) {
-  for (const auto& [width, height] :
-       {std::pair(1, 1), {1, 5}, {7, 1}, {16, 12}, {16, 16}, {12, 30}, {298, 149}, {181, 302}, {302, 22}, {49, 14}}) {
-    HeapWatch heap;
-    for (int index = 0, allocations = 1; index < allocations; ++index) {
-      heap.FailAt(index);
-      DftSpec2D* spec = nullptr;
-      const StatusCode status = kCreateDftSpec2D(&spec, width, height, 8, 2);
-      allocations = std::max(allocations, heap.allocations());
-      EXPECT_EQ(status, index < heap.allocations() ? WorkBufferUnavailable : Success);
-      EXPECT_EQ(spec != nullptr, status == Success);
-      if (spec != nullptr) kFreeDftSpec2D(spec);
-      EXPECT_EQ(heap.live(), 0);
-    }
+  for (const RegionSize size : {RegionSize{6, 4}, {7, 5}, {8, 3}, {1, 6}, {2, 7}, {12, 1}, {5, 8}, {1, 1}}) {
+    const int width = size.width, height = size.height;
+    const Floats packed = Transform(Create(size));
+    std::vector<ComplexFLOAT32Number> dst(packed.size());
+    ASSERT_EQ(kExpandPackedFLOAT32(packed.data(), size, 4 * width, dst.data(), 8 * width), Success);
+    norvala_test::ForEachPixel(size, [&](int x, int y) {
+      const auto at = [&](int i, int j) { return static_cast<std::size_t>(j % height * width + i % width); };
+      // The first column, and the last of an even width, hold real rows: they are packed downwards too.
+      const bool realRows = x == 0 || (x == width - 1 && width % 2 == 0);
+      const auto [re, im] = dst[at((x + 1) / 2, realRows ? (y + 1) / 2 : y)];
+      EXPECT_EQ(packed[at(x, y)], (realRows ? y > 0 && y % 2 == 0 : x % 2 == 0) ? im : re) << x << ", " << y;
+      const std::size_t mirror = at(width - x, height - y);
+      const auto [wantedRe, mirroredIm] = dst[mirror];
+      EXPECT_EQ(dst[at(x, y)].re, wantedRe);
+      const FLOAT32 wantedIm = mirror == at(x, y) ? 0 : -mirroredIm;
+      EXPECT_EQ(std::bit_cast<std::uint32_t>(dst[at(x, y)].im), std::bit_cast<std::uint32_t>(wantedIm));
+    });
   }
 }
 
