@@ -155,6 +155,13 @@ inline I32x4 MultiplyAddPairs(I16x8 a, I16x8 b) {
 #endif
 }
 
+// Two values in turns, as factors for MultiplyAddPairs.
+inline I16x8 SplatPair(std::int16_t first, std::int16_t second) {
+  const std::uint32_t low = static_cast<std::uint16_t>(first);
+  const std::uint32_t high = static_cast<std::uint16_t>(second);
+  return BitCastLanes<I16x8>(Splat<U32x4>(low | high << 16));
+}
+
 // The high halves of the products of corresponding lanes.
 inline U16x8 HighProducts(U16x8 a, U16x8 b) {
 #if defined(__SSE2__)

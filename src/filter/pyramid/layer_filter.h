@@ -5,8 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "filter/mirror.h"
 #include "filter/pyramid/layer.h"
-#include "filter/pyramid/mirror.h"
 #include "frame/memory.h"
 
 // Smoothing of an image by a layer's separable kernel. A filtered image holds signed 16-bit values of 3 fractional

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "filter/pyramid/mirror.h"
+#include "filter/mirror.h"
 #include "frame/memory.h"
 #include "frame/status.h"
 #include "frame/types.h"

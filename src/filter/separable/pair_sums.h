@@ -9,13 +9,6 @@
 
 namespace norvala {
 
-// A pair of taps in every lane of 32 bits.
-inline I16x8 SplatPair(std::int16_t first, std::int16_t second) {
-  const std::uint32_t low = static_cast<std::uint16_t>(first);
-  const std::uint32_t high = static_cast<std::uint16_t>(second);
-  return BitCastLanes<I16x8>(Splat<U32x4>(low | high << 16));
-}
-
 // A tap of 32 bits is 2^16 * HighHalf(tap) + LowHalf(tap), modulo 2^32.
 inline std::int16_t LowHalf(std::int32_t tap) { return static_cast<std::int16_t>(tap); }
 inline std::int16_t HighHalf(std::int32_t tap) {

@@ -1,0 +1,87 @@
+#include "filter/pipeline/kernel.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace norvala {
+namespace {
+
+using Tap = Unaligned<const std::int16_t>;
+
+// The sums of a kernel over values of a range.
+ValueRange SumsOver(const Tap* taps, std::int32_t count, ValueRange values) {
+  std::int64_t positive = 0;
+  std::int64_t negative = 0;
+  for (std::int32_t i = 0; i < count; ++i) (taps[i] < 0 ? negative : positive) += taps[i];
+  return {positive * values.low + negative * values.high, positive * values.high + negative * values.low};
+}
+
+std::int32_t CommonFactor(const Tap* taps, std::int32_t count, std::int32_t divisor) {
+  for (std::int32_t i = 0; i < count && divisor != 1; ++i) divisor = std::gcd(divisor, std::int32_t{taps[i]});
+  return divisor;
+}
+
+bool IsSymmetric(const Tap* taps, std::int32_t count) {
+  for (std::int32_t i = 0; i < count / 2; ++i) {
+    if (taps[i] != taps[count - 1 - i]) return false;
+  }
+  return true;
+}
+
+// Whether 16 bits hold the sums and the quotients by the reciprocal are exact.
+bool WordsServe(const WordReciprocal& reciprocal, ValueRange sums) {
+  if (sums.low >= 0) return sums.high <= reciprocal.largest;
+  return std::max(-sums.low, sums.high) <= std::min<std::int64_t>(reciprocal.largest, INT16_MAX);
+}
+
+}  // namespace
+
+StatusCode WritePipelineBufferSize(RegionSize size, std::int32_t kernelSize, Unaligned<std::int32_t>* bufferSize) {
+  if (bufferSize == nullptr) return StatusCode::NullPointer;
+  if (IsEmpty(size) || kernelSize < 1) return StatusCode::NonPositiveSize;
+  const std::int64_t bytes = 4 * std::int64_t{kernelSize} + 64;
+  if (bytes > INT32_MAX) return StatusCode::NonPositiveSize;
+  *bufferSize = static_cast<std::int32_t>(bytes);
+  return StatusCode::Success;
+}
+
+PipelineKernel::PipelineKernel(const std::int16_t* taps, std::int32_t count, std::int32_t divisor, ValueRange values)
+    : taps_(taps), count_(count), division_{.reciprocal = 1.0 / divisor} {
+  ValueRange sums = SumsOver(taps, count, values);
+  if (count > kMostTaps || sums.low < INT32_MIN || sums.high > INT32_MAX) return;
+  arithmetic_ = Arithmetic::Double;
+  std::int32_t factor = 1;
+  std::int32_t scale = 1;
+  // The truncated product with the rounded reciprocal is the integer quotient, unless some multiple t * divisor comes
+  // out below t. A reciprocal that is too small by the relative error e takes t * (1 - e) there, and that rounds back
+  // to t for every t as soon as it does for t = 1, where doubles lie closest below. No product of 32 bits comes near
+  // the quotient above its own: that is 1 / divisor away, more than 2^-52 of it.
+  if (divisor >= 1 && divisor * (1.0 / divisor) == 1.0) {
+    // An integer quotient stays the same without a factor that all taps share with the divisor.
+    const std::int32_t common = CommonFactor(taps_, count, divisor);
+    divisor /= common;
+    sums = {sums.low / common, sums.high / common};
+    // The reciprocal of 1 does not fit 16 bits: sums are doubled and divided by 2.
+    const std::int32_t doubling = divisor == 1 ? 2 : 1;
+    const WordReciprocal words(doubling * divisor);
+    if (WordsServe(words, {doubling * sums.low, doubling * sums.high})) {
+      arithmetic_ = IsSymmetric(taps_, count) ? Arithmetic::SymmetricWords : Arithmetic::Words;
+      division_.words = words;
+      division_.hasNegativeWords = sums.low < 0;
+      factor = common;
+      scale = doubling;
+    } else if (std::max(-sums.low, sums.high) <= kLargestFloatDividend) {
+      arithmetic_ = Arithmetic::Single;
+      // Beyond kLargestFloatDividend all divisors make the same quotient: 0.
+      division_.singleReciprocal = FloatReciprocal(std::min(divisor, kLargestFloatDividend + 1));
+      factor = common;
+    }
+  }
+  const auto tap = [&](std::int32_t i) { return static_cast<std::int16_t>(i < count ? taps_[i] / factor * scale : 0); };
+  const bool isWords = arithmetic_ == Arithmetic::SymmetricWords || arithmetic_ == Arithmetic::Words;
+  for (std::int32_t i = 0; i < count; ++i) {
+    tapVectors_[i] = isWords ? SplatPair(tap(i), tap(i)) : SplatPair(tap(2 * i), tap(2 * i + 1));
+  }
+}
+
+}  // namespace norvala
