@@ -42,15 +42,12 @@ class Pass {
  public:
   Pass(const Plane& plane, Weights weights) : plane_(plane), weights_(weights) {}
 
-  // Rows `from` to `to` - 1, each of which has a row above it.
+  // Rows `from` to `to` - 1, each of which has a row above it. The last band may do rows again that an earlier one has
+  // done: what they come from is the same.
   void Rows(std::int32_t from, std::int32_t to) const {
-    while (to - from >= 8 && plane_.size.width >= 32) {
-      SkewedRows<2>(from);
-      from += 8;
-    }
-    while (to - from >= 4 && plane_.size.width >= 16) {
-      SkewedRows<1>(from);
-      from += 4;
+    if (to - from >= kBand && plane_.size.width >= 4 * kBand) {
+      for (; to - from > kBand; from += kBand) SkewedRows(from);
+      return SkewedRows(to - kBand);
     }
     for (; from < to; ++from) SingleRow(from, 0, plane_.size.width, kInfinity);
   }
@@ -87,22 +84,22 @@ class Pass {
     return Distance(y, x);
   }
 
-  // Where the first row of a skewed band starts when the last one starts at column 1.
-  template <int kRows>
-  static constexpr std::int32_t kLead = 2 * (kRows - 1) + 1;
+  static constexpr int kVectors = 2;
+  static constexpr int kBand = 4 * kVectors;
+  // Where the first row of a band starts when the last one starts at column 1.
+  static constexpr std::int32_t kLead = 2 * (kBand - 1) + 1;
 
   // Four rows a vector, each two columns behind the row above it: one step of the serial chain along the rows then
-  // serves them all, and what lies above the rows is the vector of an earlier step, moved by one lane.
-  template <int kVectors>
-  void SkewedRows(std::int32_t y) const {
-    constexpr int kRows = 4 * kVectors;
-    for (int row = 0; row < kRows; ++row) SingleRow(y + row, 0, kLead<kRows> - 2 * row, kInfinity);
+  // serves them all, and what lies above the rows is the vector of an earlier step, moved by one lane. Not inlined, it
+  // would load plane and weights anew after every store of a float.
+  [[gnu::always_inline]] void SkewedRows(std::int32_t y) const {
+    for (int row = 0; row < kBand; ++row) SingleRow(y + row, 0, kLead - 2 * row, kInfinity);
 
     // The neighbours of the current column of every row.
     F32x4 left[kVectors], aboveRight[kVectors], above[kVectors], aboveLeft[kVectors];
     for (int v = 0; v < kVectors; ++v) {
       const std::int32_t first = y + 4 * v;
-      const std::int32_t column = kLead<kRows> - 8 * v;
+      const std::int32_t column = kLead - 8 * v;
       left[v] = FourDistances(first, column - 1);
       aboveRight[v] = FourDistances(first - 1, column + 1);
       above[v] = FourDistances(first - 1, column);
@@ -111,7 +108,7 @@ class Pass {
 
     const auto straight = Splat<F32x4>(weights_.straight);
     const auto diagonal = Splat<F32x4>(weights_.diagonal);
-    std::int32_t x = kLead<kRows>;
+    std::int32_t x = kLead;
     for (; x + 5 < plane_.size.width; x += 4) {
       F32x4 tiles[kVectors][4];
       for (int v = 0; v < kVectors; ++v) LoadBounds(y + 4 * v, x - 8 * v, tiles[v]);
@@ -134,7 +131,7 @@ class Pass {
       for (int v = 0; v < kVectors; ++v) StoreDistances(y + 4 * v, x - 8 * v, tiles[v]);
     }
 
-    for (int row = 0; row < kRows; ++row) SingleRow(y + row, x - 2 * row, plane_.size.width, kInfinity);
+    for (int row = 0; row < kBand; ++row) SingleRow(y + row, x - 2 * row, plane_.size.width, kInfinity);
   }
 
   F32x4 FourDistances(std::int32_t y, std::int32_t x) const {

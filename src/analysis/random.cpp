@@ -13,25 +13,17 @@ constexpr double kUnitPerWord = 2.3283064365387e-10;  // near 2^-32, and not to 
 
 // Draws the next `count` words of the sequence.
 void Draw(RandUniformState& state, std::int32_t* words, std::int32_t count) {
-  std::uint32_t lcg = state.lcg;
-  std::uint32_t x1 = state.x1;
-  std::uint32_t x2 = state.x2;
-  std::uint32_t x3 = state.x3;
-  std::int32_t borrow = state.borrow;
+  RandUniformState s = state;
   for (std::int32_t i = 0; i < count; ++i) {
-    lcg = lcg * kMultiplier + kIncrement;
-    const std::uint32_t difference = x2 - x3 + static_cast<std::uint32_t>(borrow);
-    borrow = static_cast<std::int32_t>(difference) < 0 ? -1 : 0;
-    x3 = x2;
-    x2 = x1;
-    x1 = difference - (18U & static_cast<std::uint32_t>(borrow));
-    words[i] = static_cast<std::int32_t>(x1 + lcg);
+    s.lcg = s.lcg * kMultiplier + kIncrement;
+    const std::uint32_t difference = s.x2 - s.x3 + static_cast<std::uint32_t>(s.borrow);
+    s.borrow = static_cast<std::int32_t>(difference) < 0 ? -1 : 0;
+    s.x3 = s.x2;
+    s.x2 = s.x1;
+    s.x1 = difference - (18U & static_cast<std::uint32_t>(s.borrow));
+    words[i] = static_cast<std::int32_t>(s.x1 + s.lcg);
   }
-  state.lcg = lcg;
-  state.x1 = x1;
-  state.x2 = x2;
-  state.x3 = x3;
-  state.borrow = borrow;
+  state = s;
 }
 
 }  // namespace
