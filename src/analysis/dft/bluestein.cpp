@@ -21,22 +21,17 @@ StatusCode BluesteinPlan::Create(std::int32_t newLength, std::ptrdiff_t /*stride
   chirp = AlignedVector<Root>(length);
   if (!chirp) return StatusCode::WorkBufferUnavailable;
   std::int64_t index = 0;  // k^2 mod 2 m
-  for (std::int64_t k = 0; k < length; ++k) {
-    chirp[static_cast<std::ptrdiff_t>(k)] = roots[index];
-    index = (index + 2 * k + 1) % period;
+  for (std::ptrdiff_t k = 0; k < length; ++k) {
+    chirp[k] = roots[index];
+    index = (index + 2 * std::int64_t{k} + 1) % period;
   }
-  return MakeKernel();
-}
 
-StatusCode BluesteinPlan::MakeKernel() {
-  const std::ptrdiff_t size = fft.length;
   AlignedVector<Root> values(size);
   AlignedVector<Root> work(size);
   if (!values || !work) return StatusCode::WorkBufferUnavailable;
   for (std::ptrdiff_t k = 0; k < size; ++k) values[k] = Root{};
   for (std::ptrdiff_t k = 0; k < length; ++k) {
-    values[k] = Conjugate(chirp[k]);
-    if (k > 0) values[size - k] = Conjugate(chirp[k]);
+    values[k] = values[(size - k) % size] = Conjugate(chirp[k]);
   }
   kernel = fft.Run(values.data(), work.data()) == values.data() ? std::move(values) : std::move(work);
   const double scale = 1.0 / static_cast<double>(size);

@@ -27,9 +27,6 @@ struct BluesteinPlan {
   std::int64_t ScratchSize() const {
     return fft.ScratchSize() + static_cast<std::int64_t>(sizeof(Root)) * fft.length + kScratchAlignment;
   }
-
- private:
-  StatusCode MakeKernel();
 };
 
 }  // namespace norvala::dft

@@ -8,11 +8,6 @@
 namespace norvala::dft {
 namespace {
 
-// Address of element (x, y) of an image.
-unsigned char* At(FLOAT32* image, std::int32_t step, std::ptrdiff_t x, std::ptrdiff_t y) {
-  return reinterpret_cast<unsigned char*>(Row(image, step, y)) + x * static_cast<std::ptrdiff_t>(sizeof(FLOAT32));
-}
-
 // Moves elements of any type between one column of an image and the scratch.
 template <class T>
 T* Gather(const FLOAT32* column, std::int32_t step, std::ptrdiff_t height, unsigned char* scratch) {
@@ -37,30 +32,6 @@ StatusCode TransformComplexColumn(FLOAT32* column, std::int32_t step, const DftS
 constexpr int kMostBlocks = 4;
 constexpr std::ptrdiff_t kBlockWidth = 8;  // floats
 
-void GatherBlocks(FLOAT32* image, std::int32_t step, std::ptrdiff_t x, std::ptrdiff_t height,
-                  ComplexLanes* const* blocks, int count) {
-  for (std::ptrdiff_t y = 0; y < height; ++y) {
-    const unsigned char* from = At(image, step, x, y);
-    for (int i = 0; i < count; ++i, from += kBlockWidth * sizeof(FLOAT32)) {
-      const auto a = LoadUnaligned<F32x4>(from);
-      const auto b = LoadUnaligned<F32x4>(from + sizeof a);
-      blocks[i][y] = {__builtin_shufflevector(a, b, 0, 2, 4, 6), __builtin_shufflevector(a, b, 1, 3, 5, 7)};
-    }
-  }
-}
-
-void ScatterBlocks(const ComplexLanes* const* blocks, int count, FLOAT32* image, std::int32_t step, std::ptrdiff_t x,
-                   std::ptrdiff_t height) {
-  for (std::ptrdiff_t y = 0; y < height; ++y) {
-    unsigned char* to = At(image, step, x, y);
-    for (int i = 0; i < count; ++i, to += kBlockWidth * sizeof(FLOAT32)) {
-      const F32x4 re = blocks[i][y].re, im = blocks[i][y].im;
-      StoreUnaligned(to, __builtin_shufflevector(re, im, 0, 4, 1, 5));
-      StoreUnaligned(to + sizeof re, __builtin_shufflevector(re, im, 2, 6, 3, 7));
-    }
-  }
-}
-
 // As many blocks as the scratch holds beside the work area of one transform: at least one.
 int BlocksAtOnce(const DftSpec2D& spec) {
   constexpr std::int64_t kValueBytes = sizeof(ComplexLanes);
@@ -69,20 +40,32 @@ int BlocksAtOnce(const DftSpec2D& spec) {
       std::min<std::int64_t>(kMostBlocks, (spec.workSize - workBytes) / (kValueBytes * spec.height)));
 }
 
-void TransformBlocks(FLOAT32* image, std::int32_t step, std::ptrdiff_t x, int count, const DftSpec1DComplex& spec,
+void TransformBlocks(FLOAT32* columns, std::int32_t step, int count, const DftSpec1DComplex& spec,
                      unsigned char* scratch) {
   const std::ptrdiff_t height = spec.length;
   auto* work = reinterpret_cast<ComplexLanes*>(scratch);
   ComplexLanes* blocks[kMostBlocks];
   for (int i = 0; i < count; ++i, work += height) blocks[i] = work;
-  GatherBlocks(image, step, x, height, blocks, count);
+  const auto forEachRowOfBlocks = [&](auto move) {
+    for (std::ptrdiff_t y = 0; y < height; ++y) {
+      unsigned char* at = reinterpret_cast<unsigned char*>(Row(columns, step, y));
+      for (int i = 0; i < count; ++i, at += 2 * sizeof(F32x4)) move(at, blocks[i][y]);
+    }
+  };
+  forEachRowOfBlocks([](const unsigned char* from, ComplexLanes& values) {
+    const auto a = LoadUnaligned<F32x4>(from), b = LoadUnaligned<F32x4>(from + sizeof a);
+    values = {__builtin_shufflevector(a, b, 0, 2, 4, 6), __builtin_shufflevector(a, b, 1, 3, 5, 7)};
+  });
   for (int i = 0; i < count; ++i) {
     // A result in the work area stays there; the block's own memory serves the next one.
     ComplexLanes* const result = spec.plan.Run(blocks[i], work);
     if (result != blocks[i]) work = std::exchange(blocks[i], result);
     spec.normalisation.ScaleForward(result, kBlockWidth * height);
   }
-  ScatterBlocks(blocks, count, image, step, x, height);
+  forEachRowOfBlocks([](unsigned char* to, const ComplexLanes& values) {
+    StoreUnaligned(to, __builtin_shufflevector(values.re, values.im, 0, 4, 1, 5));
+    StoreUnaligned(to + sizeof values.re, __builtin_shufflevector(values.re, values.im, 2, 6, 3, 7));
+  });
 }
 
 }  // namespace
@@ -104,7 +87,7 @@ StatusCode TransformColumns(FLOAT32* packed, std::int32_t step, const DftSpec2D&
   std::ptrdiff_t x = 1;
   for (std::ptrdiff_t blocks = last / kBlockWidth; blocks > 0;) {
     const auto count = static_cast<int>(std::min<std::ptrdiff_t>(blocks, BlocksAtOnce(spec)));
-    TransformBlocks(packed, step, x, count, complex, scratch);
+    TransformBlocks(packed + x, step, count, complex, scratch);
     blocks -= count;
     x += count * kBlockWidth;
   }

@@ -80,9 +80,9 @@ inline void InDouble(const F32x4* const (&from)[n], F32x4 (&to)[n], Compute comp
 
 // ---- Rows of floats at any address, one for each lane: loads turn rows into lanes, stores turn them back ----
 
-template <class V>
-struct SourceRows {
-  const unsigned char* rows[kLanes<V>];
+template <class V, class Byte>
+struct LaneRows {
+  Byte* rows[kLanes<V>];
 
   V Load(std::ptrdiff_t x) const {
     const auto lane = [&](int i) { return LoadUnaligned<float>(rows[i] + x * 4); };
@@ -90,6 +90,13 @@ struct SourceRows {
       return lane(0);
     } else {
       return V{lane(0), lane(1), lane(2), lane(3)};
+    }
+  }
+  void Store(std::ptrdiff_t x, V value) const {
+    if constexpr (kLanes<V> == 1) {
+      StoreUnaligned(rows[0] + x * 4, value);
+    } else {
+      for (int i = 0; i < kLanes<V>; ++i) StoreUnaligned(rows[i] + x * 4, static_cast<float>(value[i]));
     }
   }
   // Elements x .. x + 3.
@@ -101,20 +108,6 @@ struct SourceRows {
       TransposeLanes(v);
     }
   }
-};
-
-template <class V>
-struct DestinationRows {
-  unsigned char* rows[kLanes<V>];
-
-  void Store(std::ptrdiff_t x, V value) const {
-    if constexpr (kLanes<V> == 1) {
-      StoreUnaligned(rows[0] + x * 4, value);
-    } else {
-      for (int i = 0; i < kLanes<V>; ++i) StoreUnaligned(rows[i] + x * 4, static_cast<float>(value[i]));
-    }
-  }
-  // Elements x .. x + 3.
   void StoreFour(std::ptrdiff_t x, V (&v)[4]) const {
     if constexpr (kLanes<V> == 1) {
       for (int i = 0; i < 4; ++i) Store(x + i, v[i]);
@@ -124,5 +117,9 @@ struct DestinationRows {
     }
   }
 };
+template <class V>
+using SourceRows = LaneRows<V, const unsigned char>;
+template <class V>
+using DestinationRows = LaneRows<V, unsigned char>;
 
 }  // namespace norvala::dft

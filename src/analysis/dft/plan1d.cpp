@@ -98,7 +98,10 @@ void Normalisation::ScaleForward(void* values, std::ptrdiff_t count) const {
 
 void Plan1D::Choose(std::int32_t n, Values values) {
   length = n;
-  if (n <= kLargestSmall) return;
+  if (n <= kLargestSmall) {
+    if (n > 1) stockham.factors.Append(n, n);
+    return;
+  }
   std::int32_t largestDirect = kLargestDirect;
   if (values == Values::Real && n % 2 == 0) {
     length = n / 2;
@@ -131,10 +134,11 @@ StatusCode RunDft1DComplex(const Complex<float>* src, Complex<float>* dst, const
   if (const StatusCode status = CheckRun(src, dst, spec); status != StatusCode::Success) return status;
   const Scratch memory(scratch, spec->scratchSize);
   if (!memory && spec->scratchSize > 0) return StatusCode::WorkBufferUnavailable;
-  auto* const data = spec->scratchSize > 0 ? reinterpret_cast<Complex<float>*>(memory.data()) : dst;
+  Complex<float> few[kLargestSmall];
+  auto* const data = spec->scratchSize > 0 ? reinterpret_cast<Complex<float>*>(memory.data()) : few;
   const std::ptrdiff_t n = spec->length;
   const std::size_t bytes = static_cast<std::size_t>(n) * sizeof *src;
-  if (data != src) std::memcpy(data, src, bytes);
+  std::memcpy(data, src, bytes);
   // The destination serves as work area where that is no longer than it.
   const Complex<float>* const result = spec->plan.Run(data, spec->plan.WorkLength() <= n ? dst : data + n);
   if (result != dst) std::memcpy(dst, result, bytes);

@@ -45,8 +45,7 @@ struct Plan1D {
   std::int32_t length = 0;
   std::ptrdiff_t rootStride = 1;  // the roots of n values have the order length * rootStride
   // The one of the method is filled.
-  SmallPlan small;
-  StockhamPlan stockham;
+  StockhamPlan stockham;  // of small lengths, too: one butterfly
   DirectPlan direct;
   BluesteinPlan bluestein;
 
@@ -54,14 +53,12 @@ struct Plan1D {
   template <class Self, class Use>
   static auto Chosen(Self& self, Use use) {
     switch (self.method) {
-      case Method::Small:
-        return use(self.small);
-      case Method::Stockham:
-        return use(self.stockham);
       case Method::Direct:
         return use(self.direct);
-      default:
+      case Method::Bluestein:
         return use(self.bluestein);
+      default:
+        return use(self.stockham);
     }
   }
 
@@ -81,6 +78,7 @@ struct Plan1D {
   }
   // The scratchSize of the specification, in bytes.
   std::int64_t ScratchSize() const {
+    if (method == Method::Small) return 0;
     return Chosen(*this, [](const auto& plan) { return plan.ScratchSize(); });
   }
 };

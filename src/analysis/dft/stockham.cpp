@@ -159,6 +159,7 @@ bool Factorise(std::int32_t length, FactorList& list) {
 
 StatusCode StockhamPlan::Create(std::int32_t newLength, std::ptrdiff_t stride, SharedRoots& sharedRoots) {
   length = newLength;
+  if (factors.count <= 1) return StatusCode::Success;
   const Root* const roots = sharedRoots.OfOrder(length * std::int64_t{stride});
   if (roots == nullptr) return StatusCode::WorkBufferUnavailable;
   std::int64_t size = 0;
@@ -188,22 +189,16 @@ StatusCode StockhamPlan::Create(std::int32_t newLength, std::ptrdiff_t stride, S
 template <class V>
 Complex<V>* StockhamPlan::Run(Complex<V>* data, Complex<V>* work) const {
   for (const FactorRecord& record : factors) {
-    switch (record.factor) {
-      case 2:
-        ButterflyPass<2>(data, work, record);
-        break;
-      case 3:
-        ButterflyPass<3>(data, work, record);
-        break;
-      case 4:
-        ButterflyPass<4>(data, work, record);
-        break;
-      case 5:
-        ButterflyPass<5>(data, work, record);
-        break;
-      default:
-        OddRadixPass(data, work, record);
-        break;
+    if (record.factor == 2) {
+      ButterflyPass<2>(data, work, record);
+    } else if (record.factor == 3) {
+      ButterflyPass<3>(data, work, record);
+    } else if (record.factor == 4) {
+      ButterflyPass<4>(data, work, record);
+    } else if (record.factor == 5) {
+      ButterflyPass<5>(data, work, record);
+    } else {
+      OddRadixPass(data, work, record);
     }
     std::swap(data, work);
   }
@@ -212,21 +207,5 @@ Complex<V>* StockhamPlan::Run(Complex<V>* data, Complex<V>* work) const {
 
 template Complex<float>* StockhamPlan::Run(Complex<float>*, Complex<float>*) const;
 template ComplexLanes* StockhamPlan::Run(ComplexLanes*, ComplexLanes*) const;
-
-template <class V>
-Complex<V>* SmallPlan::Run(Complex<V>* data, Complex<V>* /*work*/) const {
-  const auto run = [data]<int n>(Complex<V>(&x)[n]) {
-    Butterfly(data, 1, x);
-    for (int j = 0; j < n; ++j) data[j] = x[j];
-  };
-  Complex<V> two[2], three[3], four[4];
-  if (length == 2) run(two);
-  if (length == 3) run(three);
-  if (length == 4) run(four);
-  return data;
-}
-
-template Complex<float>* SmallPlan::Run(Complex<float>*, Complex<float>*) const;
-template ComplexLanes* SmallPlan::Run(ComplexLanes*, ComplexLanes*) const;
 
 }  // namespace norvala::dft

@@ -41,7 +41,7 @@ bool Factorise(std::int32_t length, FactorList& list);
 struct StockhamPlan {
   std::int32_t length = 0;
   FactorList factors;
-  AlignedVector<Root> tables;  // those of all passes
+  AlignedVector<Root> tables;  // those of all passes; one pass alone, or none, needs no tables
 
   // `factors` is filled. The roots that the tables are taken from have the order length * stride.
   StatusCode Create(std::int32_t newLength, std::ptrdiff_t stride, SharedRoots& sharedRoots);
@@ -55,21 +55,6 @@ struct StockhamPlan {
   std::int64_t ScratchSize() const {
     return 3 * static_cast<std::int64_t>(sizeof(ComplexLanes)) * length + kScratchAlignment;
   }
-};
-
-// A transform of 1 to 4 values: one butterfly, no tables.
-struct SmallPlan {
-  std::int32_t length = 0;
-
-  StatusCode Create(std::int32_t newLength, std::ptrdiff_t /*stride*/, SharedRoots& /*sharedRoots*/) {
-    length = newLength;
-    return StatusCode::Success;
-  }
-  // Transforms `data` in place and returns it.
-  template <class V>
-  Complex<V>* Run(Complex<V>* data, Complex<V>* work) const;
-  static constexpr std::int64_t WorkLength() { return 0; }
-  static constexpr std::int64_t ScratchSize() { return 0; }
 };
 
 }  // namespace norvala::dft
