@@ -92,32 +92,6 @@ inline void MapRows(RegionSize size, Op op, Rows<T> dst, Rows<S>... sources) {
 template <class T>
 using Bits = std::conditional_t<std::is_same_v<T, FLOAT32>, BW32, T>;
 
-// Copies the first and the last sizeof(V) bytes of a block, which may share bytes.
-template <class V>
-inline void CopyEnds(const std::uint8_t* src, std::uint8_t* dst, std::size_t bytes) {
-  const auto first = LoadUnaligned<V>(src);
-  const auto last = LoadUnaligned<V>(src + bytes - sizeof(V));
-  StoreUnaligned(dst, first);
-  StoreUnaligned(dst + bytes - sizeof(V), last);
-}
-
-// Copies a block. What is written early is never read later as long as the destination does not start inside the
-// source: it may overlap it from below.
-inline void CopyBlock(const std::uint8_t* src, std::uint8_t* dst, std::size_t bytes) {
-  if (bytes >= 16) {
-    const auto last = LoadUnaligned<U8x16>(src + bytes - 16);
-    const auto copy = [=](std::size_t at) { StoreUnaligned(dst + at, LoadUnaligned<U8x16>(src + at)); };
-    for (std::size_t at = StoreLines(dst, bytes, copy); bytes - at > 16; at += 16) copy(at);
-    StoreUnaligned(dst + bytes - 16, last);
-  } else if (bytes >= 8) {
-    CopyEnds<std::uint64_t>(src, dst, bytes);
-  } else if (bytes >= 4) {
-    CopyEnds<std::uint32_t>(src, dst, bytes);
-  } else {
-    for (std::size_t i = 0; i < bytes; ++i) dst[i] = src[i];
-  }
-}
-
 // Copies `count` pixels as a loop from left to right does: a destination that starts inside the source row repeats
 // pixels, every other overlap reads each pixel before it is overwritten.
 template <class T>
@@ -125,10 +99,16 @@ inline void CopyRow(const void* src, void* dst, std::size_t count) {
   const std::size_t bytes = count * sizeof(T);
   const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(dst) - reinterpret_cast<std::uintptr_t>(src);
   if (ahead == 0) return;
-  if (ahead >= bytes) return CopyBlock(BytesAt(src, 0), BytesAt(dst, 0), bytes);
-  for (std::size_t at = 0; at < bytes; at += sizeof(T)) {
-    StoreUnaligned(BytesAt(dst, at), LoadUnaligned<Bits<T>>(BytesAt(src, at)));
+  if (ahead < bytes || bytes < 16) {
+    for (std::size_t at = 0; at < bytes; at += sizeof(T)) {
+      StoreUnaligned(BytesAt(dst, at), LoadUnaligned<Bits<T>>(BytesAt(src, at)));
+    }
+    return;
   }
+  const auto last = LoadUnaligned<U8x16>(BytesAt(src, bytes - 16));
+  const auto copy = [=](std::size_t at) { StoreUnaligned(BytesAt(dst, at), LoadUnaligned<U8x16>(BytesAt(src, at))); };
+  for (std::size_t at = StoreLines(dst, bytes, copy); bytes - at > 16; at += 16) copy(at);
+  StoreUnaligned(BytesAt(dst, bytes - 16), last);
 }
 
 template <class T>
