@@ -57,6 +57,7 @@ struct F64x2x2 {
   F64x2 low, high;
 };
 inline F64x2x2 operator+(F64x2x2 a, F64x2x2 b) { return {a.low + b.low, a.high + b.high}; }
+inline F64x2x2 operator-(F64x2x2 a) { return {-a.low, -a.high}; }
 inline F64x2x2 operator-(F64x2x2 a, F64x2x2 b) { return {a.low - b.low, a.high - b.high}; }
 inline F64x2x2 operator*(F64x2x2 a, F64x2x2 b) { return {a.low * b.low, a.high * b.high}; }
 inline F64x2x2 operator*(F64x2x2 a, double b) { return {a.low * b, a.high * b}; }

@@ -1,7 +1,7 @@
+#include <cstdint>
 #include <cstring>
 
 #include "analysis/analysis.h"
-#include "frame/lanes.h"
 #include "frame/memory.h"
 
 namespace norvala {
@@ -18,13 +18,10 @@ void StoreNumber(unsigned char* row, std::ptrdiff_t k, Number value) { StoreUnal
 
 // dst[count - 1 - k] = conj(src[k]).
 void MirrorConjugates(const unsigned char* src, unsigned char* dst, std::ptrdiff_t count) {
-  constexpr U32x4 kImaginarySigns = {0, 0x80000000U, 0, 0x80000000U};
-  std::ptrdiff_t k = 0;
-  for (; k + 2 <= count; k += 2) {
-    const auto two = LoadUnaligned<U32x4>(src + k * 8);
-    StoreUnaligned(dst + (count - 2 - k) * 8, __builtin_shufflevector(two, two, 2, 3, 0, 1) ^ kImaginarySigns);
+  constexpr std::uint64_t kImaginarySign = std::uint64_t{1} << 63;
+  for (std::ptrdiff_t k = 0; k < count; ++k) {
+    StoreUnaligned(dst + (count - 1 - k) * 8, LoadUnaligned<std::uint64_t>(src + k * 8) ^ kImaginarySign);
   }
-  if (k < count) StoreNumber(dst, count - 1 - k, {LoadFloat(src, 2 * k), -LoadFloat(src, 2 * k + 1)});
 }
 
 }  // namespace

@@ -23,6 +23,8 @@ struct Complex {
   V re;
   V im;
 };
+template <class V>
+Complex(V, V) -> Complex<V>;
 // The same value of four transforms.
 using ComplexLanes = Complex<F32x4>;
 // A root of unity, the same for all lanes.
@@ -35,6 +37,10 @@ inline Complex<V> operator+(Complex<V> a, Complex<V> b) {
 template <class V>
 inline Complex<V> operator-(Complex<V> a, Complex<V> b) {
   return {a.re - b.re, a.im - b.im};
+}
+template <class V, class T>
+inline Complex<V> operator*(Complex<V> a, T factor) {
+  return {a.re * factor, a.im * factor};
 }
 template <class V>
 inline Complex<V> Multiply(Complex<V> a, Root w) {
@@ -54,10 +60,16 @@ inline Complex<V> TimesMinusI(Complex<V> a) {
 // Values as doubles, and back.
 inline double Widen(float value) { return value; }
 inline F64x2x2 Widen(F32x4 v) { return ConvertToDoubles(v); }
+template <class V>
+inline auto Widen(Complex<V> v) {
+  return Complex{Widen(v.re), Widen(v.im)};
+}
 inline float Narrow(double value) { return static_cast<float>(value); }
-inline float Narrow(float value) { return value; }
 inline F32x4 Narrow(F64x2x2 v) { return ConvertFromDoubles<F32x4>(v); }
-inline F32x4 Narrow(F32x4 v) { return v; }
+template <class V>
+inline auto Narrow(Complex<V> v) {
+  return Complex{Narrow(v.re), Narrow(v.im)};
+}
 
 // Computes in double precision from floats in memory and rounds every result once. `compute` replaces an array of n
 // values by their results. Four lanes are computed two by two, so that all values of two stay in registers.

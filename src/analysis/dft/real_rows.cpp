@@ -139,10 +139,10 @@ void RunEvenRows(const DftSpec1DReal& spec, const SourceRows<V>& src, const Dest
   const Root* const table = spec.rebuildTable.data();
   LoadHalves(src, m, data);
   if (spec.plan.method == Method::Direct) {
-    return spec.plan.direct.Run(data, [&](std::ptrdiff_t k, Complex<V> x, Complex<V> y) {
-      if (k == 0) return StoreEnds(dst, m, x);
+    return spec.plan.direct.Sum(data, [&](std::ptrdiff_t k, auto even, auto odd) {
+      if (k == 0) return StoreEnds(dst, m, Narrow(even));
       Complex<V> a, b;
-      Rebuild<true>(table[k], x, y, a, b);
+      Rebuild<true>(table[k], Narrow(even - TimesMinusI(odd)), Narrow(even + TimesMinusI(odd)), a, b);
       StorePair(dst, k, a);
       StorePair(dst, m - k, b);
     });
@@ -156,9 +156,9 @@ void RunEvenRows(const DftSpec1DReal& spec, const SourceRows<V>& src, const Dest
 template <class V>
 void RunOddRowsDirectly(const DftSpec1DReal& spec, const SourceRows<V>& src, const DestinationRows<V>& dst, V* data) {
   for (std::ptrdiff_t x = 0; x < spec.length; ++x) data[x] = src.Load(x);
-  spec.plan.direct.RunReal(data, [&](std::ptrdiff_t k, Complex<V> value) {
-    if (k == 0) return dst.Store(0, value.re);
-    StorePair(dst, k, value);
+  spec.plan.direct.Sum(data, [&](std::ptrdiff_t k, auto even, auto odd) {
+    if (k == 0) return dst.Store(0, Narrow(even));
+    StorePair(dst, k, Complex<V>{Narrow(even), Narrow(odd)});
   });
 }
 

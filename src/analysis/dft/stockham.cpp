@@ -58,11 +58,9 @@ inline void Butterfly(const Complex<V>* in, std::ptrdiff_t jump, Complex<V> (&x)
   const Complex<V> s1 = in[jump] + in[4 * jump], d1 = in[jump] - in[4 * jump];
   const Complex<V> s2 = in[2 * jump] + in[3 * jump], d2 = in[2 * jump] - in[3 * jump];
   const Complex<V> sum = s1 + s2, difference = s1 - s2;
-  const Complex<V> middle = {first.re - sum.re * 0.25F, first.im - sum.im * 0.25F};
-  const Complex<V> apart = {difference.re * kRoot5Quarter, difference.im * kRoot5Quarter};
+  const Complex<V> middle = first - sum * 0.25F, apart = difference * kRoot5Quarter;
   const Complex<V> a1 = middle + apart, a2 = middle - apart;
-  const Complex<V> b1 = TimesMinusI(Complex<V>{d1.re * kSin1 + d2.re * kSin2, d1.im * kSin1 + d2.im * kSin2});
-  const Complex<V> b2 = TimesMinusI(Complex<V>{d1.re * kSin2 - d2.re * kSin1, d1.im * kSin2 - d2.im * kSin1});
+  const Complex<V> b1 = TimesMinusI(d1 * kSin1 + d2 * kSin2), b2 = TimesMinusI(d1 * kSin2 - d2 * kSin1);
   x[0] = first + sum;
   x[1] = a1 + b1;
   x[2] = a2 + b2;
@@ -77,9 +75,10 @@ inline void Butterfly(const Complex<V>* in, std::ptrdiff_t jump, Complex<V> (&x)
 enum class PassKind { First, Middle, Last };
 
 template <int radix, PassKind kind, class V>
-void ButterflyPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, const FactorRecord& record) {
+void ButterflyPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, const FactorRecord& record,
+                   const Root* tables) {
   constexpr bool twiddled = kind != PassKind::Last;
-  const Root* __restrict twiddles = record.twiddles;
+  const Root* __restrict twiddles = tables + record.twiddles;
   const std::ptrdiff_t stride = kind == PassKind::First ? 1 : record.before;
   const std::ptrdiff_t jump = stride * record.remaining;
   for (std::ptrdiff_t p = 0; p < record.remaining; ++p, twiddles += radix - 1, out += (radix - 1) * stride) {
@@ -94,20 +93,21 @@ void ButterflyPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, 
 }
 
 template <int radix, class V>
-void ButterflyPass(const Complex<V>* in, Complex<V>* out, const FactorRecord& record) {
+void ButterflyPass(const Complex<V>* in, Complex<V>* out, const FactorRecord& record, const Root* tables) {
   if (record.remaining == 1) {
-    ButterflyPass<radix, PassKind::Last>(in, out, record);
+    ButterflyPass<radix, PassKind::Last>(in, out, record, tables);
   } else if (record.before == 1) {
-    ButterflyPass<radix, PassKind::First>(in, out, record);
+    ButterflyPass<radix, PassKind::First>(in, out, record, tables);
   } else {
-    ButterflyPass<radix, PassKind::Middle>(in, out, record);
+    ButterflyPass<radix, PassKind::Middle>(in, out, record, tables);
   }
 }
 
 // A pass of any odd radix.
 template <class V>
-void OddRadixPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, const FactorRecord& record) {
-  const Root* __restrict twiddles = record.twiddles;
+void OddRadixPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, const FactorRecord& record,
+                  const Root* tables) {
+  const Root* __restrict twiddles = tables + record.twiddles;
   const std::ptrdiff_t radix = record.factor;
   const std::ptrdiff_t stride = record.before;
   const std::ptrdiff_t jump = stride * record.remaining;
@@ -115,10 +115,13 @@ void OddRadixPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, c
   Complex<V> x[kLargestRadix];
   for (std::ptrdiff_t p = 0; p < record.remaining; ++p, twiddles += radix - 1, out += (radix - 1) * stride) {
     for (std::ptrdiff_t q = 0; q < stride; ++q, ++in, ++out) {
-      for (std::ptrdiff_t j = 0; j < radix; ++j) x[j] = in[j * jump];
-      SumDirectly<false>(x, radix, record.roots, [&](std::ptrdiff_t k, Complex<V> value, Complex<V> mirrored) {
-        out[k * stride] = k > 0 && twiddled ? Multiply(value, twiddles[k - 1]) : value;
-        if (k > 0) out[(radix - k) * stride] = twiddled ? Multiply(mirrored, twiddles[radix - k - 1]) : mirrored;
+      AddAndSubtract(in, jump, x, radix);
+      const auto keep = [](auto value) { return value; };
+      SumDirectly(x, radix, tables + record.roots, keep, [=](std::ptrdiff_t k, Complex<V> even, Complex<V> odd) {
+        if (k == 0) return static_cast<void>(out[0] = even);
+        const Complex<V> value = even - TimesMinusI(odd), mirrored = even + TimesMinusI(odd);
+        out[k * stride] = twiddled ? Multiply(value, twiddles[k - 1]) : value;
+        out[(radix - k) * stride] = twiddled ? Multiply(mirrored, twiddles[radix - k - 1]) : mirrored;
       });
     }
   }
@@ -128,7 +131,7 @@ void OddRadixPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, c
 
 void FactorList::Append(std::int32_t factor, std::int32_t length) {
   const std::int32_t before = count == 0 ? 1 : records[count - 1].before * records[count - 1].factor;
-  records[count++] = {factor, length / (before * factor), before};
+  records[count++] = {factor, length / (before * factor), before, 0, 0};
 }
 
 bool Factorise(std::int32_t length, FactorList& list) {
@@ -167,19 +170,19 @@ StatusCode StockhamPlan::Create(std::int32_t newLength, std::ptrdiff_t stride, S
     size += record.factor + std::int64_t{record.remaining} * (record.factor - 1);
   tables = AlignedVector<Root>(size);
   if (!tables) return StatusCode::WorkBufferUnavailable;
-  Root* next = tables.data();
+  std::int32_t next = 0;
   const FactorRecord* previous = nullptr;
   for (FactorRecord& record : factors) {
     const std::ptrdiff_t step = record.before * stride;
     record.twiddles = next;
     for (std::ptrdiff_t p = 0; p < record.remaining; ++p) {
-      for (std::ptrdiff_t k = 1; k < record.factor; ++k) *next++ = roots[p * k * step];
+      for (std::ptrdiff_t k = 1; k < record.factor; ++k) tables[next++] = roots[p * k * step];
     }
     if (previous != nullptr && previous->factor == record.factor) {
       record.roots = previous->roots;
     } else {
       record.roots = next;
-      for (std::ptrdiff_t k = 0; k < record.factor; ++k) *next++ = roots[k * record.remaining * step];
+      for (std::ptrdiff_t k = 0; k < record.factor; ++k) tables[next++] = roots[k * record.remaining * step];
     }
     previous = &record;
   }
@@ -190,15 +193,15 @@ template <class V>
 Complex<V>* StockhamPlan::Run(Complex<V>* data, Complex<V>* work) const {
   for (const FactorRecord& record : factors) {
     if (record.factor == 2) {
-      ButterflyPass<2>(data, work, record);
+      ButterflyPass<2>(data, work, record, tables.data());
     } else if (record.factor == 3) {
-      ButterflyPass<3>(data, work, record);
+      ButterflyPass<3>(data, work, record, tables.data());
     } else if (record.factor == 4) {
-      ButterflyPass<4>(data, work, record);
+      ButterflyPass<4>(data, work, record, tables.data());
     } else if (record.factor == 5) {
-      ButterflyPass<5>(data, work, record);
+      ButterflyPass<5>(data, work, record, tables.data());
     } else {
-      OddRadixPass(data, work, record);
+      OddRadixPass(data, work, record, tables.data());
     }
     std::swap(data, work);
   }

@@ -16,12 +16,13 @@ struct FactorRecord {
   std::int32_t factor;
   std::int32_t remaining;  // the length divided by all factors up to and including this one
   std::int32_t before;     // the product of the factors before this one
-  // For each p below `remaining`, the twiddle factors w^(p k before) for k = 1 .. factor - 1.
-  const Root* twiddles = nullptr;
-  const Root* roots = nullptr;  // of the order of the factor; consecutive equal factors share them
+  // Where in the plan's tables lie, for each p below `remaining`, the twiddle factors w^(p k before) for
+  // k = 1 .. factor - 1, and the roots of the order of the factor, which consecutive equal factors share.
+  std::int32_t twiddles;
+  std::int32_t roots;
 };
 
-inline constexpr int kMaxFactors = 31;
+inline constexpr int kMaxFactors = 19;  // 3^19 is below 2^31, 3^20 is not
 
 struct FactorList {
   int count = 0;
