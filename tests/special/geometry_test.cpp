@@ -1,37 +1,29 @@
+#include "geometry/geometry.h"
+
 #include <gtest/gtest.h>
 
-#include <array>
+#include <algorithm>
 #include <cmath>
-#include <limits>
-#include <random>
 #include <vector>
 
-#include "geometry/geometry.h"
+#include "geometry/warp/linear_run.h"
+#include "geometry/warp/projected_row.h"
 #include "geometry/warp/row_spans.h"
+#include "support/choices.h"
 
 namespace norvala {
 namespace {
 
-using Quad = std::array<double, 8>;
 constexpr std::int32_t kSmoothEdge = INT32_MIN;
-
-Quad CornersOf(double left, double top, double right, double bottom) {
-  return {left, top, right, top, right, bottom, left, bottom};
-}
 
 // Columns that end on pixels and a hair beside them.
 TEST(RowSpansTest, TakesInPixelsAHairOutside) {
-  const struct {
-    double beside;
-    RowSpan span;
-  } cases[] = {{0, {3, 9}}, {5e-15, {3, 9}}, {2e-14, {4, 8}}, {-1e-9, {3, 9}}};
-  for (const auto& c : cases) {
-    const double left = 3 + c.beside;
-    const double right = 9 - c.beside;
-    const RowSpans spans(Polygon(Quadrilateral{{{left, 1}, {right, 1}, {right, 3}, {left, 3}}}), {0, 0, 20, 20}, true);
+  for (const double beside : {-1e-9, 0.0, 5e-15, 2e-14}) {
+    const Quadrilateral quad = {{{3 + beside, 1}, {9 - beside, 1}, {9 - beside, 3}, {3 + beside, 3}}};
+    const RowSpans spans(Polygon(quad), {0, 0, 20, 20}, true);
     ASSERT_EQ(spans.rows(), 3);
-    EXPECT_EQ(spans[1].first, c.span.first) << c.beside;
-    EXPECT_EQ(spans[1].last, c.span.last) << c.beside;
+    EXPECT_EQ(spans[1].first, beside > 1e-14 ? 4 : 3) << beside;
+    EXPECT_EQ(spans[1].last, beside > 1e-14 ? 8 : 9) << beside;
   }
 }
 
@@ -49,27 +41,22 @@ TEST(WarpTest, ReachesDistantRegions) {
   EXPECT_EQ(dst, src);
 }
 
-// The rounding of the maps by three vertices and by four: what 400 random quadrilaterals show of noise.
-TEST(QuadWarpTest, KeepsItsRounding) {
-  std::mt19937 random(1);
-  const auto real = [&](double low, double high) {
-    return low + (high - low) * (static_cast<double>(random()) * 0x1p-32);
-  };
-  std::vector<BW8> src(120 * 50);
-  for (BW8& pixel : src) pixel = static_cast<BW8>(random());
-  std::uint64_t hash = 14695981039346656037ULL;
-  for (int round = 0; round < 400; ++round) {
-    Quad quads[2] = {CornersOf(6, 6, 113, 43), CornersOf(2, 2, 290, 30)};
-    for (Quad& quad : quads) {
-      for (double& v : quad) v += real(-2, 2);
+// It may be off by a part of 1e-12, or, where the others map it to 0, by 1e-12.
+TEST(QuadWarpTest, FourthVertexMustFit) {
+  const BW8 src[81] = {};
+  BW8 dst[256];
+  const double from[] = {0, 0, 8, 0, 8, 8, 0, 8};
+  for (const int coordinate : {6, 7}) {
+    for (const double at : {0.0, 4.0}) {
+      for (const double off : {-1.1e-12, -0.9e-12, 0.9e-12, 1.1e-12}) {
+        double to[] = {at, at - 8, at + 8, at - 8, at + 8, at, at, at};
+        to[coordinate] += at == 0 ? off : at * off;
+        EXPECT_EQ(kWarpAffineQuad(src, {9, 9}, 9, {0, 0, 9, 9}, from, dst, 16, {0, 0, 16, 16}, to,
+                                  PixelDepthCode::Unsigned8, 1),
+                  std::fabs(off) < 1e-12 ? StatusCode::Success : StatusCode::QuadNotAffine);
+      }
     }
-    std::vector<BW8> dst(300 * 32);
-    const auto& warp = round % 2 != 0 ? kWarpAffineQuad : kWarpPerspectiveQuad;
-    warp(src.data(), {120, 50}, 120, {0, 0, 120, 50}, quads[0].data(), dst.data(), 300, {0, 0, 300, 32},
-         quads[1].data(), PixelDepthCode::Unsigned8, 1 << round % 3);
-    for (const BW8 pixel : dst) hash = (hash ^ pixel) * 1099511628211ULL;
   }
-  EXPECT_EQ(hash, 4343343050156775876ULL);
 }
 
 // Columns 5 to 55 of the last row show the source's last row at half its pitch, from border to border.
@@ -77,93 +64,160 @@ TEST(QuadWarpTest, PerspectiveReachesTheBorderOfTheRegion) {
   std::vector<BW8> src(26 * 18);
   for (std::size_t i = 0; i < src.size(); ++i) src[i] = static_cast<BW8>(1 + i % 251);
   std::vector<BW8> dst(64 * 35);
-  const Quad from = CornersOf(-4, 0, 29, 17);
-  const Quad to = {13.5, 0, 46.5, 0, 63, 34, -3, 34};
-  kWarpPerspectiveQuad(src.data(), {26, 18}, 26, {0, 0, 26, 18}, from.data(), dst.data(), 64, {0, 0, 64, 35}, to.data(),
+  const double from[] = {-4, 0, 29, 0, 29, 17, -4, 17};
+  const double to[] = {13.5, 0, 46.5, 0, 63, 34, -3, 34};
+  kWarpPerspectiveQuad(src.data(), {26, 18}, 26, {0, 0, 26, 18}, from, dst.data(), 64, {0, 0, 64, 35}, to,
                        PixelDepthCode::Unsigned8, 2);
   const BW8* const row = dst.data() + 34 * 64;
   for (std::size_t x = 0; x < 26; ++x) EXPECT_EQ(row[5 + 2 * x], src[17 * 26 + x]) << x;
   EXPECT_EQ(row[4] | row[56], 0);
 }
 
+// White on black under every angle: the pixels on an edge show how much of them lies inside, measured along the axis
+// that meets the edge at the wider angle.
 template <class T>
-class SmoothEdgeTest : public testing::Test {};
-using PixelTypes = testing::Types<BW8, FLOAT32>;
-TYPED_TEST_SUITE(SmoothEdgeTest, PixelTypes);
-
-// Upright edges at known places: the crossed pixel is the mixture of its two neighbours by how much of it is covered.
-TYPED_TEST(SmoothEdgeTest, BlendsNeighboursByCoverage) {
-  const std::vector<TypeParam> src(40 * 40, TypeParam{200});
-  constexpr auto kDepth = sizeof(TypeParam) == 1 ? PixelDepthCode::Unsigned8 : PixelDepthCode::Float32;
-  constexpr int kStep = 30 * static_cast<int>(sizeof(TypeParam));
-  std::vector<TypeParam> dst;
-  const auto warp = [&](double left) {
-    // Shows the columns from `left` to 20 and the rows from 6.75 to the last one, 29.
-    dst.assign(30 * 30, TypeParam{40});
-    const double x = (20 - left) / 20;
-    const double y = 22.25 / 20;
-    const double map[] = {x, 0, left - x, 0, y, 6.75 - y};
-    ASSERT_EQ(kWarpAffine(src.data(), {40, 40}, 40 * static_cast<int>(sizeof(TypeParam)), {1, 1, 21, 21}, dst.data(),
-                          kStep, {0, 0, 30, 30}, kDepth, map, 1 | kSmoothEdge),
-              StatusCode::Success);
-  };
-  const auto pixel = [&](int x, int y) { return dst[static_cast<std::size_t>(y * 30 + x)]; };
-  warp(5.25);
-  const struct {
-    int x, y, value;
-  } pixels[] = {{4, 15, 40},   {5, 15, 40 + 160 / 4},
-                {6, 15, 200},  // reaches from 4.5 to 5.5, inside from 5.25 on
-                {19, 15, 200}, {20, 15, 120},
-                {21, 15, 40},  // half of it
-                {12, 6, 40},   {12, 7, 40 + 160 * 3 / 4},
-                {12, 8, 200},                   // inside from 6.75 to 7.5
-                {12, 28, 200}, {12, 29, 200}};  // the destination's own side
-  for (const auto& p : pixels) EXPECT_EQ(pixel(p.x, p.y), p.value) << p.x << ", " << p.y;
-  // Where the outer neighbour would lie outside the region, the crossed pixel stays as it is.
-  warp(0.25);
-  EXPECT_EQ(pixel(0, 15), 40);
-  EXPECT_EQ(pixel(1, 15), 200);
-}
-
-// White on black under every angle: pixels show about how much of them the turned square covers.
-TYPED_TEST(SmoothEdgeTest, ShowsTheCoverage) {
-  const std::vector<TypeParam> src(60 * 60, TypeParam{255});
-  constexpr auto kDepth = sizeof(TypeParam) == 1 ? PixelDepthCode::Unsigned8 : PixelDepthCode::Float32;
+void SmoothEdgesShowCoverage(PixelDepthCode depth) {
+  constexpr int kBytes = sizeof(T);
+  const std::vector<T> src(60 * 60, T{255});
   for (int round = 0; round < 20; ++round) {
     const double c = std::cos(0.32 * round + 0.1);
     const double s = std::sin(0.32 * round + 0.1);
     const double flip = round % 2 != 0 ? 1 : -1;
     const double map[] = {c, s, 50 - 29.5 * (c + s), -s * flip, c * flip, 50 + 29.5 * (s - c) * flip};
-    std::vector<TypeParam> dst(100 * 100);
-    ASSERT_EQ(kWarpAffine(src.data(), {60, 60}, 60 * static_cast<int>(sizeof(TypeParam)), {0, 0, 60, 60}, dst.data(),
-                          100 * static_cast<int>(sizeof(TypeParam)), {0, 0, 100, 100}, kDepth, map, 2 | kSmoothEdge),
-              StatusCode::Success);
-    for (int y = 0; y < 100; ++y) {
-      for (int x = 0; x < 100; ++x) {
-        int covered = 0;
-        double nearest = 0;  // how far the pixel lies towards a corner of the square
-        for (int i = 0; i < 256; ++i) {
-          const double dx = x - 50 + (i % 16 - 7.5) / 16;
-          const double dy = (y - 50 + (i / 16 - 7.5) / 16) * flip;
-          const double u = std::fabs(c * dx - s * dy);
-          const double v = std::fabs(s * dx + c * dy);
-          covered += u < 29.5 && v < 29.5 ? 1 : 0;
-          nearest = std::max(nearest, std::min(u, v));
-        }
-        if (nearest > 26) continue;
-        ASSERT_NEAR(dst[static_cast<std::size_t>(y * 100 + x)], covered * 255 / 256, 40) << round;
-      }
+    std::vector<T> dst(100 * 100);
+    kWarpAffine(src.data(), {60, 60}, 60 * kBytes, {0, 0, 60, 60}, dst.data(), 100 * kBytes, {0, 0, 100, 100}, depth,
+                map, 2 | kSmoothEdge);
+    for (int i = 0; i < 100 * 100; ++i) {
+      const double x = i % 100 - 50;
+      const double y = (i / 100 - 50) * flip;
+      const auto [least, most] = std::minmax({std::fabs(c * x - s * y), std::fabs(s * x + c * y)});
+      if (least > 27) continue;  // a corner
+      const double inside = std::clamp(0.5 + (29.5 - most) / std::max(std::fabs(c), std::fabs(s)), 0.0, 1.0);
+      ASSERT_NEAR(dst.data()[i], 255 * inside, 1) << round << ": " << x << ", " << y;
+    }
+  }
+}
+TEST(SmoothEdgeTest, ShowsTheCoverage) {
+  SmoothEdgesShowCoverage<BW8>(PixelDepthCode::Unsigned8);
+  SmoothEdgesShowCoverage<FLOAT32>(PixelDepthCode::Float32);
+}
+
+// Columns 0.25 to 20 and rows 6.75 to 29 are shown: the pixels of the first column have no neighbour outside, and the
+// last row is the region's own side.
+TEST(SmoothEdgeTest, LeavesTheSidesOfTheRegion) {
+  const std::vector<BW8> src(21 * 21, 200);
+  std::vector<BW8> dst(30 * 30, 40);
+  const double map[] = {19.75 / 20, 0, 0.25, 0, 22.25 / 20, 6.75};
+  kWarpAffine(src.data(), {21, 21}, 21, {0, 0, 21, 21}, dst.data(), 30, {0, 0, 30, 30}, PixelDepthCode::Unsigned8, map,
+              1 | kSmoothEdge);
+  const int pixels[][3] = {{0, 15, 40},  {1, 15, 200},  {20, 15, 120}, {12, 6, 40},
+                           {12, 7, 160}, {12, 28, 200}, {12, 29, 200}};
+  for (const auto& [x, y, value] : pixels) EXPECT_EQ(dst.data()[30 * y + x], value) << x << ", " << y;
+}
+
+// ---- The ranges of the quick forms that sample rows of positions ----
+
+std::vector<BW8> Pixels(norvala_test::Choices& c, int count, bool isBlackAndWhite) {
+  std::vector<BW8> pixels(static_cast<std::size_t>(count));
+  for (BW8& pixel : pixels) pixel = static_cast<BW8>(isBlackAndWhite ? c.Int(0, 1) * 255 : c.Int(0, 255));
+  return pixels;
+}
+
+template <int count>
+void EqualsPlain(Sampler& sampler, const Position (&positions)[count], double slack) {
+  BW8 fast[count];
+  BW8 plain[count];
+  sampler(positions, count, slack, fast);
+  for (int k = 0; k < count; ++k) sampler(positions + k, 1, kAnyOrder, plain + k);  // too few for a quick form
+  ASSERT_TRUE(std::equal(fast, fast + count, plain));
+}
+
+// One sampler over lists of positions of which all, some or none are doubtful, so that the linear one goes to doubles
+// and back: on ties, near them, and a hair before pixels where the slopes on both sides differ most, which is where
+// single precision is furthest off.
+TEST(SamplerTest, DoubtfulSumsEqualPlain) {
+  norvala_test::Choices c(2);
+  for (int round = 0; round < 40; ++round) {
+    const auto pixels = Pixels(c, 100 * 50, round % 2 == 0);
+    const SourceImage source = {pixels.data(), 100, {100, 50}};
+    Sampler sampler(source, PixelDepthCode::Unsigned8, round < 20 ? Interpolation::Linear : Interpolation::Cubic);
+    for (int list = 0; list < 100; ++list) {
+      const int rarity = c.OneOf({1, 1, 1, 32, 1000});
+      const int kind = c.Int(0, 3);
+      const auto coordinate = [&](int size) {
+        const double part = c.Real(0, 1);
+        const double doubtful[] = {0.5, -1e-7 * part, std::round(255 * part) / 510, 0.5 + 1e-6 * (part - 0.5)};
+        return c.Int(2, size - 3) + (c.OneIn(rarity) ? doubtful[kind] : part);
+      };
+      Position positions[160];
+      for (Position& p : positions) p = Position{coordinate(100), coordinate(50)};
+      EqualsPlain(sampler, positions, kAnyOrder);
     }
   }
 }
 
-TEST(RotationTest, SurvivesAnglesWithoutMeaning) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  for (const double angle : {kInfinity, -kInfinity, std::nan(""), 1e300, -1e300}) {
-    double result[8];
-    EXPECT_EQ(kGetRotateShift(1, 2, angle, &result[0], &result[1]), StatusCode::Success);
-    EXPECT_EQ(kGetRotateQuad({0, 0, 10, 5}, result, angle, 0, 0), StatusCode::Success);
+// Both sides of the longest side that coordinates in single precision reach.
+TEST(SamplerTest, LongImagesEqualPlain) {
+  norvala_test::Choices c(3);
+  for (const int longest : {(1 << 19) - 1, 1 << 19, (1 << 19) + 1, (1 << 19) + 100}) {
+    const auto pixels = Pixels(c, 2 * longest, false);
+    for (const RegionSize size : {RegionSize{longest, 2}, RegionSize{2, longest}}) {
+      EXPECT_EQ(LinearInSingles::Serves(size), longest <= 1 << 19);
+      Position positions[64];
+      for (int k = 0; k < 64; ++k) {
+        const double across = k / 126.0;
+        const double along = longest - 1.5 - (63 - k) * 0.7;
+        positions[k] = size.height == 2 ? Position{along, across} : Position{across, along};
+      }
+      const SourceImage source = {pixels.data(), size.width, size};
+      Sampler sampler(source, PixelDepthCode::Unsigned8, Interpolation::Linear);
+      EqualsPlain(sampler, positions, kMonotone);
+    }
   }
+}
+
+// Just inside and just outside each of its conditions.
+TEST(ProjectedRowTest, SlackHasConditions) {
+  const ProjectedRow inside[] = {{{1, 1}, {0, 0}, 0, 1},
+                                 {{1, 1}, {0, 0}, 0, -1},
+                                 {{1, 1}, {0, 0}, -0.01, 1.5},  // the denominator falls to 0.5 at the last pixel
+                                 {{1, 1}, {0, 0}, -1, 100 + 200.0 / 254.5},
+                                 {{0x1p32, 0}, {0x1p39 - 100 * 0x1p32, 0}, 0, 1},
+                                 {{0, -0x1p32}, {0, 0x1p39 - 100 * 0x1p32}, 0, 1},
+                                 {{0, 0}, {0, 0}, 0, 1.001e-200},
+                                 {{0, 0}, {0, 0}, 0, 0.999e200}};
+  const ProjectedRow outside[] = {{{1, 1}, {0, 0}, 0, 0},
+                                  {{1, 1}, {0, 0}, -0.01, 0.5},
+                                  {{1, 1}, {0, 0}, -1, 100 + 200.0 / 255.5},
+                                  {{0x1p32, 0}, {0x1p39 - 99 * 0x1p32, 0}, 0, 1},
+                                  {{0, -0x1p32}, {0, 0x1p39 - 99 * 0x1p32}, 0, 1},
+                                  {{0, 0}, {0, 0}, 0, 0.999e-200},
+                                  {{0, 0}, {0, 0}, 0, 1.001e200},
+                                  {{NAN, 0}, {0, 0}, 0, 1},
+                                  {{0, 0}, {0, INFINITY}, 0, 1},
+                                  {{0, 0}, {0, 0}, NAN, 1}};
+  for (const auto& row : inside) EXPECT_EQ(row.Slack(0, 100), 0x1p-10) << &row - inside;
+  for (const auto& row : outside) EXPECT_EQ(row.Slack(0, 100), kAnyOrder) << &row - outside;
+}
+
+// Cancelling terms make the quotients jump about: by less than the slack, wherever there is one.
+TEST(ProjectedRowTest, SlackHolds) {
+  norvala_test::Choices c(4);
+  int held = 0;
+  for (int round = 0; round < 20000; ++round) {
+    const double first = c.OneIn(2) ? 0 : c.Int(0, 1 << 30);
+    const double last = first + 255;
+    const double step = std::ldexp(1.3, c.Int(0, 30));
+    const double base = c.Real(-1000, 1000) - step * (c.OneIn(2) ? first : last);
+    const double scale = c.Real(-1, 1);
+    const ProjectedRow row = {{step, 0}, {base, 0}, scale, std::ldexp(1.7, c.Int(-3, 30)) - scale * last};
+    const double slack = row.Slack(first, last);
+    const auto [low, high] = std::minmax({row.At(first)[0], row.At(last)[0]});
+    if (slack == kAnyOrder || low < -0x1p31 || high > 0x1p31) continue;
+    ++held;
+    for (double x = first; x <= last; ++x) ASSERT_NEAR(row.At(x)[0], std::clamp(row.At(x)[0], low, high), slack);
+  }
+  EXPECT_GT(held, 1000);
 }
 
 }  // namespace
