@@ -7,6 +7,7 @@
 #include <cmath>
 #include <numeric>
 
+#include "filter/pyramid/layer.h"
 #include "support/operation.h"
 
 namespace norvala_test {
@@ -69,6 +70,8 @@ Kernel DrawKnown(Trial& t) {
                           {{2, -1}, 200, {16384, 0}},
                           {{100, 29}, 1, {255, 255}},
                           {{49}, 49, {1}},
+                          {{32767, 32767, 32767}, 3, {32767}},
+                          {{-32767, -32767, -32767}, 3, {32767}},
                           {{8421500}, 8193, {255}},
                           {{8421504, 2}, 10, {255, 255}},
                           {{-8421504, -2}, 10, {255, 255}}});
@@ -326,8 +329,11 @@ void Gauss(View<const BW8> src, View<BW8> dst, RegionSize size, std::int32_t mas
 
 // ---- Pyramid steps ----
 
+// The type of the elements changes nothing; only the primitive is asked for it.
 Arguments DrawStepSize(Trial& t) {
-  return {t.OneOf({t.Int(1, 5000), t.Int(1, 29826161)}), t.OneOf({1, 3}), t.Result<std::int32_t>()};
+  const int width = t.OneOf({t.Int(1, 5000), t.Int(1, 29826161)});
+  const int channels = t.OneOf({1, 3});
+  return {width, channels, t.Result<std::int32_t>(), t.OneOf({1, 2, 9})};
 }
 int StepBuffer(int elements) { return (elements * 4 + 15) / 16 * 96 + 32; }
 void StepSize(std::int32_t width, std::int32_t channels, std::int32_t* bufferSize) {
@@ -403,7 +409,7 @@ Kernel DrawLayerKernel(Trial& t) {
   for (int i = 0; i < centre; ++i) kernel.taps.push_back(t.Int(least, most));
   const double sum = 2 * std::accumulate(kernel.taps.begin(), kernel.taps.end(), 0.0);
   const double any = t.Int(least, most);
-  kernel.taps.push_back(std::clamp(t.OneOf({any, any, t.OneOf({0, 1, 8, 16, 32, 64}) - sum}), -32768.0, 32767.0));
+  kernel.taps.push_back(std::clamp(t.OneOf({any, any, t.OneOf({0, 8, 16, 32, 32, 64}) - sum}), -32768.0, 32767.0));
   kernel.taps.resize(static_cast<std::size_t>(2 * centre + 1));
   kernel.MakeSymmetric();
   return kernel;
@@ -429,10 +435,10 @@ std::int32_t CreateBy(decltype(&Norvala_PyramidLayerDownInitAllocBW8) create, BW
   return result;
 }
 StatusCode CreatePrimitive(BW8* created, RegionSize size, FLOAT32 rate, const std::int16_t* kernel, std::int32_t count,
-                           std::int32_t mode) {
+                           std::int32_t mode, std::int32_t elementType, std::int32_t channels) {
   State* state = nullptr;
-  const auto status =
-      kPyramidLayerDownInitAlloc(created == nullptr ? nullptr : &state, size, rate, kernel, count, mode, 1, 1);
+  State** const address = created == nullptr ? nullptr : &state;
+  const auto status = kPyramidLayerDownInitAlloc(address, size, rate, kernel, count, mode, elementType, channels);
   if (state != nullptr) *created = 1;
   kPyramidLayerDownFree(state);
   return status;
@@ -443,7 +449,11 @@ constexpr PrimitiveTable kCreate{CreatePrimitive};
 Arguments DrawCreate(Trial& t) {
   Kernel kernel = DrawLayerKernel(t);
   if (t.OneIn(4)) kernel.taps[static_cast<std::size_t>(t.Int(0, kernel.count() - 1))] += 1;
-  return {t.Result<BW8>(), t.Size(), DrawRate(t), kernel.In<std::int16_t>(t), kernel.count(), 2};
+  const RegionSize size = t.Size();
+  const FLOAT32 rate = DrawRate(t);
+  auto* const taps = kernel.In<std::int16_t>(t);
+  const int elementType = t.OneOf({1, 3, 9});
+  return {t.Result<BW8>(), size, rate, taps, kernel.count(), 2, elementType, t.OneOf({1, 3})};
 }
 StatusCode Create(BW8* created, RegionSize, FLOAT32, const std::int16_t* kernel, std::int32_t count) {
   *created = 1;
@@ -601,7 +611,12 @@ std::vector<Operation> FilterOperations() {
   const Check mask = NoneOf(6, {0, 3, 35, 53, INT32_MIN}, {}, StatusCode::UnsupportedMask);
   const Check memory = NoneOf(4, {INT32_MAX}, {}, StatusCode::WorkBufferUnavailable);
   const Checks gauss = {NotNull(0), NotNull(2), Size(4), Size(5), Step(1), Step(3), mask, memory};
-  const Checks stepSize = {NotNull(2), Size(0), NoneOf(1, {0, 2, 4, -1}, {}, StatusCode::UnsupportedChannels)};
+  const auto largest = [](Arguments& a) { a[0] = 89478480, a[1] = 1; };
+  const Check width = {kSize, {Set(0, 89478485), Set(0, INT32_MAX)}, {largest}};
+  const Check channels = NoneOf(1, {0, 2, 4, -1}, {}, StatusCode::UnsupportedChannels);
+  const Check type = NoneOf(3, {-1, 0, 3, 8, 10}, {}, StatusCode::UnsupportedDataType);
+  const Checks stepSize = {NotNull(2), Size(0), channels, width};
+  const Checks anyStepSize = {NotNull(2), Size(0), channels, type, width};
 
   Check create = NoneOf(3, {1.0F, 0.0F, -2.0F, 10.000001F, std::nanf("")}, {}, kBad);
   for (const int mode : {1, 3, INT32_MIN}) create.refused.push_back(Set(6, mode));
@@ -610,16 +625,29 @@ std::vector<Operation> FilterOperations() {
   const auto most = [](Arguments& a) { a[1] = a[2] = a[5] = INT32_MAX; };
   const auto large = [](Arguments& a) { a[1] = a[2] = 30000, a[5] = 3; };
   const Check block = {StatusCode::WorkBufferUnavailable, {most, large}};
+  const Check layerChannels = NoneOf(8, {-1, 0, 2, 4}, {}, StatusCode::UnsupportedChannels);
+  const Check layerType = NoneOf(7, {-1, 0, 2, 8, 10}, {}, StatusCode::UnsupportedDataType);
   const Checks layer = {NotNull(0), NotNull(4), Size(1), Size(2), create, block};
+  const Checks anyLayer = {NotNull(0), NotNull(4), Size(1), Size(2), create, layerChannels, layerType, block};
 
   Check source = NoneOf(2, {0, -1, INT32_MIN}, {}, kSize);
+  Check rate = {kBad, {}};
   Check reduced = {kSize, {Set(7, INT32_MIN)}};
   for (const int by : {-1, 1}) {
     source.refused.push_back(Set(3, by - 1));
+    rate.refused.push_back([=](Arguments& a) { static_cast<State*>(a[8].pointer)->rate = by < 0 ? 1.0F : 10.000001F; });
     reduced.refused.push_back([=](Arguments& a) { a[6] = a[6].integer + by, a[5] = INT32_MAX; });
     reduced.refused.push_back([=](Arguments& a) { a[7] = a[7].integer + by; });
   }
-  const Checks reduce = {NotNull(0), NotNull(4), NotNull(8), source, RowStep(1, 1, 2), RowStep(5, 1, 6), reduced};
+  // Larger than the state was made for.
+  for (const int side : {2, 3}) {
+    reduced.refused.push_back([=](Arguments& a) {
+      a[side] = a[side].integer + 21;
+      a[side + 4] = ReducedSize(static_cast<int>(a[side].integer), a[9].single);
+      a[1] = a[5] = INT32_MAX;
+    });
+  }
+  const Checks reduce = {NotNull(0), NotNull(4), NotNull(8), source, RowStep(1, 1, 2), RowStep(5, 1, 6), rate, reduced};
   const Checks sampling = {NotNull(0), Step(1), Size(2), Size(3), NotNull(4), Step(5), Size(6), Size(7)};
   return {
       Separable<Norvala_FilterRowBW8, kFilterRowBW8, BW8, std::int32_t, true>(),
@@ -639,10 +667,15 @@ std::vector<Operation> FilterOperations() {
           pipelineColumn),
       Row<Norvala_FilterGauss, kFilterGauss, DrawGauss, Gauss>(gauss),
       {Call<Norvala_PyrDownGetBufSizeGauss5x5BW8>(), nullptr, DrawStepSize, Reference<StepSize>(), stepSize},
+      {{"StepSize"},
+       Primitive<kPyrDownGetBufSizeGauss5x5, 0, 3, 1, 2>(),
+       DrawStepSize,
+       Reference<StepSize>(),
+       anyStepSize},
       Row<Norvala_PyrDownGauss5x5BW8, kPyrDownGauss5x5BW8, DrawStep<BW8>, Step<BW8>>(StepChecks<1>()),
       Row<Norvala_PyrDownGauss5x5FLOAT32, kPyrDownGauss5x5FLOAT32, DrawStep<FLOAT32>, Step<FLOAT32>>(StepChecks<4>()),
-      {CallBy<Norvala_PyramidLayerDownInitAllocBW8, CreateBy>(), Primitive<kCreate>(), DrawCreate, Reference<Create>(),
-       layer},
+      {CallBy<Norvala_PyramidLayerDownInitAllocBW8, CreateBy>(), nullptr, DrawCreate, Reference<Create>(), layer},
+      {{"LayerInitAlloc"}, Primitive<kCreate>(), DrawCreate, Reference<Create>(), anyLayer},
       {CallBy<Norvala_PyramidLayerDownFreeBW8, FreeBy>(), nullptr, DrawCreate, Reference<Create>(), {}},
       Row<Norvala_PyramidLayerDownBW8, kPyramidLayerDownBW8, DrawReduce, Reduce>(reduce),
       Row<Norvala_SampleDownH2V2_JPEGBW8, kSampleDownH2V2_JPEGBW8, DrawSampleDown, SampleDown>(sampling),

@@ -4,9 +4,7 @@
 
 #include <algorithm>
 #include <csignal>
-#include <vector>
 
-#include "filter/pyramid/layer.h"
 #include "filter/separable/divisor.h"
 #ifndef _WIN32
 #include <unistd.h>
@@ -71,53 +69,6 @@ TEST(GaussTest, RoundsAtEveryThreshold) {
       ASSERT_EQ(dst, level + c.step(level)) << c.isBrighter;
     }
   }
-}
-
-// What no export can ask for.
-TEST(PyramidTest, KnowsItsElementTypes) {
-  const std::int16_t taps[] = {1, 2, 1};
-  const auto create = [&](std::int32_t elementType, std::int32_t channels) {
-    PyramidLayerState* state = nullptr;
-    const StatusCode status = kPyramidLayerDownInitAlloc(&state, {9, 8}, 2, taps, 3, 2, elementType, channels);
-    kPyramidLayerDownFree(state);
-    return status;
-  };
-  std::int32_t size = 7;
-  for (const int type : {-1, 0, 1, 2, 3, 8, 9, 10}) {
-    for (const int channels : {-1, 0, 2, 3, 4}) {
-      const auto status = [&](bool isKnown) {
-        return channels != 3 ? StatusCode::UnsupportedChannels
-               : isKnown     ? StatusCode::Success
-                             : StatusCode::UnsupportedDataType;
-      };
-      EXPECT_EQ(kPyrDownGetBufSizeGauss5x5(11, type, channels, &size), status(type == 1 || type == 2 || type == 9));
-      EXPECT_EQ(create(type, channels), status(type == 1 || type == 3 || type == 9));
-    }
-  }
-  // Sizes that do not fit.
-  EXPECT_EQ(kPyrDownGetBufSizeGauss5x5(89478480, 1, 1, &size), StatusCode::Success);
-  EXPECT_EQ(size, 89478480 * 24 + 32);
-  EXPECT_EQ(kPyrDownGetBufSizeGauss5x5(89478485, 1, 1, &size), StatusCode::NonPositiveSize);
-  EXPECT_EQ(kPyrDownGetBufSizeGauss5x5(INT32_MAX, 1, 3, &size), StatusCode::NonPositiveSize);
-}
-
-TEST(PyramidLayerTest, ChecksTheState) {
-  const std::int16_t taps[] = {1, 2, 1};
-  PyramidLayerState* state = nullptr;
-  ASSERT_EQ(kPyramidLayerDownInitAlloc(&state, {10, 10}, 2, taps, 3, 2, 1, 1), StatusCode::Success);
-  std::vector<BW8> pixels(256, 7);
-  const auto reduce = [&](RegionSize srcSize, RegionSize dstSize) {
-    return kPyramidLayerDownBW8(pixels.data(), 16, srcSize, pixels.data(), 16, dstSize, state);
-  };
-  // Larger than the state was made for.
-  EXPECT_EQ(reduce({11, 10}, {6, 5}), StatusCode::NonPositiveSize);
-  EXPECT_EQ(reduce({10, 11}, {5, 6}), StatusCode::NonPositiveSize);
-  for (const float rate : {1.0F, 10.000001F}) {
-    state->rate = rate;
-    EXPECT_EQ(reduce({10, 10}, {5, 4}), StatusCode::BadArgument) << rate;
-  }
-  EXPECT_EQ(pixels, std::vector<BW8>(256, 7));
-  kPyramidLayerDownFree(state);
 }
 
 }  // namespace
