@@ -28,7 +28,7 @@ inline constexpr std::int32_t kColumnsAtOnce = 8;
 // has its width rounded up to whole groups of columns.
 struct LayerLines {
   std::int32_t columns;     // width rounded up
-  std::uint16_t* padded;    // a source row between its mirrored borders: columns + kernelSize - 1
+  std::int16_t* padded;     // a source row between its mirrored borders: columns + kernelSize - 1
   std::int16_t* filtered;   // a filtered row: columns, and one more that may be read
   std::int16_t* resampled;  // two resampled rows: 2 * columns
   std::int32_t* left;       // for every destination column the source column on its left: columns

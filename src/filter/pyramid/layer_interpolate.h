@@ -70,7 +70,8 @@ struct DoubleInterpolation {
 struct NarrowInterpolation {
   static std::int16_t Between(std::int16_t left, std::int16_t right, std::uint16_t coarse, std::uint16_t fine) {
     const auto difference = static_cast<std::int16_t>((right - left) << 4);
-    // Two types for the halves of one product: see NarrowSum.
+    // The product is written twice, in two types: GCC takes each half of it with one 16-bit multiplication as long as
+    // they do not share a 32-bit one.
     const auto high = static_cast<std::int16_t>((difference * static_cast<std::int16_t>(coarse)) >> 16);
     const auto low = static_cast<std::uint16_t>(static_cast<std::uint16_t>(difference) * unsigned{coarse});
     const auto fineHigh = static_cast<std::int16_t>((difference * static_cast<std::int16_t>(fine)) >> 16);

@@ -83,21 +83,15 @@ void ReduceLayer(const BW8* src, std::int32_t srcStep, RegionSize srcSize, BW8* 
                  RegionSize dstSize, const PyramidLayerState& state) {
   const auto reduce = [&](auto* run) { run(src, srcStep, srcSize, dst, dstStep, dstSize, state); };
   if (srcSize.width <= state.kernelSize || srcSize.height <= state.kernelSize) {
-    reduce(Reduce<SingleProductFilter, DoubleInterpolation>);
-  } else if (!SumsAreNarrow(state)) {
-    reduce(Reduce<WholeSumFilter, DoubleInterpolation>);
-  } else if (state.kernelSize == 3 && SumsAreIntegers(state)) {
+    reduce(Reduce<AnyFilter<true>, DoubleInterpolation>);
+  } else if (IntegerFilter<1>::Serves(state)) {
+    reduce(Reduce<IntegerFilter<1>, NarrowInterpolation>);
+  } else if (IntegerFilter<2>::Serves(state)) {
     reduce(Reduce<IntegerFilter<2>, NarrowInterpolation>);
-  } else if (state.kernelSize == 5 && SumsAreIntegers(state)) {
-    reduce(Reduce<IntegerFilter<3>, NarrowInterpolation>);
-  } else if (state.kernelSize == 3) {
-    reduce(Reduce<NarrowFilter<2>, NarrowInterpolation>);
-  } else if (state.kernelSize == 5) {
-    reduce(Reduce<NarrowFilter<3>, NarrowInterpolation>);
-  } else if (state.kernelSize == 7) {
-    reduce(Reduce<NarrowFilter<4>, NarrowInterpolation>);
+  } else if (NarrowFilter::Serves(state)) {
+    reduce(Reduce<NarrowFilter, NarrowInterpolation>);
   } else {
-    reduce(Reduce<WholeSumFilter, NarrowInterpolation>);
+    reduce(Reduce<AnyFilter<false>, DoubleInterpolation>);
   }
 }
 
@@ -105,8 +99,8 @@ void ReduceLayer(const BW8* src, std::int32_t srcStep, RegionSize srcSize, BW8* 
 
 LayerLines::LayerLines(std::uint8_t* work, std::int32_t width, std::int32_t kernelSize)
     : columns(static_cast<std::int32_t>(AlignUp<std::int64_t>(width, kColumnsAtOnce))),
-      padded(reinterpret_cast<std::uint16_t*>(work)),
-      filtered(reinterpret_cast<std::int16_t*>(padded + columns + kernelSize - 1)),
+      padded(reinterpret_cast<std::int16_t*>(work)),
+      filtered(padded + columns + kernelSize - 1),
       resampled(filtered + columns + 2),  // one to be read, one to keep the tables aligned
       left(reinterpret_cast<std::int32_t*>(resampled + 2 * std::ptrdiff_t{columns})),
       coarse(reinterpret_cast<std::uint16_t*>(left + columns)),
