@@ -102,16 +102,16 @@ TEST(SmoothEdgeTest, ShowsTheCoverage) {
   SmoothEdgesShowCoverage<FLOAT32>(PixelDepthCode::Float32);
 }
 
-// Columns 0.25 to 20 and rows 6.75 to 29 are shown: the pixels of the first column have no neighbour outside, and the
-// last row is the region's own side.
+// Columns 5.25 to 20 and rows 0.25 to 29 are shown: the pixels of the first row have no neighbour outside, and the last
+// row is the region's own side.
 TEST(SmoothEdgeTest, LeavesTheSidesOfTheRegion) {
   const std::vector<BW8> src(21 * 21, 200);
   std::vector<BW8> dst(30 * 30, 40);
-  const double map[] = {19.75 / 20, 0, 0.25, 0, 22.25 / 20, 6.75};
+  const double map[] = {14.75 / 20, 0, 5.25, 0, 28.75 / 20, 0.25};
   kWarpAffine(src.data(), {21, 21}, 21, {0, 0, 21, 21}, dst.data(), 30, {0, 0, 30, 30}, PixelDepthCode::Unsigned8, map,
               1 | kSmoothEdge);
-  const int pixels[][3] = {{0, 15, 40},  {1, 15, 200},  {20, 15, 120}, {12, 6, 40},
-                           {12, 7, 160}, {12, 28, 200}, {12, 29, 200}};
+  const int pixels[][3] = {{4, 15, 40}, {5, 15, 80},  {6, 15, 200},  {20, 15, 120},
+                           {12, 0, 40}, {12, 1, 200}, {12, 28, 200}, {12, 29, 200}};
   for (const auto& [x, y, value] : pixels) EXPECT_EQ(dst.data()[30 * y + x], value) << x << ", " << y;
 }
 
