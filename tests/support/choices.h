@@ -2,8 +2,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
-#include <random>
 
 #include "norvala.h"
 
@@ -13,34 +13,33 @@ namespace norvala_test {
 // once they are used up). The same on every platform.
 class Choices {
  public:
-  explicit Choices(std::uint32_t seed) : random_(seed) {}
-  Choices(const std::uint8_t* data, std::size_t size) : data_(data), size_(size), finite_(true) {}
+  explicit Choices(std::uint32_t seed);
+  Choices(const std::uint8_t* data, std::size_t size);
 
   std::uint32_t Word();
   int Int(int low, int high);  // both included
   bool OneIn(int n) { return Int(0, n - 1) == n - 1; }
-  double Real(double low, double high);
+  double Real(double low, double high) { return low + (high - low) * (Word() * 0x1p-32); }
 
+  template <class List>
+  const auto& Pick(const List& list) {
+    return list.begin()[Int(0, static_cast<int>(list.size()) - 1)];
+  }
   template <class T>
   T OneOf(std::initializer_list<T> values) {
-    return values.begin()[Int(0, static_cast<int>(values.size()) - 1)];
+    return Pick(values);
   }
 
   // Sizes worth testing: mostly small, now and then some hundreds, widths up to some thousands.
-  int Width(int small = 70);
-  int Height(int small = 12);
+  int Width(int small = 70) { return OneIn(32) ? Int(1, 3000) : OneIn(8) ? Int(1, 5 * small) : Int(1, small); }
+  int Height(int small = 12) { return OneIn(16) ? Int(1, 5 * small) : Int(1, small); }
   RegionSize Size() {
     const int width = Width();
     return {width, Height()};
   }
 
  private:
-  std::uint8_t Byte();
-
-  std::mt19937 random_;
-  const std::uint8_t* data_ = nullptr;
-  std::size_t size_ = 0;
-  bool finite_ = false;
+  std::function<std::uint8_t()> byte_;
 };
 
 }  // namespace norvala_test

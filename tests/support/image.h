@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <limits>
+#include <memory>
 #include <random>
 #include <span>
 #include <type_traits>
@@ -12,20 +14,15 @@
 
 namespace norvala_test {
 
-// Memory between two pages that may not be touched.
+// Whole pages, at least the bytes asked for, between two pages that may not be touched.
 class GuardedPages {
  public:
   explicit GuardedPages(std::size_t bytes);
-  GuardedPages(GuardedPages&& other) noexcept;
-  GuardedPages& operator=(GuardedPages&&) = delete;
-  ~GuardedPages();
-
-  // Whole pages: at least the bytes asked for.
-  std::span<unsigned char> bytes() const { return {data_, size_}; }
+  std::span<unsigned char> bytes() const { return {pages_.get(), size_}; }
 
  private:
-  unsigned char* data_;
   std::size_t size_;
+  std::shared_ptr<unsigned char> pages_;
 };
 
 // Which steps an operation serves, so which may be drawn for it.
@@ -43,77 +40,6 @@ struct Around {
   int unit = 1;          // the operation rounds the step down to a multiple of this
   bool bits = false;     // floats are compared as bits; otherwise every NaN is as good as another
   bool scratch = false;  // what a call leaves in the region is its own affair
-};
-
-// A value at which code goes wrong, or an ordinary one of some magnitude.
-template <class T>
-T Noise(std::mt19937& random);
-
-// An image in memory of its own: exactly the bytes that its rows span, whatever the step, up to a no-access page on one
-// side. A kernel, a list of pointers or one result is an image, too. Filled with noise.
-class Image {
- public:
-  enum class Kind { Bits, Float32, Float64, Pointers };
-
-  template <class T>
-  static Image Of(Choices& choices, RegionSize size, const Around& around) {
-    Image image(choices, size, around, sizeof(T),
-                std::is_pointer_v<T>                          ? Kind::Pointers
-                : !std::is_floating_point_v<T> || around.bits ? Kind::Bits
-                : sizeof(T) == 4                              ? Kind::Float32
-                                                              : Kind::Float64);
-    std::mt19937 random(choices.Word());
-    if constexpr (!std::is_pointer_v<T>) image.Fill<T>([&] { return Noise<T>(random); });
-    return image;
-  }
-
-  void* data() const { return origin_; }
-  int step() const { return step_; }
-  std::ptrdiff_t origin() const { return origin_ - memory_.bytes().data(); }  // where the region begins
-
-  template <class T>
-  void Set(int x, int y, T value) {
-    std::memcpy(Address(x, y), &value, sizeof value);
-  }
-  // Makes all elements, those around the region included, row by row.
-  template <class T, class Make>
-  void Fill(Make make) {
-    ForEachElement([&](int x, int y) { Set<T>(x, y, make()); });
-  }
-
-  // All of the memory, what lies outside of the rows included: equal bytes mean that nothing else was written.
-  std::vector<unsigned char> Bytes() const;
-  void SetBytes(const std::vector<unsigned char>& bytes);
-  // Makes all NaNs one and the same, unless they are compared as bits, and clears scratch memory.
-  void UnifyNaNs();
-  // The elements of a float image, those around the region included, row by row; none of any other.
-  std::vector<double> Values() const;
-  void SetValues(const std::vector<double>& values);
-  bool IsFloat() const { return kind_ == Kind::Float32 || kind_ == Kind::Float64; }
-  bool IsPointers() const { return kind_ == Kind::Pointers; }
-
- private:
-  Image(Choices& choices, RegionSize size, const Around& around, int elementSize, Kind kind);
-  unsigned char* Address(int x, int y) const {
-    return origin_ + std::ptrdiff_t{y} * rowStep_ + std::ptrdiff_t{x} * elementSize_;
-  }
-  template <class F>
-  void ForEachElement(F f) const {
-    for (int y = -around_.above; y < size_.height + around_.below; ++y) {
-      for (int x = -around_.left; x < size_.width + around_.right; ++x) f(x, y);
-    }
-  }
-  template <class T>
-  void UnifyNaNsOf();
-
-  RegionSize size_;
-  int elementSize_;
-  Around around_;
-  Kind kind_;
-  int step_;
-  std::ptrdiff_t rowStep_;
-  GuardedPages memory_;
-  unsigned char* origin_ = nullptr;
 };
 
 // The pixels of an image as a naive reference sees them: any address, any step.
@@ -150,5 +76,89 @@ void ForEachPixel(RegionSize size, F f) {
     for (int x = 0; x < size.width; ++x) f(x, y);
   }
 }
+
+// A value at which code goes wrong, or an ordinary one of some magnitude.
+template <class T>
+T Noise(std::mt19937& random) {
+  const auto word = static_cast<std::uint32_t>(random());
+  if constexpr (std::is_floating_point_v<T>) {
+    using Limits = std::numeric_limits<T>;
+    constexpr T kSpecial[] = {Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN(), -0.0,    0,
+                              T(1e-40),           T(3.4028235e38),     T(-3.4028235e38),    65534.5, 254.5};
+    const auto number = static_cast<T>(static_cast<std::int32_t>(word) >> 8);
+    if (word % 64 == 0) return kSpecial[(word >> 6) % std::size(kSpecial)];
+    return number * (word % 64 == 1 ? T(1e30) : word % 2 != 0 ? T(0x1p-14) : T(0.0078125));
+  }
+  return static_cast<T>(word);
+}
+
+// An image in memory of its own: exactly the bytes that its rows span, whatever the step, up to a no-access page on one
+// side. A kernel, a list of pointers or one result is an image, too. Filled with noise.
+class Image {
+ public:
+  template <class T>
+  static Image Of(Choices& choices, RegionSize size, const Around& around) {
+    constexpr bool kIsPointer = std::is_pointer_v<T>;
+    Image image(choices, size, around, sizeof(T), std::is_floating_point_v<T> && !around.bits, kIsPointer);
+    std::mt19937 random(choices.Word());
+    if constexpr (!kIsPointer) image.Fill<T>([&] { return Noise<T>(random); });
+    return image;
+  }
+
+  void* data() const { return origin_; }
+  int step() const { return step_; }
+  bool holdsPointers() const { return holdsPointers_; }
+  std::ptrdiff_t origin() const { return origin_ - memory_.bytes().data(); }  // where the region begins
+
+  template <class T>
+  void Set(int x, int y, T value) {
+    As<T>().Set(x, y, value);
+  }
+  // Makes all elements, those around the region included, row by row.
+  template <class T, class Make>
+  void Fill(Make make) {
+    Map<T>([&](T) { return make(); });
+  }
+  // Replaces all floats by what `map` makes of them; does nothing where NaNs are compared as bits, or with integers.
+  template <class F>
+  void MapFloats(F map) {
+    if (!holdsFloats_) return;
+    elementSize_ == sizeof(float) ? Map<float>(map) : Map<double>(map);
+  }
+  // The floats, row by row.
+  std::vector<double> Values() {
+    std::vector<double> values;
+    MapFloats([&](double value) { return values.emplace_back(value); });
+    return values;
+  }
+
+  // All of the memory, what lies outside of the rows included: equal bytes mean that nothing else was written.
+  std::vector<unsigned char> Bytes() const;
+  void SetBytes(const std::vector<unsigned char>& bytes);
+  // Makes all NaNs one and the same and clears scratch memory.
+  void Unify();
+
+ private:
+  Image(Choices& choices, RegionSize size, const Around& around, int elementSize, bool holdsFloats, bool holdsPointers);
+  template <class T>
+  View<T> As() const {
+    return {static_cast<T*>(data()), rowStep_};
+  }
+  template <class T, class F>
+  void Map(F map) {
+    for (int y = -around_.above; y < size_.height + around_.below; ++y) {
+      for (int x = -around_.left; x < size_.width + around_.right; ++x) Set(x, y, static_cast<T>(map(As<T>()(x, y))));
+    }
+  }
+
+  RegionSize size_;
+  Around around_;
+  int elementSize_;
+  bool holdsFloats_, holdsPointers_;
+  int step_;
+  std::ptrdiff_t rowStep_;
+  GuardedPages memory_;
+  unsigned char* origin_;
+};
 
 }  // namespace norvala_test

@@ -3,10 +3,17 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
-#include <limits>
 #include <sstream>
 
 namespace norvala_test {
+
+Snapshot Take(const Trial& trial) {
+  Snapshot snapshot;
+  for (const Image& image : trial.images) snapshot.push_back(image.Bytes());
+  return snapshot;
+}
+
+// ---- Argument checks ----
 
 Checks operator+(Checks first, const Checks& then) {
   first.insert(first.end(), then.begin(), then.end());
@@ -20,16 +27,17 @@ Change Set(int argument, const Value& value) {
 Check NotNull(int argument) { return {StatusCode::NullPointer, {Set(argument, static_cast<void*>(nullptr))}}; }
 
 Check AtLeast(int argument, Bound bound, StatusCode status) {
-  const auto to = [=](std::int64_t below, int most) -> Change {
+  const auto to = [=](int below, std::int64_t most) -> Change {
     return [=](Arguments& a) {
-      Set(argument, std::clamp<std::int64_t>(std::min<std::int64_t>(bound(a) - below, most), INT_MIN, INT_MAX))(a);
+      a[argument] = std::clamp<std::int64_t>(std::min(bound(a) - below, most), INT_MIN, INT_MAX);
     };
   };
   return {status, {to(1, INT_MAX), to(1, 0), to(1, -1), to(1, INT_MIN)}, {to(0, INT_MAX)}};
 }
-Check AtLeast(int argument, int bound, StatusCode status) {
+
+Check Positive(int argument, StatusCode status) {
   return AtLeast(
-      argument, [=](const Arguments&) { return bound; }, status);
+      argument, [](const Arguments&) { return 1; }, status);
 }
 
 Check RowStep(int argument, int elementSize, int width) {
@@ -37,7 +45,7 @@ Check RowStep(int argument, int elementSize, int width) {
       argument, [=](const Arguments& a) { return a[width].integer * elementSize; }, StatusCode::NonPositiveStep);
   check.refused.push_back([=](Arguments& a) {
     a[width] = INT_MAX;
-    Set(argument, INT_MAX / 2)(a);
+    a[argument] = INT_MAX / 2;
   });
   return check;
 }
@@ -50,77 +58,61 @@ Check NoneOf(int argument, std::initializer_list<Value> refused, std::initialize
   return check;
 }
 
-const std::vector<Operation>& Operations() {
-  static const std::vector<Operation> operations = [] {
-    std::vector<Operation> all;
-    for (const auto& family :
-         {FrameOperations(), PixelOperations(), FilterOperations(), GeometryOperations(), AnalysisOperations()}) {
-      all.insert(all.end(), family.begin(), family.end());
-    }
-    return all;
-  }();
-  return operations;
-}
+// ---- Operations ----
 
 namespace {
 
-template <class Has>
-std::vector<Operation> OperationsThat(Has has) {
-  std::vector<Operation> some;
-  std::copy_if(Operations().begin(), Operations().end(), std::back_inserter(some), has);
-  return some;
+template <class Lacks>
+std::vector<Operation> OperationsWithout(Lacks lacks) {
+  std::vector<Operation> all;
+  for (const auto& family :
+       {FrameOperations(), PixelOperations(), FilterOperations(), GeometryOperations(), AnalysisOperations()}) {
+    std::remove_copy_if(family.begin(), family.end(), std::back_inserter(all), lacks);
+  }
+  return all;
 }
 
 }  // namespace
 
 std::vector<Operation> WithExport() {
-  return OperationsThat([](const Operation& o) { return o.call.address != nullptr; });
+  return OperationsWithout([](const Operation& o) { return o.call.address == nullptr; });
 }
 std::vector<Operation> WithPrimitive() {
-  return OperationsThat([](const Operation& o) { return o.primitive != nullptr; });
+  return OperationsWithout([](const Operation& o) { return o.primitive == nullptr; });
 }
 
-Snapshot Take(const Trial& trial) {
-  Snapshot snapshot;
-  for (const Image& image : trial.images) snapshot.push_back(image.Bytes());
-  return snapshot;
-}
-
-void Restore(Trial& trial, const Snapshot& snapshot) {
-  for (std::size_t i = 0; i < snapshot.size(); ++i) trial.images[i].SetBytes(snapshot[i]);
-}
+// ---- Runs ----
 
 double RelativeError(const std::vector<double>& values, const std::vector<double>& expected) {
   double error = 0;
   double norm = 0;
   for (std::size_t i = 0; i < values.size(); ++i) {
-    if (values[i] == expected[i] || (std::isnan(values[i]) && std::isnan(expected[i]))) {
-      if (std::isfinite(expected[i])) norm += expected[i] * expected[i];
-      continue;
-    }
-    error += (values[i] - expected[i]) * (values[i] - expected[i]);
-    norm += expected[i] * expected[i];
+    const bool bothNaN = std::isnan(values[i]) && std::isnan(expected[i]);
+    if (values[i] != expected[i] && !bothNaN) error += (values[i] - expected[i]) * (values[i] - expected[i]);
+    if (std::isfinite(expected[i])) norm += expected[i] * expected[i];
   }
   return error == 0 ? 0 : std::sqrt(error / norm);
 }
 
+namespace {
+
+// Where memory differs, as text; empty if it does not. Floats may be off by the trial's tolerance.
 std::string Difference(Trial& trial, const Snapshot& expected) {
   std::ostringstream text;
   for (std::size_t i = 0; i < expected.size(); ++i) {
     Image& image = trial.images[i];
-    std::vector<unsigned char> actual = image.Bytes();
-    if (actual == expected[i]) continue;
-    image.UnifyNaNs();
-    actual = image.Bytes();
+    if (image.Bytes() == expected[i]) continue;
+    image.Unify();
+    const std::vector<unsigned char> actual = image.Bytes();
     const std::vector<double> values = image.Values();
     image.SetBytes(expected[i]);
-    image.UnifyNaNs();
+    image.Unify();
     const double tolerance = std::max(trial.tolerance, trial.slack);
-    if (tolerance > 0 && !values.empty()) {
+    if (tolerance > 0) {
       const double error = RelativeError(values, image.Values());
       if (!(error <= tolerance)) text << "image " << i << ": relative error " << error << "; ";
       // What is not a float of the region must be equal.
-      image.SetValues(values);
+      image.MapFloats([next = values.begin()](double) mutable { return *next++; });
     }
     const std::vector<unsigned char> unified = image.Bytes();
     const auto place = std::mismatch(actual.begin(), actual.end(), unified.begin());
@@ -131,11 +123,13 @@ std::string Difference(Trial& trial, const Snapshot& expected) {
   return text.str();
 }
 
+}  // namespace
+
 std::string Compare(const Operation& operation, Trial& trial, const Arguments& arguments, bool byExport) {
   const Snapshot before = Take(trial);
   const StatusCode status = operation.reference(arguments);
   const Snapshot expected = Take(trial);
-  Restore(trial, before);
+  for (std::size_t i = 0; i < before.size(); ++i) trial.images[i].SetBytes(before[i]);
   const auto wanted = byExport ? norvala::Fold(status) : static_cast<std::int64_t>(status);
   const auto result =
       byExport ? operation.CallExport(arguments) : static_cast<std::int64_t>(operation.primitive(arguments));
@@ -143,33 +137,22 @@ std::string Compare(const Operation& operation, Trial& trial, const Arguments& a
   return Difference(trial, expected);
 }
 
-namespace {
-
-void Add(std::uint64_t& hash, std::span<const unsigned char> bytes) {
-  for (const unsigned char byte : bytes) hash = (hash ^ byte) * 1099511628211ULL;
-}
-
-}  // namespace
-
 RunOutcome Run(const Operation& operation, Trial& trial, AnyFunction address) {
   Arguments arguments = operation.draw(trial);
   if (!operation.checks.empty() && trial.OneIn(4)) {
-    const auto pick = [&](const auto& list) -> const auto& {
-      return list[static_cast<std::size_t>(trial.Int(0, static_cast<int>(list.size()) - 1))];
-    };
-    pick(pick(operation.checks).refused)(arguments);
+    const Check& check = trial.Pick(operation.checks);
+    trial.Pick(check.refused)(arguments);
   }
   const std::int64_t result = operation.call.invoke(address, arguments);
-  RunOutcome outcome;
-  outcome.hash = 14695981039346656037ULL ^ static_cast<std::uint64_t>(result);
+  RunOutcome outcome{14695981039346656037ULL ^ static_cast<std::uint64_t>(result), {}};
   for (Image& image : trial.images) {
-    if (image.IsPointers()) continue;
-    image.UnifyNaNs();
-    if (trial.tolerance > 0 && result == 0 && image.IsFloat()) {
-      const std::vector<double> values = image.Values();
+    if (image.holdsPointers()) continue;
+    image.Unify();
+    const std::vector<double> values = image.Values();
+    if (trial.tolerance > 0 && result == 0 && !values.empty()) {
       outcome.approximate.insert(outcome.approximate.end(), values.begin(), values.end());
     } else {
-      Add(outcome.hash, image.Bytes());
+      for (const unsigned char byte : image.Bytes()) outcome.hash = (outcome.hash ^ byte) * 1099511628211ULL;
     }
   }
   return outcome;

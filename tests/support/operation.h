@@ -21,14 +21,27 @@ namespace norvala_test {
 
 using norvala::StatusCode;
 
-// One argument of a call, of any type.
+// One argument of a call, of any type; a float keeps its bits.
 struct Value {
   template <class T>
   Value(T* address) : pointer(const_cast<std::remove_const_t<T>*>(address)) {}
   template <std::integral T>
   Value(T number) : integer(number), real(static_cast<double>(number)), single(static_cast<float>(number)) {}
-  Value(double number) : real(number), single(static_cast<float>(number)) {}
-  Value(float number) : real(number), single(number) {}  // keeps the bits
+  template <std::floating_point T>
+  Value(T number) : real(number), single(static_cast<float>(number)) {}
+
+  template <class T>
+  T As() const {
+    if constexpr (std::is_pointer_v<T>) {
+      return static_cast<T>(pointer);
+    } else if constexpr (std::is_same_v<T, float>) {
+      return single;
+    } else if constexpr (std::is_same_v<T, double>) {
+      return real;
+    } else {
+      return static_cast<T>(integer);
+    }
+  }
 
   void* pointer = nullptr;
   std::int64_t integer = 0;
@@ -81,6 +94,10 @@ class Trial : public Choices {
   double slack = 0;  // the same, for exact results whose reference rounds otherwise
 };
 
+// All memory of a trial.
+using Snapshot = std::vector<std::vector<unsigned char>>;
+Snapshot Take(const Trial& trial);
+
 // ---- Calls ----
 
 using AnyFunction = void (*)();
@@ -90,11 +107,11 @@ inline constexpr bool kIsView = false;
 template <class T>
 inline constexpr bool kIsView<View<T>> = true;
 
-// Takes the arguments of a function from the list in its order, or those with the given numbers. A RegionSize takes two
-// of the list, and a View takes an address and a step; a Rect is read from an address.
+// Takes arguments from the list one after the other. A RegionSize takes two of the list, and a View takes an address
+// and a step; a Rect is read from an address.
 class Reader {
  public:
-  Reader(const Arguments& arguments, std::initializer_list<int> order = {}) : arguments_(arguments), order_(order) {}
+  Reader(const Arguments& arguments) : arguments_(arguments) {}
 
   template <class T>
   T Read() {
@@ -108,30 +125,25 @@ class Reader {
       const View rect(Read<std::int32_t*>());
       return {rect(0), rect(1), rect(2), rect(3)};
     } else {
-      const int i = next_++;
-      const Value& value = arguments_[order_.size() == 0 ? i : order_.begin()[i]];
-      if constexpr (std::is_pointer_v<T>) {
-        return static_cast<T>(value.pointer);
-      } else if constexpr (std::is_same_v<T, float>) {
-        return value.single;
-      } else if constexpr (std::is_same_v<T, double>) {
-        return value.real;
-      } else {
-        return static_cast<T>(value.integer);
-      }
+      return arguments_[next_++].As<T>();
     }
   }
 
  private:
   const Arguments& arguments_;
-  std::initializer_list<int> order_;
   int next_ = 0;
 };
 
+// The arguments of a function, from the list in their order.
+template <class... P>
+std::tuple<P...> Typed(const Arguments& arguments) {
+  [[maybe_unused]] Reader reader(arguments);
+  return {reader.Read<P>()...};
+}
+
 template <class R, class... P>
-R Apply(R (*function)(P...), const Arguments& arguments, std::initializer_list<int> order = {}) {
-  [[maybe_unused]] Reader reader(arguments, order);
-  return std::apply(function, std::tuple<P...>{reader.Read<P>()...});
+R Apply(R (*function)(P...), const Arguments& arguments) {
+  return std::apply(function, Typed<P...>(arguments));
 }
 
 // The name of a function, out of what the compiler calls an instance of this template.
@@ -163,12 +175,9 @@ template <auto function, auto use>
 Export CallBy() {
   return {NameOf<function>(), reinterpret_cast<AnyFunction>(function),
           [](AnyFunction f, const Arguments& a) -> std::int64_t {
-            const auto bound = [&]<class R, class F, class... P>(R (*by)(F, P...)) -> std::int64_t {
-              [[maybe_unused]] Reader reader(a);
-              const std::tuple<P...> rest{reader.Read<P>()...};
-              return std::apply([&](const P&... p) { return by(reinterpret_cast<F>(f), p...); }, rest);
-            };
-            return bound(use);
+            return [&]<class R, class F, class... P>(R (*by)(F, P...)) -> std::int64_t {
+              return std::apply(by, std::tuple_cat(std::tuple(reinterpret_cast<F>(f)), Typed<P...>(a)));
+            }(use);
           }};
 }
 
@@ -193,10 +202,7 @@ template <const auto& table, int... order>
 Model Primitive() {
   return [](const Arguments& a) {
     return [&]<class... P>(const norvala::PrimitiveTable<StatusCode(P...)>& typed) {
-      [[maybe_unused]] static constexpr std::initializer_list<int> kOrder = {order...};
-      Reader reader(a, kOrder);
-      const std::tuple<P...> arguments{reader.Read<P>()...};
-      return std::apply(typed, arguments);
+      return std::apply(typed, Typed<P...>(sizeof...(order) == 0 ? a : Arguments(a[order]...)));
     }(table);
   };
 }
@@ -220,9 +226,9 @@ using Bound = std::function<std::int64_t(const Arguments&)>;
 Change Set(int argument, const Value& value);
 Check NotNull(int argument);
 Check AtLeast(int argument, Bound bound, StatusCode status);
-Check AtLeast(int argument, int bound, StatusCode status);
-inline Check Size(int argument) { return AtLeast(argument, 1, StatusCode::NonPositiveSize); }
-inline Check Step(int argument) { return AtLeast(argument, 1, StatusCode::NonPositiveStep); }
+Check Positive(int argument, StatusCode status);
+inline Check Size(int argument) { return Positive(argument, StatusCode::NonPositiveSize); }
+inline Check Step(int argument) { return Positive(argument, StatusCode::NonPositiveStep); }
 // A step that must cover `elementSize` bytes for each of the elements that another argument counts.
 Check RowStep(int argument, int elementSize, int width);
 Check NoneOf(int argument, std::initializer_list<Value> refused, std::initializer_list<Value> served,
@@ -249,9 +255,7 @@ Operation Row(Checks checks) {
   return {Call<call>(), Primitive<table, order...>(), draw, Reference<reference>(), std::move(checks)};
 }
 
-// All operations, family by family.
-const std::vector<Operation>& Operations();
-
+// All operations that have one, family by family.
 std::vector<Operation> WithExport();
 std::vector<Operation> WithPrimitive();
 
@@ -263,14 +267,6 @@ std::vector<Operation> AnalysisOperations();
 
 // ---- Runs ----
 
-// All memory of a trial.
-using Snapshot = std::vector<std::vector<unsigned char>>;
-Snapshot Take(const Trial& trial);
-void Restore(Trial& trial, const Snapshot& snapshot);
-
-// Where memory differs, as text; empty if it does not. Floats may be off by the trial's tolerance.
-std::string Difference(Trial& trial, const Snapshot& expected);
-
 // Makes a call and compares its result and all memory with what the reference gives; what differs, as text. An export
 // folds the reference's status to 0 or -1.
 std::string Compare(const Operation& operation, Trial& trial, const Arguments& arguments, bool byExport);
@@ -280,12 +276,13 @@ double RelativeError(const std::vector<double>& values, const std::vector<double
 
 // What a call returned and wrote: a hash, and the numbers of results that rest on the runtime's sine.
 struct RunOutcome {
+  std::uint64_t hash = 0;
+  std::vector<double> approximate;
+
   bool operator==(const RunOutcome& other) const {
     return hash == other.hash && approximate.size() == other.approximate.size() &&
            RelativeError(approximate, other.approximate) == 0;
   }
-  std::uint64_t hash = 0;
-  std::vector<double> approximate;
 };
 
 // Makes up a call, now and then one with an argument that must be refused, and makes it at the given address.
