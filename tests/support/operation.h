@@ -249,6 +249,9 @@ struct Operation {
   std::int64_t CallExport(const Arguments& arguments) const { return call.invoke(call.address, arguments); }
 };
 
+// What a parameterised test is called by.
+inline constexpr auto NameOfRow = [](const auto& row) { return row.param.call.name; };
+
 // A row for an export that passes its arguments on to a primitive, in their order or those with the given numbers.
 template <auto call, const auto& table, auto draw, auto reference, int... order>
 Operation Row(Checks checks) {

@@ -10,14 +10,11 @@
 namespace norvala_test {
 namespace {
 
-constexpr std::uint32_t kTrials = 300;
-
 class ExportTest : public testing::TestWithParam<Operation> {};
-INSTANTIATE_TEST_SUITE_P(All, ExportTest, testing::ValuesIn(WithExport()),
-                         [](const auto& row) { return row.param.call.name; });
+INSTANTIATE_TEST_SUITE_P(All, ExportTest, testing::ValuesIn(WithExport()), NameOfRow);
 
 TEST_P(ExportTest, EqualsItsReference) {
-  for (std::uint32_t seed = 0; seed < kTrials; ++seed) {
+  for (std::uint32_t seed = 0; seed < 300; ++seed) {
     Trial trial(seed);
     const Arguments arguments = GetParam().draw(trial);
     ASSERT_EQ(Compare(GetParam(), trial, arguments, true), "") << "trial " << seed;
@@ -42,12 +39,11 @@ TEST_P(ExportTest, RefusesWhatItMust) {
 // The table names the exports of the header, all of them.
 TEST(OperationsTest, AreTheExports) {
   std::ifstream header(NORVALA_HEADER);
-  std::set<std::string> exports;
+  std::set<std::string> exports, names;
   std::string before;
   for (std::string word; header >> word; before = word) {
     if (before == "NORVALA_CALL" && word.starts_with("Norvala_")) exports.insert(word.substr(0, word.find('(')));
   }
-  std::set<std::string> names;
   for (const Operation& operation : WithExport()) names.insert(operation.call.name);
   EXPECT_EQ(names, exports);
 }

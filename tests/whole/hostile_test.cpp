@@ -15,35 +15,28 @@ std::uint32_t norvala_hostile_violations = 0;
 namespace norvala_test {
 namespace {
 
-std::vector<RunOutcome> RunHostile() {
-  return RunAll(0, 25, [](AnyFunction address) {
+std::vector<RunOutcome> RunHostile(std::uint32_t shift, std::uint16_t x87, std::uint32_t mxcsr) {
+  norvala_hostile_shift = shift;
+  norvala_hostile_x87 = x87;
+  norvala_hostile_mxcsr = mxcsr;
+  norvala_hostile_violations = 0;
+  const std::vector<RunOutcome> outcomes = RunAll(0, 25, [](AnyFunction address) {
     norvala_hostile_target = address;
     return norvala_hostile_call;
   });
+  EXPECT_EQ(norvala_hostile_violations, 0U) << "calls that changed the processor's state";
+  return outcomes;
 }
 
-class HostileTest : public testing::Test {
- protected:
-  void SetUp() override { norvala_hostile_violations = 0; }
-  void TearDown() override {
-    norvala_hostile_shift = 0;
-    norvala_hostile_x87 = 0x37F;
-    norvala_hostile_mxcsr = 0x1F80;
-    EXPECT_EQ(norvala_hostile_violations, 0U) << "calls that changed the processor's state";
-  }
-};
-
-TEST_F(HostileTest, StackAlignedToFourBytes) {
+TEST(HostileTest, StackAlignedToFourBytes) {
   for (const std::uint32_t shift : {0U, 4U, 8U, 12U}) {
-    norvala_hostile_shift = shift;
-    EXPECT_TRUE(RunHostile() == RunAll(0, 25)) << shift;
+    EXPECT_TRUE(RunHostile(shift, 0x37F, 0x1F80) == RunAll(0, 25)) << shift;
   }
 }
 
 // The runtime's sine may use the old unit.
-TEST_F(HostileTest, SinglePrecisionOfTheOldUnit) {
-  norvala_hostile_x87 = 0x07F;
-  const std::vector<RunOutcome> hostile = RunHostile();
+TEST(HostileTest, SinglePrecisionOfTheOldUnit) {
+  const std::vector<RunOutcome> hostile = RunHostile(0, 0x07F, 0x1F80);
   const std::vector<RunOutcome> plain = RunAll(0, 25);
   for (std::size_t i = 0; i < plain.size(); ++i) {
     ASSERT_EQ(hostile[i].hash, plain[i].hash) << i;
@@ -53,11 +46,8 @@ TEST_F(HostileTest, SinglePrecisionOfTheOldUnit) {
 }
 
 // Results may differ here; what must hold is that nothing crashes and the state stays as the host set it.
-TEST_F(HostileTest, FlushToZeroAndOtherRoundings) {
-  for (const std::uint32_t mxcsr : {0x9FC0U, 0x3F80U, 0x5F80U, 0x7F80U}) {
-    norvala_hostile_mxcsr = mxcsr;
-    RunHostile();
-  }
+TEST(HostileTest, FlushToZeroAndOtherRoundings) {
+  for (const std::uint32_t mxcsr : {0x9FC0U, 0x3F80U, 0x5F80U, 0x7F80U}) RunHostile(0, 0x37F, mxcsr);
 }
 
 }  // namespace
