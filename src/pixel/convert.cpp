@@ -7,7 +7,8 @@ namespace norvala {
 namespace {
 
 template <class S, class D, class Kernel>
-StatusCode Convert(const S* src, std::int32_t srcStep, D* dst, std::int32_t dstStep, RegionSize size, Kernel kernel) {
+StatusCode ConvertRows(const S* src, std::int32_t srcStep, D* dst, std::int32_t dstStep, RegionSize size,
+                       Kernel kernel) {
   if (src == nullptr || dst == nullptr) return StatusCode::NullPointer;
   if (IsEmpty(size)) return StatusCode::NonPositiveSize;
   if (srcStep < 1 || dstStep < 1) return StatusCode::NonPositiveStep;
@@ -49,9 +50,9 @@ inline U8x16 PackBytes(I32x4 a, I32x4 b, I32x4 c, I32x4 d) {
 }
 
 template <class D, bool kRound>
-void NarrowFloats(std::size_t count, const void* srcRow, void* dstRow) {
-  const Unaligned<FLOAT32>* const src = static_cast<const Unaligned<FLOAT32>*>(srcRow);
-  Unaligned<D>* const dst = static_cast<Unaligned<D>*>(dstRow);
+void NarrowFloats(std::size_t count, const std::uint8_t* srcRow, std::uint8_t* dstRow) {
+  const Unaligned<FLOAT32>* const src = reinterpret_cast<const Unaligned<FLOAT32>*>(srcRow);
+  Unaligned<D>* const dst = reinterpret_cast<Unaligned<D>*>(dstRow);
   const Saturate<kRound> toInteger(std::numeric_limits<D>::max());
   const auto saturate = [&](std::size_t x) { return toInteger(LoadUnaligned<F32x4>(src + x)); };
   constexpr std::size_t kLanes = 16 / sizeof(D);
@@ -67,15 +68,15 @@ void NarrowFloats(std::size_t count, const void* srcRow, void* dstRow) {
 }
 
 template <class S, class D>
-void Widen(std::size_t count, const void* srcRow, void* dstRow) {
-  const Unaligned<S>* const src = static_cast<const Unaligned<S>*>(srcRow);
-  Unaligned<D>* const dst = static_cast<Unaligned<D>*>(dstRow);
-  for (std::size_t x = 0; x < count; ++x) dst[x] = src[x];
+void Widen(std::size_t count, const std::uint8_t* srcRow, std::uint8_t* dstRow) {
+  const Unaligned<S>* const src = reinterpret_cast<const Unaligned<S>*>(srcRow);
+  Unaligned<D>* const dst = reinterpret_cast<Unaligned<D>*>(dstRow);
+  for (std::size_t x = 0; x < count; ++x) dst[x] = static_cast<D>(src[x]);
 }
 
-void SaturateWords(std::size_t count, const void* srcRow, void* dstRow) {
-  const Unaligned<BW16>* const src = static_cast<const Unaligned<BW16>*>(srcRow);
-  Unaligned<BW8>* const dst = static_cast<Unaligned<BW8>*>(dstRow);
+void SaturateWords(std::size_t count, const std::uint8_t* srcRow, std::uint8_t* dstRow) {
+  const Unaligned<BW16>* const src = reinterpret_cast<const Unaligned<BW16>*>(srcRow);
+  Unaligned<BW8>* const dst = reinterpret_cast<Unaligned<BW8>*>(dstRow);
   // The smaller of value and 255, both less 2^15: the low byte is the same, and signed lanes have a minimum.
   constexpr std::int16_t kBias = INT16_MIN;
   const I16x8 limit = Splat<I16x8>(Opaque(static_cast<std::int16_t>(kBias + 255)));
@@ -93,24 +94,21 @@ template <class D>
 StatusCode ConvertFloat(const FLOAT32* src, std::int32_t srcStep, D* dst, std::int32_t dstStep, RegionSize size,
                         std::int32_t rounding) {
   constexpr std::int32_t kRoundHalfToEven = 1;
-  return Convert(src, srcStep, dst, dstStep, size,
-                 rounding == kRoundHalfToEven ? NarrowFloats<D, true> : NarrowFloats<D, false>);
+  return ConvertRows(src, srcStep, dst, dstStep, size,
+                     rounding == kRoundHalfToEven ? NarrowFloats<D, true> : NarrowFloats<D, false>);
 }
 
 template StatusCode ConvertFloat(const FLOAT32*, std::int32_t, BW8*, std::int32_t, RegionSize, std::int32_t);
 template StatusCode ConvertFloat(const FLOAT32*, std::int32_t, BW16*, std::int32_t, RegionSize, std::int32_t);
 
 template <class S, class D>
-StatusCode ConvertWidening(const S* src, std::int32_t srcStep, D* dst, std::int32_t dstStep, RegionSize size) {
-  return Convert(src, srcStep, dst, dstStep, size, Widen<S, D>);
+StatusCode Convert(const S* src, std::int32_t srcStep, D* dst, std::int32_t dstStep, RegionSize size) {
+  return ConvertRows(src, srcStep, dst, dstStep, size, sizeof(D) < sizeof(S) ? SaturateWords : Widen<S, D>);
 }
 
-template StatusCode ConvertWidening(const BW8*, std::int32_t, FLOAT32*, std::int32_t, RegionSize);
-template StatusCode ConvertWidening(const BW8*, std::int32_t, BW16*, std::int32_t, RegionSize);
-template StatusCode ConvertWidening(const BW16*, std::int32_t, BW32*, std::int32_t, RegionSize);
-
-StatusCode ConvertBW16ToBW8(const BW16* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size) {
-  return Convert(src, srcStep, dst, dstStep, size, SaturateWords);
-}
+template StatusCode Convert(const BW8*, std::int32_t, FLOAT32*, std::int32_t, RegionSize);
+template StatusCode Convert(const BW8*, std::int32_t, BW16*, std::int32_t, RegionSize);
+template StatusCode Convert(const BW16*, std::int32_t, BW8*, std::int32_t, RegionSize);
+template StatusCode Convert(const BW16*, std::int32_t, BW32*, std::int32_t, RegionSize);
 
 }  // namespace norvala

@@ -31,16 +31,15 @@ inline constexpr PrimitiveTable kCopyReplicateBorderFLOAT32{CopyReplicateBorder<
 template <class D>  // BW8, BW16
 StatusCode ConvertFloat(const FLOAT32* src, std::int32_t srcStep, D* dst, std::int32_t dstStep, RegionSize size,
                         std::int32_t rounding);
-template <class S, class D>  // BW8 to FLOAT32 and BW16, BW16 to BW32
-StatusCode ConvertWidening(const S* src, std::int32_t srcStep, D* dst, std::int32_t dstStep, RegionSize size);
-StatusCode ConvertBW16ToBW8(const BW16* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size);
+template <class S, class D>  // BW8 to FLOAT32 and BW16, BW16 to BW8 and BW32
+StatusCode Convert(const S* src, std::int32_t srcStep, D* dst, std::int32_t dstStep, RegionSize size);
 
 inline constexpr PrimitiveTable kConvertFLOAT32toBW8{ConvertFloat<BW8>};
 inline constexpr PrimitiveTable kConvertFLOAT32toBW16{ConvertFloat<BW16>};
-inline constexpr PrimitiveTable kConvertBW8toFLOAT32{ConvertWidening<BW8, FLOAT32>};
-inline constexpr PrimitiveTable kConvertBW8toBW16{ConvertWidening<BW8, BW16>};
-inline constexpr PrimitiveTable kConvertBW16ToBW8{ConvertBW16ToBW8};
-inline constexpr PrimitiveTable kConvertBW16toBW32{ConvertWidening<BW16, BW32>};
+inline constexpr PrimitiveTable kConvertBW8toFLOAT32{Convert<BW8, FLOAT32>};
+inline constexpr PrimitiveTable kConvertBW8toBW16{Convert<BW8, BW16>};
+inline constexpr PrimitiveTable kConvertBW16ToBW8{Convert<BW16, BW8>};
+inline constexpr PrimitiveTable kConvertBW16toBW32{Convert<BW16, BW32>};
 
 // ---- Logical and shift operations ----
 // The destination may be a source; the exports in place pass their one image as both.
