@@ -101,8 +101,9 @@ void Check1D(auto* create, auto* run, auto* release) {
 }
 
 TEST(Dft1DTest, ChecksAndTransformsInPlace) {
-  Check1D<FLOAT32, DftSpec1DReal>(CreateDftSpec1DReal, RunDft1DReal, FreeDftSpec1DReal);
-  Check1D<dft::Complex<float>, DftSpec1DComplex>(CreateDftSpec1DComplex, RunDft1DComplex, FreeDftSpec1DComplex);
+  Check1D<FLOAT32, DftSpec1DReal>(CreateDftSpec1D<DftSpec1DReal>, RunDft1DReal, FreeDftSpec1D<DftSpec1DReal>);
+  Check1D<dft::Complex<float>, DftSpec1DComplex>(CreateDftSpec1D<DftSpec1DComplex>, RunDft1DComplex,
+                                                 FreeDftSpec1D<DftSpec1DComplex>);
   dft::SharedRoots roots;
   EXPECT_EQ(dft::BluesteinPlan{}.Create((1 << 29) + 1, 1, roots), BadTransformOrder);
 }
@@ -142,7 +143,7 @@ TEST(Dft2DTest, StatusesInOrder) {
   EXPECT_EQ(kFreeDftSpec2D(nullptr), NullPointer);
   spec->tag = 28;
   dft::SharedRoots roots;
-  ASSERT_EQ(CreateDftSpec1DComplex(&spec->reservedSpec, 1, 8, 0, roots), Success);
+  ASSERT_EQ(CreateDftSpec1D(&spec->reservedSpec, 1, 8, 0, roots), Success);
   EXPECT_EQ(kFreeDftSpec2D(spec), Success);
   EXPECT_EQ(heap.live(), 0);
 }

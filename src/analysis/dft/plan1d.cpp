@@ -34,41 +34,6 @@ StatusCode MakeRebuildTables(DftSpec1DReal& spec, SharedRoots& sharedRoots) {
   return StatusCode::Success;
 }
 
-template <class Spec>
-void Free(Spec* spec) {
-  if (spec == nullptr) return;
-  spec->tag = 0;
-  spec->~Spec();
-  kFree1D(spec);
-}
-
-template <class Spec>
-StatusCode Create(Spec** spec, std::int32_t length, std::int32_t normalisation, std::int32_t hint, SharedRoots& roots) {
-  constexpr bool real = std::is_same_v<Spec, DftSpec1DReal>;
-  if (spec == nullptr) return StatusCode::NullPointer;
-  if (length < 1) return StatusCode::NonPositiveSize;
-  AlignedVector<Spec> memory(1);
-  if (!memory) return StatusCode::WorkBufferUnavailable;
-  auto* const created = new (memory.Release()) Spec;
-  created->tag = Spec::kTag;
-  created->length = length;
-  created->hint = hint;
-  created->plan.Choose(length, real ? Values::Real : Values::Complex);
-  StatusCode status = created->normalisation.Set(normalisation, length);
-  if constexpr (real) {
-    const bool rebuilds = created->plan.length != length;
-    if (status == StatusCode::Success && rebuilds) status = MakeRebuildTables(*created, roots);
-  }
-  if (status == StatusCode::Success) status = created->plan.Create(roots);
-  if (status != StatusCode::Success) {
-    Free(created);
-    return status;
-  }
-  created->scratchSize = created->plan.ScratchSize();
-  *spec = created;
-  return StatusCode::Success;
-}
-
 template <class Spec, class T>
 StatusCode CheckRun(const T* src, const T* dst, const Spec* spec) {
   if (spec == nullptr) return StatusCode::NullPointer;
@@ -117,17 +82,46 @@ void Plan1D::Choose(std::int32_t n, Values values) {
   }
 }
 
-StatusCode CreateDftSpec1DComplex(DftSpec1DComplex** spec, std::int32_t length, std::int32_t normalisation,
-                                  std::int32_t hint, SharedRoots& roots) {
-  return Create(spec, length, normalisation, hint, roots);
-}
-StatusCode CreateDftSpec1DReal(DftSpec1DReal** spec, std::int32_t length, std::int32_t normalisation, std::int32_t hint,
-                               SharedRoots& roots) {
-  return Create(spec, length, normalisation, hint, roots);
+template <class Spec>
+void FreeDftSpec1D(Spec* spec) {
+  if (spec == nullptr) return;
+  spec->tag = 0;
+  spec->~Spec();
+  kFree1D(spec);
 }
 
-void FreeDftSpec1DComplex(DftSpec1DComplex* spec) { Free(spec); }
-void FreeDftSpec1DReal(DftSpec1DReal* spec) { Free(spec); }
+template <class Spec>
+StatusCode CreateDftSpec1D(Spec** spec, std::int32_t length, std::int32_t normalisation, std::int32_t hint,
+                           SharedRoots& roots) {
+  constexpr bool real = std::is_same_v<Spec, DftSpec1DReal>;
+  if (spec == nullptr) return StatusCode::NullPointer;
+  if (length < 1) return StatusCode::NonPositiveSize;
+  AlignedVector<Spec> memory(1);
+  if (!memory) return StatusCode::WorkBufferUnavailable;
+  auto* const created = new (memory.Release()) Spec;
+  created->tag = Spec::kTag;
+  created->length = length;
+  created->hint = hint;
+  created->plan.Choose(length, real ? Values::Real : Values::Complex);
+  StatusCode status = created->normalisation.Set(normalisation, length);
+  if constexpr (real) {
+    const bool rebuilds = created->plan.length != length;
+    if (status == StatusCode::Success && rebuilds) status = MakeRebuildTables(*created, roots);
+  }
+  if (status == StatusCode::Success) status = created->plan.Create(roots);
+  if (status != StatusCode::Success) {
+    FreeDftSpec1D(created);
+    return status;
+  }
+  created->scratchSize = created->plan.ScratchSize();
+  *spec = created;
+  return StatusCode::Success;
+}
+
+template StatusCode CreateDftSpec1D(DftSpec1DComplex**, std::int32_t, std::int32_t, std::int32_t, SharedRoots&);
+template StatusCode CreateDftSpec1D(DftSpec1DReal**, std::int32_t, std::int32_t, std::int32_t, SharedRoots&);
+template void FreeDftSpec1D(DftSpec1DComplex*);
+template void FreeDftSpec1D(DftSpec1DReal*);
 
 StatusCode RunDft1DComplex(const Complex<float>* src, Complex<float>* dst, const DftSpec1DComplex* spec,
                            void* scratch) {

@@ -97,7 +97,7 @@ struct Spec1D {
 class Scratch {
  public:
   Scratch(void* given, std::int64_t size)
-      : own_(given == nullptr ? AlignUp(size, kUnit) / kUnit : 0),
+      : own_(given == nullptr ? (size + 7) / 8 : 0),
         data_(given == nullptr ? reinterpret_cast<unsigned char*>(own_.data())
                                : AlignUp(static_cast<unsigned char*>(given), kScratchAlignment)) {}
 
@@ -105,28 +105,18 @@ class Scratch {
   unsigned char* data() const { return data_; }
 
  private:
-  // A vector of bytes ends at 2 GiB.
-  static constexpr std::int64_t kUnit = sizeof(std::uint64_t);
-
-  AlignedVector<std::uint64_t> own_;
+  AlignedVector<std::uint64_t> own_;  // a vector of bytes ends at 2 GiB
   unsigned char* data_;
 };
 
 }  // namespace dft
 
-// Complex values in natural order. Source and destination may be the same.
+// Complex values in natural order.
 struct DftSpec1DComplex : dft::Spec1D {
   static constexpr std::int32_t kTag = 13;
 };
 
-StatusCode CreateDftSpec1DComplex(DftSpec1DComplex** spec, std::int32_t length, std::int32_t normalisation,
-                                  std::int32_t hint, dft::SharedRoots& roots);
-void FreeDftSpec1DComplex(DftSpec1DComplex* spec);
-StatusCode RunDft1DComplex(const dft::Complex<float>* src, dft::Complex<float>* dst, const DftSpec1DComplex* spec,
-                           void* scratch);
-
 // Real values to a packed spectrum of as many floats: R0, R1, I1, R2, I2, ... and, for an even length, R(n/2) last.
-// Source and destination may be the same and may be misaligned.
 struct DftSpec1DReal : dft::Spec1D {
   static constexpr std::int32_t kTag = 15;
 
@@ -140,9 +130,14 @@ struct DftSpec1DReal : dft::Spec1D {
   }
 };
 
-StatusCode CreateDftSpec1DReal(DftSpec1DReal** spec, std::int32_t length, std::int32_t normalisation, std::int32_t hint,
-                               dft::SharedRoots& roots);
-void FreeDftSpec1DReal(DftSpec1DReal* spec);
+template <class Spec>  // DftSpec1DComplex, DftSpec1DReal
+StatusCode CreateDftSpec1D(Spec** spec, std::int32_t length, std::int32_t normalisation, std::int32_t hint,
+                           dft::SharedRoots& roots);
+template <class Spec>
+void FreeDftSpec1D(Spec* spec);
+// Source and destination may be the same; those of real values may be misaligned.
+StatusCode RunDft1DComplex(const dft::Complex<float>* src, dft::Complex<float>* dst, const DftSpec1DComplex* spec,
+                           void* scratch);
 StatusCode RunDft1DReal(const FLOAT32* src, FLOAT32* dst, const DftSpec1DReal* spec, void* scratch);
 
 namespace dft {

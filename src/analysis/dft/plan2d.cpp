@@ -32,13 +32,12 @@ StatusCode Fill(DftSpec2D& spec, std::int32_t normalisation) {
   if (status != StatusCode::Success) return status;
   if (std::max(rowShare, columnShare) > UINT32_MAX) return StatusCode::WorkBufferUnavailable;
   SharedRoots roots;
-  status = CreateDftSpec1DReal(&spec.rowRealSpec, spec.width, normalisation, spec.hint, roots);
-  if (status == StatusCode::Success && spec.height != spec.width) {
-    status = CreateDftSpec1DReal(&spec.columnRealSpec, spec.height, normalisation, spec.hint, roots);
-  }
-  if (status == StatusCode::Success) {
-    status = CreateDftSpec1DComplex(&spec.columnComplexSpec, spec.height, normalisation, spec.hint, roots);
-  }
+  const auto create = [&](auto*& nested, std::int32_t length) {
+    if (status == StatusCode::Success) status = CreateDftSpec1D(&nested, length, normalisation, spec.hint, roots);
+  };
+  create(spec.rowRealSpec, spec.width);
+  if (spec.height != spec.width) create(spec.columnRealSpec, spec.height);
+  create(spec.columnComplexSpec, spec.height);
   if (status != StatusCode::Success) return status;
   const std::int64_t workSize =
       std::max({rowShare + spec.rowRealSpec->scratchSize, realColumnShare + spec.RealColumns().scratchSize,
@@ -49,10 +48,10 @@ StatusCode Fill(DftSpec2D& spec, std::int32_t normalisation) {
 }
 
 void Release(DftSpec2D* spec) {
-  FreeDftSpec1DComplex(spec->reservedSpec);
-  FreeDftSpec1DComplex(spec->columnComplexSpec);
-  FreeDftSpec1DReal(spec->rowRealSpec);
-  FreeDftSpec1DReal(spec->columnRealSpec);
+  FreeDftSpec1D(spec->reservedSpec);
+  FreeDftSpec1D(spec->columnComplexSpec);
+  FreeDftSpec1D(spec->rowRealSpec);
+  FreeDftSpec1D(spec->columnRealSpec);
   spec->tag = 0;
   kFree1D(spec);
 }

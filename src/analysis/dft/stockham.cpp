@@ -138,10 +138,7 @@ bool Factorise(std::int32_t length, FactorList& list) {
   list.count = 0;
   std::int32_t remainder = length;
   int fours = 0;
-  while (remainder % 4 == 0) {
-    remainder /= 4;
-    ++fours;
-  }
+  for (; remainder % 4 == 0; remainder /= 4) ++fours;
   if (remainder % 2 == 0) {
     remainder /= 2;
     list.Append(2, length);
@@ -150,14 +147,11 @@ bool Factorise(std::int32_t length, FactorList& list) {
   if (remainder == 1) return list.count > 0;
   for (std::int32_t factor = 3; remainder >= factor * factor; factor += 2) {
     if (factor > kLargestRadix) return false;
-    while (remainder >= factor * factor && remainder % factor == 0) {
-      remainder /= factor;
-      list.Append(factor, length);
-    }
+    for (; remainder >= factor * factor && remainder % factor == 0; remainder /= factor) list.Append(factor, length);
   }
-  const bool factorisable = list.count > 0 && remainder <= kLargestRadix;
-  if (factorisable) list.Append(remainder, length);
-  return factorisable;
+  if (list.count == 0 || remainder > kLargestRadix) return false;
+  list.Append(remainder, length);
+  return true;
 }
 
 StatusCode StockhamPlan::Create(std::int32_t newLength, std::ptrdiff_t stride, SharedRoots& sharedRoots) {
