@@ -30,11 +30,6 @@ struct Plane {
   RegionSize size;
 };
 
-template <class V>
-inline V Least(V a, V b) {
-  return b < a ? b : a;
-}
-
 // One pass. It counts rows and columns in its own order, the forward pass from the top left, the backward pass from the
 // bottom right: the neighbours that it has seen are above and to the left for both.
 template <bool forward>
@@ -61,10 +56,10 @@ class Pass {
     float above = first ? kInfinity : Distance(y - 1, from);
     for (std::int32_t x = from; x < to; ++x) {
       const float aboveRight = first || x + 1 == plane_.size.width ? kInfinity : Distance(y - 1, x + 1);
-      float least = Least(Bound(y, x), leftTwice + skip);
-      least = Least(least, above + weights_.straight);
-      least = Least(least, Least(aboveLeft, aboveRight) + weights_.diagonal);
-      least = Least(least, left + weights_.straight);
+      float least = MinLanes(Bound(y, x), leftTwice + skip);
+      least = MinLanes(least, above + weights_.straight);
+      least = MinLanes(least, MinLanes(aboveLeft, aboveRight) + weights_.diagonal);
+      least = MinLanes(least, left + weights_.straight);
       Distance(y, x) = least;
       leftTwice = left;
       left = least;
@@ -116,8 +111,8 @@ class Pass {
       for (int step = 0; step < 4; ++step) {
         F32x4 turned[kVectors];  // by one lane, so that a row takes the place of the next one
         for (int v = 0; v < kVectors; ++v) {
-          F32x4 least = Least(tiles[v][step], Least(above[v], left[v]) + straight);
-          least = Least(least, Least(aboveLeft[v], aboveRight[v]) + diagonal);
+          F32x4 least = MinLanes(tiles[v][step], MinLanes(above[v], left[v]) + straight);
+          least = MinLanes(least, MinLanes(aboveLeft[v], aboveRight[v]) + diagonal);
           tiles[v][step] = left[v] = least;
           turned[v] = __builtin_shufflevector(least, least, 3, 0, 1, 2);
         }

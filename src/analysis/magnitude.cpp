@@ -5,22 +5,9 @@
 #include "frame/memory.h"
 
 namespace norvala {
-
 namespace {
 
-// The modulus as it is defined: the root of the sum of squares, both in double, rounded to float. Nearly all of its
-// time goes to the double root.
-void Moduli(const ComplexFLOAT32Number* src, FLOAT32* dst, std::ptrdiff_t count) {
-  const Unaligned<FLOAT32>* __restrict parts = reinterpret_cast<const Unaligned<FLOAT32>*>(src);
-  Unaligned<FLOAT32>* __restrict moduli = reinterpret_cast<Unaligned<FLOAT32>*>(dst);
-  for (std::ptrdiff_t i = 0; i < count; ++i) {
-    const double re = parts[2 * i];
-    const double im = parts[2 * i + 1];
-    moduli[i] = static_cast<FLOAT32>(std::sqrt(re * re + im * im));
-  }
-}
-
-// The same for four numbers.
+// The modulus as it is defined: the root of the sum of squares, both in double, rounded to float.
 inline F32x4 FourModuli(const ComplexFLOAT32Number* src) {
   const auto rootsOfTwo = [](const ComplexFLOAT32Number* two) {
     F64x2x2 parts = ConvertToDoubles(LoadUnaligned<F32x4>(two));
@@ -85,8 +72,8 @@ class FastModuli {
 StatusCode MagnitudeRowFLOAT32(const ComplexFLOAT32Number* src, FLOAT32* dst, std::int32_t count) {
   if (src == nullptr || dst == nullptr) return StatusCode::NullPointer;
   if (count < 1) return StatusCode::NonPositiveSize;
-  // Of twelve numbers, eight keep the processor's unit for roots and divisions busy; the last four need it less, and
-  // use the multipliers and adders that would be idle.
+  // Nearly all time goes to double roots. Of twelve numbers, eight keep the processor's unit for roots and divisions
+  // busy; the last four need it less, and use the multipliers and adders that would be idle.
   std::ptrdiff_t i = 0;
   for (; i + 12 <= count; i += 12) {
     const FastModuli fast(src + i + 8);
@@ -96,7 +83,10 @@ StatusCode MagnitudeRowFLOAT32(const ComplexFLOAT32Number* src, FLOAT32* dst, st
     if (!fast.Finish(moduli)) moduli = FourModuli(src + i + 8);
     StoreUnaligned(dst + i + 8, moduli);
   }
-  Moduli(src + i, dst + i, count - i);
+  for (; i < count; ++i) {
+    const auto [re, im] = LoadUnaligned<ComplexFLOAT32Number>(src + i);
+    StoreUnaligned(dst + i, static_cast<FLOAT32>(std::sqrt(double{re} * re + double{im} * im)));
+  }
   return StatusCode::Success;
 }
 

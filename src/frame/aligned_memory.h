@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "frame/dispatch.h"
 #include "frame/memory.h"
@@ -54,10 +55,7 @@ class AlignedVector {
   explicit AlignedVector(std::int64_t count) : data_(Allocate(count)) {}
   AlignedVector(AlignedVector&& other) noexcept : data_(other.Release()) {}
   AlignedVector& operator=(AlignedVector&& other) noexcept {
-    if (this != &other) {
-      kFree1D(data_);
-      data_ = other.Release();
-    }
+    std::swap(data_, other.data_);
     return *this;
   }
   ~AlignedVector() { kFree1D(data_); }
@@ -67,11 +65,7 @@ class AlignedVector {
   T& operator[](std::ptrdiff_t i) const { return data_[i]; }
 
   // Gives up ownership.
-  T* Release() {
-    T* data = data_;
-    data_ = nullptr;
-    return data;
-  }
+  T* Release() { return std::exchange(data_, nullptr); }
 
  private:
   static T* Allocate(std::int64_t count) {

@@ -48,9 +48,8 @@ ProcessorFeatures ReadProcessorFeatures(ProcessorLeafReader read) {
   return features;
 }
 
-#if defined(__i386__) || defined(__x86_64__)
-
 ProcessorLeafReader* IdentificationInstruction() {
+#if defined(__i386__) || defined(__x86_64__)
   // The compiler's query gives a highest leaf of 0 both for a processor that says so and for one that cannot toggle the
   // identification flag; only the former also writes the first word of the vendor's name.
   std::uint32_t vendorWord = 0;
@@ -60,13 +59,10 @@ ProcessorLeafReader* IdentificationInstruction() {
     __cpuid_count(leaf, subleaf, result.eax, result.ebx, result.ecx, result.edx);
     return result;
   };
-}
-
 #else
-
-ProcessorLeafReader* IdentificationInstruction() { return nullptr; }
-
+  return nullptr;
 #endif
+}
 
 ProcessorIdentity IdentifyProcessor(ProcessorLeafReader* read) {
   ProcessorIdentity identity{};
