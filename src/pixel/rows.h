@@ -121,15 +121,17 @@ inline void FillRow(T value, void* row, std::size_t count) {
   const std::size_t bytes = count * sizeof(T);
   if (bytes < 8) {
     for (std::size_t at = 0; at < bytes; at += sizeof(T)) StoreUnaligned(dst + at, value);
-  } else if (bytes < 16) {
+    return;
+  }
+  if (bytes < 16) {
     const std::uint64_t eight = BitCastLanes<U64x2>(values)[0];
     StoreUnaligned(dst, eight);
     StoreUnaligned(dst + bytes - 8, eight);
-  } else {
-    const auto fill = [=](std::size_t at) { StoreUnaligned(dst + at, values); };
-    for (std::size_t at = StoreLines(dst, bytes, fill); bytes - at > 16; at += 16) fill(at);
-    fill(bytes - 16);
+    return;
   }
+  const auto fill = [=](std::size_t at) { StoreUnaligned(dst + at, values); };
+  for (std::size_t at = StoreLines(dst, bytes, fill); bytes - at > 16; at += 16) fill(at);
+  fill(bytes - 16);
 }
 
 template <class T>

@@ -21,6 +21,7 @@ FLOAT64 PixelCount(RegionSize size) {
 std::uint32_t SumRow(std::size_t count, const Unaligned<BW8>* row) {
   U64x2 sums{};
   std::size_t x = 0;
+#pragma GCC unroll 4
   for (; count - x >= 16; x += 16) sums += SumBytes(LoadUnaligned<U8x16>(row + x));
   auto sum = static_cast<std::uint32_t>(sums[0] + sums[1]);
   for (; x < count; ++x) sum += row[x];
@@ -29,6 +30,7 @@ std::uint32_t SumRow(std::size_t count, const Unaligned<BW8>* row) {
 
 BW8 MaxOfRow(std::size_t count, const Unaligned<BW8>* row) {
   BW8 maximum = 0;
+#pragma GCC unroll 4
   for (std::size_t x = 0; x < count; ++x) {
     const BW8 pixel = row[x];
     maximum = pixel > maximum ? pixel : maximum;
