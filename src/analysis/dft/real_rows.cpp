@@ -37,11 +37,7 @@ void StoreCombined(const Complex<V>* z, std::ptrdiff_t m, const DestinationRows<
     combine(k, z[k], z[m - k], a[0], b[0]);
     combine(k + 1, z[k + 1], z[m - k - 1], a[1], b[1]);
     StorePairs(first, k, a[0], a[1]);
-    if constexpr (mirrored) {
-      StorePairs(second, m - k - 1, b[1], b[0]);
-    } else {
-      StorePairs(second, k, b[0], b[1]);
-    }
+    StorePairs(second, mirrored ? m - k - 1 : k, b[mirrored ? 1 : 0], b[mirrored ? 0 : 1]);
   }
   if (k <= last) {
     Complex<V> a, b;
