@@ -30,7 +30,8 @@ inline F32x4 FourModuli(const ComplexFLOAT32Number* src) {
 // The root of the definition thus lies within 2^-44 of r plus the step. Rounding to float keeps order: where r plus the
 // step rounds to the same float when a margin of 2^-43 is added and when it is taken away, that float is the modulus.
 // Two parts that are 0 give 0 both ways. Other sums below 2^-70 are excluded by a test. Sums that overflow, infinite
-// parts and NaN make both bounds NaN, which are not equal.
+// parts and NaN make both bounds NaN, which are not equal. A root half-way between two floats is never certain: the
+// double root decides it.
 class FastModuli {
  public:
   // The roots are started here and used in Finish, so that other work can be put between.

@@ -62,7 +62,7 @@ StatusCode RandUniformBW8(BW8* dst, std::int32_t length, RandUniformState* state
     const std::int32_t count = std::min(kBlock, length - done);
     Draw(*state, words, count);
     for (std::int32_t i = 0; i < count; ++i) {
-      // At most one below or at the bounds: always within 32 bits.
+      // Between the bounds, give or take one, and so within 32 bits.
       dst[done + i] = static_cast<BW8>(static_cast<std::int32_t>(words[i] * scale + mid));
     }
     done += count;

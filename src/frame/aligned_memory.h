@@ -47,7 +47,8 @@ inline constexpr PrimitiveTable kMalloc2DComplexFLOAT32Number{Malloc2D<8>, Mallo
 inline constexpr PrimitiveTable kFree2D{FreeAligned};
 
 // A vector from the aligned allocator, released at the end of its scope. Holds null when the count is below 1, does
-// not fit or cannot be had. The elements are not initialised.
+// not fit or cannot be had. The elements are not initialised. There are no exceptions: whoever makes one tests it and
+// returns WorkBufferUnavailable before the first write, so that a call without memory changes nothing.
 template <class T>
 class AlignedVector {
  public:

@@ -119,6 +119,7 @@ StatusCode SelectProcessorLevel(std::int32_t code) {
   return StatusCode::Success;
 }
 
+// A code without a level gets the portable one, which every processor runs.
 StatusCode SelectProcessorLevelAuto(const ProcessorIdentity& identity) {
   ProcessorLevel = std::max(LevelOfProcessorCode(DetectProcessorCode(identity)), std::int32_t{0});
   return IsVerified(identity) ? StatusCode::Success : StatusCode::ProcessorNotVerified;

@@ -18,7 +18,7 @@ enum class StatusCode : std::int32_t {
   BadArgument = -5,            // a selector outside its values, or a zero divisor of a pipeline filter
   NonPositiveSize = -6,        // a size below 1, or sizes that do not fit together
   NullPointer = -8,            // a required pointer is null
-  WorkBufferUnavailable = -9,  // a work buffer or state object could not be allocated
+  WorkBufferUnavailable = -9,  // a work buffer or state object could not be allocated; nothing was written
   DivisionByZero = -10,        // division by a constant 0 or NaN
   UnsupportedDataType = -12,   // an element-type code that the primitive does not serve
   NonPositiveStep = -14,       // a row step below 1, or too small for the row

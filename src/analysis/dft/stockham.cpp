@@ -7,10 +7,6 @@
 namespace norvala::dft {
 namespace {
 
-// A pass of radix r takes time in proportion to r and holds r values at once: a length with a larger factor is left to
-// other methods.
-constexpr std::int32_t kLargestRadix = 150;
-
 // ---- Butterflies: the transforms of in[0], in[jump], in[2 * jump], ... ----
 
 template <class V>

@@ -22,6 +22,9 @@ struct FactorRecord {
   std::int32_t roots;
 };
 
+// A pass of radix r takes time in proportion to r and holds r values at once: a length with a larger factor is left to
+// other methods.
+inline constexpr std::int32_t kLargestRadix = 150;
 inline constexpr int kMaxFactors = 19;  // 3^19 is below 2^31, 3^20 is not
 
 struct FactorList {
@@ -36,7 +39,7 @@ struct FactorList {
 };
 
 // Splits a length into factors 2 (at most one, in front), 4 and odd ones. Returns false, with the list unusable, for 1,
-// for an odd prime, and where a factor exceeds the largest radix.
+// for an odd prime, and where a factor exceeds kLargestRadix.
 bool Factorise(std::int32_t length, FactorList& list);
 
 struct StockhamPlan {

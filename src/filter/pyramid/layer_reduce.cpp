@@ -23,7 +23,8 @@ std::int32_t ReducedSize(std::int32_t size, FLOAT32 rate) {
   return static_cast<std::int32_t>(d);
 }
 
-// The rates at which pixels are dropped without interpolation. The floats nearest to the bounds lie just outside them.
+// The rates that count as 2 by contract: every second pixel is taken and nothing is interpolated. The floats nearest to
+// the bounds lie just outside them.
 bool Decimates(double rate) { return rate >= 1.99998 && rate <= 2.00002; }
 
 template <class Filter>

@@ -73,8 +73,8 @@ bool NormaliseKernel(const std::int16_t* kernel, std::int32_t size, std::int16_t
     left += tap(i);
   }
   const std::int64_t sum = tap(centre) + 2 * left;
-  // Taps that sum to 0 are stored as they are, the left half mirrored one place too far right: the copy of the first
-  // comes to lie behind the last.
+  // There is no sum to scale by: the taps are stored as they are. By contract the left half is mirrored one place too
+  // far right, so that the copy of the first comes to lie behind the last.
   if (sum == 0) {
     normalised[centre] = tap(centre);
     for (std::ptrdiff_t i = 0; i < centre; ++i) normalised[i] = normalised[size - i] = tap(i);

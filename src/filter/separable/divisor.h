@@ -6,7 +6,8 @@
 
 namespace norvala {
 
-// The output rule of one call, derived from its divisor.
+// The output rule of one call, derived from its divisor: the byte is the sum, (sum + addend) >> shift or
+// floor(sum * factor + 0.5), limited to 0..255. The filters take it as a RoundedDivision or in doubles (parts.cpp).
 struct DivisorScale {
   enum Mode : std::int32_t { None = 0, Shift = 1, Reciprocal = 2 };
 
@@ -24,8 +25,8 @@ DivisorScale DeriveDivisorScale(std::int32_t divisor);
 // For a power of two this is the rule itself. Otherwise the reciprocal is off by at most one part in 2^24, so that
 // sum * factor misses sum / divisor by at most 2^-16 wherever the byte is below 255. Sums that do not lie half-way
 // between two bytes keep a distance of at least 1 / (2 * divisor) from there, which is more than 2^-15 up to the
-// largest divisor served. Sums that do lie half-way, of even divisors only, all go up or all go down, as the reciprocal
-// was rounded: the double product keeps the reciprocal's error.
+// largest divisor served. Sums that do lie half-way, of even divisors only, all go up where the reciprocal was rounded
+// up and all go down where it was rounded down: the double product keeps the reciprocal's error.
 struct RoundedDivision {
   static constexpr std::int32_t kLargestOther = (1 << 14) - 1;
 

@@ -184,6 +184,7 @@ StatusCode WarpAffineQuad(const void* src, RegionSize srcSize, std::int32_t srcS
   const AffineCoefficients inverse = MapThreeVertices(quads.destination, quads.source);
   const StatusCode status = WarpPolygon(request, written, quads.clockwise, inverse);
   if (status != StatusCode::Success) return status;
+  // The edges of a polygon that was cut are not the destination's: they stay as they are.
   if (request.HasSmoothEdge() && quads.sourceInside) SmoothEdge(request, quads.destination, quads.clockwise);
 
   const Point fourth = Map(forward, quads.source.vertices[3].x, quads.source.vertices[3].y);

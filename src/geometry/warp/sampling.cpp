@@ -23,7 +23,7 @@ void Sample(const SourceImage& source, SamplingHistory& history, const Position*
   for (std::int32_t k = 0; k < count;) {
     std::int32_t end = k;  // of the run of interior positions from k on
     if (liesIn(core, k) && liesIn(core, count - 1)) {
-      end = count;
+      end = count;  // those between lie within `slack` of the box of both, and so in the interior
     } else {
       while (end < count && liesIn(interior, end)) ++end;
     }
