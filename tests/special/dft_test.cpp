@@ -17,7 +17,6 @@ namespace norvala {
 namespace {
 
 using enum StatusCode;
-using norvala_test::GuardedPages;
 using Floats = std::vector<FLOAT32>;
 
 // Lengths of every method for real and complex values.
@@ -75,35 +74,37 @@ TEST(Dft1DTest, ChoosesMethodsByLength) {
 // The statuses in their order; and every length apart, with scratch of its own, and in place, with scratch that ends at
 // a no-access page.
 template <class Value, class Spec1D>
-void Check1D(auto* create, auto* run, auto* release) {
+void Check1D(StatusCode (*run)(const Value*, Value*, const Spec1D*, void*)) {
   dft::SharedRoots roots;
   Spec1D* spec = nullptr;
-  EXPECT_EQ(create(nullptr, 0, 0, 0, roots), NullPointer);
-  EXPECT_EQ(create(&spec, 0, 0, 0, roots), NonPositiveSize);
-  for (const int flag : {0, 3, 16, -1}) EXPECT_EQ(create(&spec, 12, flag, 0, roots), BadNormalisation);
+  EXPECT_EQ(CreateDftSpec1D<Spec1D>(nullptr, 0, 0, 0, roots), NullPointer);
+  EXPECT_EQ(CreateDftSpec1D(&spec, 0, 0, 0, roots), NonPositiveSize);
+  for (const int flag : {0, 3, 16, -1}) EXPECT_EQ(CreateDftSpec1D(&spec, 12, flag, 0, roots), BadNormalisation);
   for (const int n : kLengths) {
-    ASSERT_EQ(create(&spec, n, 8, 2, roots), Success);
+    ASSERT_EQ(CreateDftSpec1D(&spec, n, 8, 2, roots), Success);
     Floats x = Noise(n * static_cast<int>(sizeof(Value) / sizeof(FLOAT32)));
     Floats result(x.size());
     auto* const src = reinterpret_cast<Value*>(x.data());
     auto* const dst = reinterpret_cast<Value*>(result.data());
     EXPECT_EQ(run(src, dst, spec, nullptr), Success);
     const auto scratch = static_cast<std::size_t>(spec->scratchSize);
-    EXPECT_EQ(run(src, src, spec, GuardedPages(scratch).bytes().last(scratch).data()), Success);
+    EXPECT_EQ(run(src, src, spec, norvala_test::GuardedPages(scratch).bytes().last(scratch).data()), Success);
     EXPECT_EQ(x, result) << n;
     EXPECT_EQ(run(src, dst, nullptr, nullptr), NullPointer);
     EXPECT_EQ(run(nullptr, dst, spec, nullptr), NullPointer);
     EXPECT_EQ(run(src, nullptr, spec, nullptr), NullPointer);
+    norvala_test::HeapWatch heap;
+    heap.FailAt(0);
+    EXPECT_EQ(run(src, dst, spec, nullptr), scratch > 0 ? WorkBufferUnavailable : Success);
     spec->tag = 28;
     EXPECT_EQ(run(nullptr, nullptr, spec, nullptr), WrongStateKind);
-    release(spec);
+    FreeDftSpec1D(spec);
   }
 }
 
 TEST(Dft1DTest, ChecksAndTransformsInPlace) {
-  Check1D<FLOAT32, DftSpec1DReal>(CreateDftSpec1D<DftSpec1DReal>, RunDft1DReal, FreeDftSpec1D<DftSpec1DReal>);
-  Check1D<dft::Complex<float>, DftSpec1DComplex>(CreateDftSpec1D<DftSpec1DComplex>, RunDft1DComplex,
-                                                 FreeDftSpec1D<DftSpec1DComplex>);
+  Check1D(RunDft1DReal);
+  Check1D(RunDft1DComplex);
   dft::SharedRoots roots;
   EXPECT_EQ(dft::BluesteinPlan{}.Create((1 << 29) + 1, 1, roots), BadTransformOrder);
 }
@@ -197,7 +198,7 @@ TEST(Dft2DTest, StaysInsideTheStatedScratch) {
       if (width > 200 && height > 200) continue;
       const Spec spec = Create({width, height});
       const std::size_t scratch = spec->workSize + 15;
-      const Floats packed = Transform(spec, GuardedPages(scratch).bytes().last(scratch).data());
+      const Floats packed = Transform(spec, norvala_test::GuardedPages(scratch).bytes().last(scratch).data());
       ASSERT_EQ(packed, Transform(spec)) << width << " x " << height;
       for (const FLOAT32 value : packed) hash = (hash ^ std::bit_cast<std::uint32_t>(value)) * 16777619U;
     }
