@@ -155,7 +155,7 @@ constexpr auto kRight = [](T pixel, std::uint32_t count) {
   return static_cast<T>(number >> std::min(count, 32U));
 };
 constexpr auto kLeft = [](BW32 pixel, std::uint32_t count) { return count > 31 ? 0 : pixel << count; };
-Value DrawCount(Trial& t) { return t.OneIn(8) ? t.OneOf({64U, 0x80000000U, 0xFFFFFFFFU}) : 0U + t.Int(0, 33); }
+Value DrawCount(Trial& t) { return t.OneIn(8) ? Value(t.OneOf({64U, 0x80000000U, 0xFFFFFFFFU})) : Value(t.Int(0, 33)); }
 
 constexpr auto kMask = [](BW16 pixel, BW16 constant) { return static_cast<BW16>(pixel & constant); };
 Value DrawMask(Trial& t) { return t.OneOf({0, 0xFFFF, 0x8001, t.Int(0, 0xFFFF)}); }
