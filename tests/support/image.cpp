@@ -37,21 +37,12 @@ thread_local std::multimap<std::size_t, unsigned char*> spare;
 
 // A step for rows of `payload` bytes that is served; it keeps the rows within memory that can be had.
 int DrawStep(Choices& c, int payload, int rows, Steps steps, int elementSize) {
-  switch (c.Int(0, 9)) {
-    case 0:
-      return payload + c.Int(0, 17);
-    case 1:
-      return steps == Steps::Row ? payload : elementSize * c.Int(1, payload / elementSize);
-    case 2:
-      return steps == Steps::Any ? elementSize * c.Int(-2 * (payload / elementSize), 1) : payload + 1;
-    case 3:
-      return rows == 1 ? INT32_MAX : payload;
-    case 4:
-    case 5:
-      return payload + elementSize * c.Int(0, 5);
-    default:
-      return payload;
-  }
+  const int kind = c.Int(0, 9);
+  if (kind == 0) return payload + c.Int(0, 17);
+  if (kind == 1 && steps != Steps::Row) return elementSize * c.Int(1, payload / elementSize);
+  if (kind == 2) return steps == Steps::Any ? elementSize * c.Int(-2 * (payload / elementSize), 1) : payload + 1;
+  if (kind == 3 && rows == 1) return INT32_MAX;
+  return kind == 4 || kind == 5 ? payload + elementSize * c.Int(0, 5) : payload;
 }
 
 }  // namespace

@@ -35,10 +35,9 @@ Check AtLeast(int argument, Bound bound, StatusCode status) {
   return {status, {to(1, INT_MAX), to(1, 0), to(1, -1), to(1, INT_MIN)}, {to(0, INT_MAX)}};
 }
 
-Check Positive(int argument, StatusCode status) {
-  return AtLeast(
-      argument, [](const Arguments&) { return 1; }, status);
-}
+static std::int64_t One(const Arguments& /*arguments*/) { return 1; }
+Check Size(int argument) { return AtLeast(argument, One, StatusCode::NonPositiveSize); }
+Check Step(int argument) { return AtLeast(argument, One, StatusCode::NonPositiveStep); }
 
 Check RowStep(int argument, int elementSize, int width) {
   Check check = AtLeast(

@@ -226,9 +226,8 @@ using Bound = std::function<std::int64_t(const Arguments&)>;
 Change Set(int argument, const Value& value);
 Check NotNull(int argument);
 Check AtLeast(int argument, Bound bound, StatusCode status);
-Check Positive(int argument, StatusCode status);
-inline Check Size(int argument) { return Positive(argument, StatusCode::NonPositiveSize); }
-inline Check Step(int argument) { return Positive(argument, StatusCode::NonPositiveStep); }
+Check Size(int argument);
+Check Step(int argument);
 // A step that must cover `elementSize` bytes for each of the elements that another argument counts.
 Check RowStep(int argument, int elementSize, int width);
 Check NoneOf(int argument, std::initializer_list<Value> refused, std::initializer_list<Value> served,
