@@ -32,41 +32,28 @@ inline F32x4 FourModuli(const ComplexFLOAT32Number* src) {
 // Two parts that are 0 give 0 both ways. Other sums below 2^-70 are excluded by a test. Sums that overflow, infinite
 // parts and NaN make both bounds NaN, which are not equal. A root half-way between two floats is never certain: the
 // double root decides it.
-class FastModuli {
- public:
-  // The roots are started here and used in Finish, so that other work can be put between.
-  explicit FastModuli(const ComplexFLOAT32Number* src) {
-    const auto first = LoadUnaligned<F32x4>(src);
-    const auto second = LoadUnaligned<F32x4>(src + 2);
-    const F32x4 re = __builtin_shufflevector(first, second, 0, 2, 4, 6);
-    const F32x4 im = __builtin_shufflevector(first, second, 1, 3, 5, 7);
-    const F64x2x2 wideRe = ConvertToDoubles(re);
-    const F64x2x2 wideIm = ConvertToDoubles(im);
-    sums_ = wideRe * wideRe + wideIm * wideIm;
-    const auto sums = ConvertFromDoubles<F32x4>(sums_);
-    const auto anyBit = BitCastLanes<F32x4>(BitCastLanes<I32x4>(re) | BitCastLanes<I32x4>(im));
-    inRange_ = (sums >= 0x1p-70F) | (anyBit == 0.0F);
-    roots_ = F32x4{std::sqrt(sums[0]), std::sqrt(sums[1]), std::sqrt(sums[2]), std::sqrt(sums[3])};
-    // The addend changes the root 0 alone, whose step is then 0 and not NaN.
-    inverseSlopes_ = 0.5F / (roots_ + 0x1p-100F);
-  }
-
-  // Whether all four moduli are certain; `moduli` is set if so.
-  bool Finish(F32x4& moduli) const {
-    const F64x2x2 roots = ConvertToDoubles(roots_);
-    const F32x4 steps = ConvertFromDoubles<F32x4>(sums_ - roots * roots) * inverseSlopes_;
-    const F32x4 margins = roots_ * 0x1p-43F;
-    moduli = roots_ + (steps - margins);
-    const auto certain = BitCastLanes<I64x2>((moduli == roots_ + (steps + margins)) & inRange_);
-    return (certain[0] & certain[1]) == -1;
-  }
-
- private:
-  F64x2x2 sums_;
-  I32x4 inRange_;
-  F32x4 roots_;
-  F32x4 inverseSlopes_;
-};
+// Returns whether all four moduli are certain; `moduli` is set if so.
+inline bool FastModuli(const ComplexFLOAT32Number* src, F32x4& moduli) {
+  const auto first = LoadUnaligned<F32x4>(src);
+  const auto second = LoadUnaligned<F32x4>(src + 2);
+  const F32x4 re = __builtin_shufflevector(first, second, 0, 2, 4, 6);
+  const F32x4 im = __builtin_shufflevector(first, second, 1, 3, 5, 7);
+  const F64x2x2 wideRe = ConvertToDoubles(re);
+  const F64x2x2 wideIm = ConvertToDoubles(im);
+  const F64x2x2 wideSums = wideRe * wideRe + wideIm * wideIm;
+  const auto sums = ConvertFromDoubles<F32x4>(wideSums);
+  const auto anyBit = BitCastLanes<F32x4>(BitCastLanes<I32x4>(re) | BitCastLanes<I32x4>(im));
+  const I32x4 inRange = (sums >= 0x1p-70F) | (anyBit == 0.0F);
+  const F32x4 roots = {std::sqrt(sums[0]), std::sqrt(sums[1]), std::sqrt(sums[2]), std::sqrt(sums[3])};
+  // The addend changes the root 0 alone, whose step is then 0 and not NaN.
+  const F32x4 inverseSlopes = 0.5F / (roots + 0x1p-100F);
+  const F64x2x2 wideRoots = ConvertToDoubles(roots);
+  const F32x4 steps = ConvertFromDoubles<F32x4>(wideSums - wideRoots * wideRoots) * inverseSlopes;
+  const F32x4 margins = roots * 0x1p-43F;
+  moduli = roots + (steps - margins);
+  const auto certain = BitCastLanes<I64x2>((moduli == roots + (steps + margins)) & inRange);
+  return (certain[0] & certain[1]) == -1;
+}
 
 }  // namespace
 
@@ -77,13 +64,14 @@ StatusCode MagnitudeRowFLOAT32(const ComplexFLOAT32Number* src, FLOAT32* dst, st
   // busy; the last four need it less, and use the multipliers and adders that would be idle.
   std::ptrdiff_t i = 0;
   for (; i + 12 <= count; i += 12) {
-    const FastModuli fast(src + i + 8);
+    F32x4 moduli;
+    const bool certain = FastModuli(src + i + 8, moduli);
     StoreUnaligned(dst + i, FourModuli(src + i));
     StoreUnaligned(dst + i + 4, FourModuli(src + i + 4));
-    F32x4 moduli;
-    if (!fast.Finish(moduli)) moduli = FourModuli(src + i + 8);
+    if (!certain) moduli = FourModuli(src + i + 8);
     StoreUnaligned(dst + i + 8, moduli);
   }
+  for (; i + 4 <= count; i += 4) StoreUnaligned(dst + i, FourModuli(src + i));
   for (; i < count; ++i) {
     const auto [re, im] = LoadUnaligned<ComplexFLOAT32Number>(src + i);
     StoreUnaligned(dst + i, static_cast<FLOAT32>(std::sqrt(double{re} * re + double{im} * im)));

@@ -16,29 +16,6 @@ StatusCode ConvertRows(const S* src, std::int32_t srcStep, D* dst, std::int32_t 
   return StatusCode::Success;
 }
 
-// Floats to integers of the range 0 .. limit = 2^n - 1, n at most 16, in the low half of each lane; the high half is
-// not above 0 as a signed number.
-template <bool kRound>
-class Saturate {
- public:
-  explicit Saturate(float limit) : zero_(Splat<F32x4>(Opaque(0.0F))), limit_(Splat<F32x4>(Opaque(limit))) {}
-
-  I32x4 operator()(F32x4 x) const {
-    const F32x4 clamped = MinLanes(MaxLanes(x, zero_), limit_);  // NaN becomes 0
-    if constexpr (kRound) {
-      // -(2^23 + x) has no room for fractions: it rounds half to even, and its low bits hold the integer. The sign
-      // makes the high half negative.
-      return BitCastLanes<I32x4>(-8388608.0F - clamped);
-    } else {
-      return ConvertLanes<I32x4>(clamped);
-    }
-  }
-
- private:
-  F32x4 zero_;
-  F32x4 limit_;
-};
-
 // The low halves of consecutive groups of lanes, side by side.
 inline U16x8 PackWords(I32x4 a, I32x4 b) { return EvenLanes(BitCastLanes<U16x8>(a), BitCastLanes<U16x8>(b)); }
 
@@ -49,11 +26,19 @@ inline U8x16 PackBytes(I32x4 a, I32x4 b, I32x4 c, I32x4 d) {
   return PackSaturated(BitCastLanes<I16x8>(low), BitCastLanes<I16x8>(high));
 }
 
+// Saturates four floats at a time to integers of the range 0 .. 2^n - 1, n at most 16, in the low half of each lane;
+// the high half is not above 0 as a signed number.
 template <class D, bool kRound>
 void NarrowFloats(std::size_t count, const std::uint8_t* srcRow, std::uint8_t* dstRow) {
   const Unaligned<FLOAT32>* const src = reinterpret_cast<const Unaligned<FLOAT32>*>(srcRow);
   Unaligned<D>* const dst = reinterpret_cast<Unaligned<D>*>(dstRow);
-  const Saturate<kRound> toInteger(std::numeric_limits<D>::max());
+  const auto zero = Splat<F32x4>(Opaque(0.0F)), limit = Splat<F32x4>(Opaque<float>(std::numeric_limits<D>::max()));
+  const auto toInteger = [=](F32x4 value) {
+    const F32x4 clamped = MinLanes(MaxLanes(value, zero), limit);  // NaN becomes 0
+    // -(2^23 + x) has no room for fractions: it rounds half to even, and its low bits hold the integer. The sign makes
+    // the high half negative.
+    return kRound ? BitCastLanes<I32x4>(-8388608.0F - clamped) : ConvertLanes<I32x4>(clamped);
+  };
   const auto saturate = [&](std::size_t x) { return toInteger(LoadUnaligned<F32x4>(src + x)); };
   constexpr std::size_t kLanes = 16 / sizeof(D);
   std::size_t x = 0;

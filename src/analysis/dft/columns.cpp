@@ -8,23 +8,17 @@
 namespace norvala::dft {
 namespace {
 
-// Moves elements of any type between one column of an image and the scratch.
-template <class T>
-T* Gather(const FLOAT32* column, std::int32_t step, std::ptrdiff_t height, unsigned char* scratch) {
-  for (std::ptrdiff_t y = 0; y < height; ++y) std::memcpy(scratch + y * sizeof(T), Row(column, step, y), sizeof(T));
-  return reinterpret_cast<T*>(scratch);
-}
-template <class T>
-void Scatter(const T* values, FLOAT32* column, std::int32_t step, std::ptrdiff_t height) {
-  for (std::ptrdiff_t y = 0; y < height; ++y) std::memcpy(Row(column, step, y), values + y, sizeof(T));
-}
-
-StatusCode TransformComplexColumn(FLOAT32* column, std::int32_t step, const DftSpec1DComplex& spec,
-                                  unsigned char* scratch) {
-  auto* const values = Gather<Complex<float>>(column, step, spec.length, scratch);
-  const StatusCode status = RunDft1DComplex(values, values, &spec, values + spec.length);
-  if (status == StatusCode::Success) Scatter(values, column, step, spec.length);
-  return status;
+// Transforms a column of elements of any type by way of the scratch.
+template <class T, class Spec>
+StatusCode TransformColumn(StatusCode (*run)(const T*, T*, const Spec*, void*), const FLOAT32* src,
+                           std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep, const Spec& spec,
+                           unsigned char* scratch) {
+  auto* const values = reinterpret_cast<T*>(scratch);
+  for (std::ptrdiff_t y = 0; y < spec.length; ++y) std::memcpy(values + y, Row(src, srcStep, y), sizeof(T));
+  const StatusCode status = run(values, values, &spec, values + spec.length);
+  if (status != StatusCode::Success) return status;
+  for (std::ptrdiff_t y = 0; y < spec.length; ++y) std::memcpy(Row(dst, dstStep, y), values + y, sizeof(T));
+  return StatusCode::Success;
 }
 
 // Complex columns are transformed in blocks of four, one column a lane. Several blocks are moved at once, for whole
@@ -72,10 +66,7 @@ void TransformBlocks(FLOAT32* columns, std::int32_t step, int count, const DftSp
 
 StatusCode TransformRealColumn(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
                                const DftSpec1DReal& spec, unsigned char* scratch) {
-  auto* const values = Gather<FLOAT32>(src, srcStep, spec.length, scratch);
-  const StatusCode status = RunDft1DReal(values, values, &spec, values + spec.length);
-  if (status == StatusCode::Success) Scatter(values, dst, dstStep, spec.length);
-  return status;
+  return TransformColumn(RunDft1DReal, src, srcStep, dst, dstStep, spec, scratch);
 }
 
 StatusCode TransformColumns(FLOAT32* packed, std::int32_t step, const DftSpec2D& spec, unsigned char* scratch) {
@@ -92,7 +83,7 @@ StatusCode TransformColumns(FLOAT32* packed, std::int32_t step, const DftSpec2D&
     x += count * kBlockWidth;
   }
   for (; x < last; x += 2) {
-    status = TransformComplexColumn(packed + x, step, complex, scratch);
+    status = TransformColumn(RunDft1DComplex, packed + x, step, packed + x, step, complex, scratch);
     if (status != StatusCode::Success) return status;
   }
   return spec.width % 2 == 0 ? TransformRealColumn(packed + last, step, packed + last, step, real, scratch)
