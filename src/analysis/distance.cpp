@@ -17,34 +17,26 @@ namespace {
 constexpr float kLargest = std::numeric_limits<float>::max();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
-struct Weights {
-  float straight;
-  float diagonal;
-};
-
-struct Plane {
+// One pass. It counts rows and columns in its own order, the forward pass from the top left, the backward pass from the
+// bottom right: the neighbours that it has seen are above and to the left for both.
+template <bool forward>
+struct Pass {
   const BW8* mask;
   std::int32_t maskStep;
   FLOAT32* distances;
   std::int32_t distanceStep;
   RegionSize size;
-};
-
-// One pass. It counts rows and columns in its own order, the forward pass from the top left, the backward pass from the
-// bottom right: the neighbours that it has seen are above and to the left for both.
-template <bool forward>
-class Pass {
- public:
-  Pass(const Plane& plane, Weights weights) : plane_(plane), weights_(weights) {}
+  float straightWeight;
+  float diagonalWeight;
 
   // Rows `from` to `to` - 1, each of which has a row above it. The last band may do rows again that an earlier one has
   // done: what they come from is the same.
   void Rows(std::int32_t from, std::int32_t to) const {
-    if (to - from >= kBand && plane_.size.width >= 4 * kBand) {
+    if (to - from >= kBand && size.width >= 4 * kBand) {
       for (; to - from > kBand; from += kBand) SkewedRows(from);
       return SkewedRows(to - kBand);
     }
-    for (; from < to; ++from) SingleRow(from, 0, plane_.size.width, kInfinity);
+    for (; from < to; ++from) SingleRow(from, 0, size.width, kInfinity);
   }
 
   // Columns `from` to `to` - 1 of one row. `skip` is the weight of a step over two columns.
@@ -55,11 +47,11 @@ class Pass {
     float aboveLeft = first || from == 0 ? kInfinity : Distance(y - 1, from - 1);
     float above = first ? kInfinity : Distance(y - 1, from);
     for (std::int32_t x = from; x < to; ++x) {
-      const float aboveRight = first || x + 1 == plane_.size.width ? kInfinity : Distance(y - 1, x + 1);
+      const float aboveRight = first || x + 1 == size.width ? kInfinity : Distance(y - 1, x + 1);
       float least = MinLanes(Bound(y, x), leftTwice + skip);
-      least = MinLanes(least, above + weights_.straight);
-      least = MinLanes(least, MinLanes(aboveLeft, aboveRight) + weights_.diagonal);
-      least = MinLanes(least, left + weights_.straight);
+      least = MinLanes(least, above + straightWeight);
+      least = MinLanes(least, MinLanes(aboveLeft, aboveRight) + diagonalWeight);
+      least = MinLanes(least, left + straightWeight);
       Distance(y, x) = least;
       leftTwice = left;
       left = least;
@@ -68,14 +60,13 @@ class Pass {
     }
   }
 
- private:
   Unaligned<float>& Distance(std::int32_t y, std::int32_t x) const {
-    if constexpr (forward) return Row(plane_.distances, plane_.distanceStep, y)[x];
-    return Row(plane_.distances, plane_.distanceStep, plane_.size.height - 1 - y)[plane_.size.width - 1 - x];
+    if constexpr (forward) return Row(distances, distanceStep, y)[x];
+    return Row(distances, distanceStep, size.height - 1 - y)[size.width - 1 - x];
   }
 
   float Bound(std::int32_t y, std::int32_t x) const {
-    if constexpr (forward) return Row(plane_.mask, plane_.maskStep, y)[x] != 0 ? kLargest : 0.0F;
+    if constexpr (forward) return Row(mask, maskStep, y)[x] != 0 ? kLargest : 0.0F;
     return Distance(y, x);
   }
 
@@ -86,7 +77,7 @@ class Pass {
 
   // Four rows a vector, each two columns behind the row above it: one step of the serial chain along the rows then
   // serves them all, and what lies above the rows is the vector of an earlier step, moved by one lane. Not inlined, it
-  // would load plane and weights anew after every store of a float.
+  // would load the fields anew after every store of a float.
   [[gnu::always_inline]] void SkewedRows(std::int32_t y) const {
     for (int row = 0; row < kBand; ++row) SingleRow(y + row, 0, kLead - 2 * row, kInfinity);
 
@@ -101,10 +92,10 @@ class Pass {
       aboveLeft[v] = FourDistances(first - 1, column - 1);
     }
 
-    const auto straight = Splat<F32x4>(weights_.straight);
-    const auto diagonal = Splat<F32x4>(weights_.diagonal);
+    const auto straight = Splat<F32x4>(straightWeight);
+    const auto diagonal = Splat<F32x4>(diagonalWeight);
     std::int32_t x = kLead;
-    for (; x + 5 < plane_.size.width; x += 4) {
+    for (; x + 5 < size.width; x += 4) {
       F32x4 tiles[kVectors][4];
       for (int v = 0; v < kVectors; ++v) LoadBounds(y + 4 * v, x - 8 * v, tiles[v]);
 #pragma GCC unroll 4
@@ -126,7 +117,7 @@ class Pass {
       for (int v = 0; v < kVectors; ++v) StoreDistances(y + 4 * v, x - 8 * v, tiles[v]);
     }
 
-    for (int row = 0; row < kBand; ++row) SingleRow(y + row, x - 2 * row, plane_.size.width, kInfinity);
+    for (int row = 0; row < kBand; ++row) SingleRow(y + row, x - 2 * row, size.width, kInfinity);
   }
 
   F32x4 FourDistances(std::int32_t y, std::int32_t x) const {
@@ -137,7 +128,7 @@ class Pass {
   void LoadBounds(std::int32_t y, std::int32_t x, F32x4 (&columns)[4]) const {
     if constexpr (forward) {
       const auto load = [&](int row) {
-        return LoadUnaligned<std::uint32_t>(Row(plane_.mask, plane_.maskStep, y + row) + x - 2 * row);
+        return LoadUnaligned<std::uint32_t>(Row(mask, maskStep, y + row) + x - 2 * row);
       };
       const U32x4 rows = {load(0), load(1), load(2), load(3)};
       const I32x4 largest = BitCastLanes<I32x4>(Splat<F32x4>(kLargest));
@@ -163,9 +154,6 @@ class Pass {
       for (int row = 0; row < 4; ++row) StoreUnaligned(&Distance(y + row, x - 2 * row + 3), rows[row]);
     }
   }
-
-  Plane plane_;
-  Weights weights_;
 };
 
 }  // namespace
@@ -176,28 +164,25 @@ StatusCode DistanceTransform3x3BW8ToFLOAT32(const BW8* src, std::int32_t srcStep
   if (IsEmpty(size)) return StatusCode::NonPositiveSize;
   if (srcStep < size.width || dstStep < std::int64_t{size.width} * 4) return StatusCode::NonPositiveStep;
   if (dstStep % 4 != 0) return StatusCode::MisalignedStep;
-  const Unaligned<FLOAT32>* weights = reinterpret_cast<const Unaligned<FLOAT32>*>(metrics);
-  const float straight = weights[0];
-  const float diagonal = weights[1];
+  const auto straight = LoadUnaligned<FLOAT32>(metrics);
+  const auto diagonal = LoadUnaligned<FLOAT32>(metrics + 1);
   if (!(straight > 0.0F) || !(diagonal > 0.0F)) return StatusCode::BadCoefficients;
 
   // Where two straight steps are no longer than a diagonal one, diagonals are left out, although rounding can make two
   // straight steps the longer way.
-  const bool diagonals = 2.0 * straight > diagonal;
-  const Weights used = {straight, diagonals ? diagonal : kInfinity};
+  const float usedDiagonal = 2.0 * straight > diagonal ? diagonal : kInfinity;
   // With a diagonal step shorter than a straight one, both passes treat the last row as if one more row lay below it:
   // two diagonal steps through that row lead over two columns. No such row is assumed on the other sides.
   const bool skips = straight > diagonal && size.width > 1 && size.height > 1;
   const float skip = skips ? 2.0F * diagonal : kInfinity;
 
-  const Plane plane = {src, srcStep, dst, dstStep, size};
-  const Pass<true> forward(plane, used);
+  const Pass<true> forward = {src, srcStep, dst, dstStep, size, straight, usedDiagonal};
   const std::int32_t swept = skips ? size.height - 1 : size.height;
   forward.SingleRow(0, 0, size.width, kInfinity);
   forward.Rows(1, swept);
   if (skips) forward.SingleRow(swept, 0, size.width, skip);
 
-  const Pass<false> backward(plane, used);
+  const Pass<false> backward = {src, srcStep, dst, dstStep, size, straight, usedDiagonal};
   backward.SingleRow(0, 0, size.width, skip);
   backward.Rows(1, size.height);
   return StatusCode::Success;

@@ -87,9 +87,8 @@ StatusCode MagnitudeFLOAT32(const ComplexFLOAT32Number* src, std::int32_t srcSte
   StatusCode first = StatusCode::Success;
   for (std::int32_t y = 0; y < size.height; ++y) {
     const auto* from = Row(reinterpret_cast<const FLOAT32*>(src), srcStep, y);
-    auto* to = Row(dst, dstStep, y);
     const StatusCode status = kMagnitudeRowFLOAT32(reinterpret_cast<const ComplexFLOAT32Number*>(from),
-                                                   reinterpret_cast<FLOAT32*>(to), size.width);
+                                                   Row(dst, dstStep, y), size.width);
     if (first == StatusCode::Success) first = status;
   }
   return first;

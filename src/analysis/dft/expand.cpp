@@ -2,16 +2,13 @@
 #include <cstring>
 
 #include "analysis/analysis.h"
+#include "analysis/dft/lanes.h"
 #include "frame/memory.h"
 
 namespace norvala {
 namespace {
 
-// A complex number of the caller's memory, at any address.
-struct Number {
-  float re;
-  float im;
-};
+using Number = dft::Complex<float>;
 
 float LoadFloat(const unsigned char* row, std::ptrdiff_t x) { return LoadUnaligned<float>(row + x * 4); }
 void StoreNumber(unsigned char* row, std::ptrdiff_t k, Number value) { StoreUnaligned(row + k * 8, value); }
@@ -53,7 +50,7 @@ StatusCode ExpandPackedFLOAT32(const FLOAT32* packed, RegionSize size, std::int3
       if (mirror == y) return StoreNumber(to(y), k, {LoadFloat(from(y == 0 ? 0 : height - 1), x), 0.0F});
       const Number value = {LoadFloat(from(2 * y - 1), x), LoadFloat(from(2 * y), x)};
       StoreNumber(to(y), k, value);
-      StoreNumber(to(mirror), k, {value.re, -value.im});
+      StoreNumber(to(mirror), k, Conjugate(value));
     };
     expandReal(0, 0);
     if (width % 2 == 0) expandReal(width - 1, width / 2);

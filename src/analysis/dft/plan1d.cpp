@@ -47,11 +47,7 @@ StatusCode Normalisation::Set(std::int32_t flag, std::int32_t length) {
   if (flag != 1 && flag != 2 && flag != 4 && flag != 8) return StatusCode::BadNormalisation;
   forwardScaled = flag == 1 || flag == 4;
   inverseScaled = flag == 2 || flag == 4;
-  if (flag == 4) {
-    scale = 1.0 / std::sqrt(static_cast<double>(length));
-  } else if (flag != 8) {
-    scale = 1.0 / static_cast<double>(length);
-  }
+  if (flag != 8) scale = 1.0 / (flag == 4 ? std::sqrt(static_cast<double>(length)) : static_cast<double>(length));
   return StatusCode::Success;
 }
 

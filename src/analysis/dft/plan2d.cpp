@@ -59,11 +59,9 @@ void Release(DftSpec2D* spec) {
 StatusCode CheckNestedSpecs(const DftSpec2D& spec) {
   if (spec.rowRealSpec == nullptr || spec.columnComplexSpec == nullptr) return StatusCode::NullPointer;
   const auto isWrong = [](const auto* nested) { return nested != nullptr && nested->tag != nested->kTag; };
-  if (isWrong(spec.rowRealSpec) || isWrong(spec.columnRealSpec) || isWrong(spec.columnComplexSpec) ||
-      isWrong(spec.reservedSpec)) {
-    return StatusCode::WrongStateKind;
-  }
-  return StatusCode::Success;
+  const bool anyWrong = isWrong(spec.rowRealSpec) || isWrong(spec.columnRealSpec) || isWrong(spec.columnComplexSpec) ||
+                        isWrong(spec.reservedSpec);
+  return anyWrong ? StatusCode::WrongStateKind : StatusCode::Success;
 }
 
 // Every row of the source into the packed image, four or eight rows at once. The last ones are repeated where the

@@ -1,3 +1,5 @@
+#include <bit>
+
 #include "analysis/dft/plan1d.h"
 
 // Real-input transforms of rows. An even number 2m of real values is transformed as m complex ones, from whose spectrum
@@ -6,8 +8,6 @@
 
 namespace norvala::dft {
 namespace {
-
-bool IsPowerOfTwo(std::ptrdiff_t n) { return (n & (n - 1)) == 0; }
 
 // Where the real and imaginary part of frequency k lie in a packed row: here and in the next element.
 constexpr std::ptrdiff_t PairAt(std::ptrdiff_t k) { return 2 * k - 1; }
@@ -144,7 +144,8 @@ void RunEvenRows(const DftSpec1DReal& spec, const SourceRows<V>& src, const Dest
     });
   }
   const Complex<V>* const halves = spec.plan.Run(data, data + m);
-  return IsPowerOfTwo(m) ? StoreRebuilt<false>(halves, m, table, dst) : StoreRebuilt<true>(halves, m, table, dst);
+  return std::has_single_bit(static_cast<std::size_t>(m)) ? StoreRebuilt<false>(halves, m, table, dst)
+                                                          : StoreRebuilt<true>(halves, m, table, dst);
 }
 
 // ---- An odd number of values ----

@@ -161,20 +161,19 @@ StatusCode StockhamPlan::Create(std::int32_t newLength, std::ptrdiff_t stride, S
   tables = AlignedVector<Root>(size);
   if (!tables) return StatusCode::WorkBufferUnavailable;
   std::int32_t next = 0;
-  const FactorRecord* previous = nullptr;
-  for (FactorRecord& record : factors) {
+  for (int i = 0; i < factors.count; ++i) {
+    FactorRecord& record = factors.records[i];
     const std::ptrdiff_t step = record.before * stride;
     record.twiddles = next;
     for (std::ptrdiff_t p = 0; p < record.remaining; ++p) {
       for (std::ptrdiff_t k = 1; k < record.factor; ++k) tables[next++] = roots[p * k * step];
     }
-    if (previous != nullptr && previous->factor == record.factor) {
-      record.roots = previous->roots;
+    if (i > 0 && factors.records[i - 1].factor == record.factor) {
+      record.roots = factors.records[i - 1].roots;
     } else {
       record.roots = next;
       for (std::ptrdiff_t k = 0; k < record.factor; ++k) tables[next++] = roots[k * record.remaining * step];
     }
-    previous = &record;
   }
   return StatusCode::Success;
 }

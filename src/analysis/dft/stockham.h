@@ -31,8 +31,6 @@ struct FactorList {
   int count = 0;
   FactorRecord records[kMaxFactors];
 
-  FactorRecord* begin() { return records; }
-  FactorRecord* end() { return records + count; }
   const FactorRecord* begin() const { return records; }
   const FactorRecord* end() const { return records + count; }
   void Append(std::int32_t factor, std::int32_t length);

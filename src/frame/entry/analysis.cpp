@@ -7,8 +7,6 @@
 
 using namespace norvala;
 
-// ---- Discrete Fourier transform ----
-
 int32_t Norvala_DFTFwdFLOAT32(const FLOAT32* src, int32_t srcStep, ComplexFLOAT32Number* dst, int32_t dstStep,
                               int32_t width, int32_t height) {
   constexpr std::int32_t kUnnormalised = 8;
@@ -27,21 +25,15 @@ int32_t Norvala_DFTFwdFLOAT32(const FLOAT32* src, int32_t srcStep, ComplexFLOAT3
   return Fold(status == StatusCode::Success ? released : status);
 }
 
-// ---- Magnitude ----
-
 int32_t Norvala_MagnitudeFLOAT32(const ComplexFLOAT32Number* src, int32_t srcStep, FLOAT32* dst, int32_t dstStep,
                                  int32_t width, int32_t height) {
   return Fold(kMagnitudeFLOAT32(src, srcStep, dst, dstStep, {width, height}));
 }
 
-// ---- Distance transform ----
-
 int32_t Norvala_DistanceTransform3x3_BW8ToFLOAT32(const BW8* src, int32_t srcStep, FLOAT32* dst, int32_t dstStep,
                                                   int32_t width, int32_t height, const FLOAT32* metrics) {
   return Fold(kDistanceTransform3x3BW8ToFLOAT32(src, srcStep, dst, dstStep, {width, height}, metrics));
 }
-
-// ---- Random fill ----
 
 // A failure releases the state and its holder and leaves the destination untouched. Success keeps both, although nobody
 // can release them then: this loss of memory is part of the contract.

@@ -6,8 +6,6 @@
 
 using namespace norvala;
 
-// ---- Separable filters ----
-
 int32_t Norvala_FilterRowBW8(const BW8* src, int32_t srcStep, BW8* dst, int32_t dstStep, int32_t width, int32_t height,
                              const int32_t* kernel, int32_t kernelSize, int32_t anchor, int32_t divisor) {
   return Fold(kFilterRowBW8(src, srcStep, dst, dstStep, {width, height}, kernel, kernelSize, anchor, divisor));
@@ -51,8 +49,6 @@ int32_t Norvala_FilterColumnFLOAT32(const FLOAT32* src, int32_t srcStep, FLOAT32
   return Fold(kFilterColumnFLOAT32(src, srcStep, dst, dstStep, {width, height}, kernel, kernelSize, anchor));
 }
 
-// ---- Pipeline filters ----
-
 int32_t Norvala_FilterRowBorderPipelineGetBufferSizeBW8(int32_t width, int32_t height, int32_t kernelSize,
                                                         int32_t* bufferSize) {
   return Fold(kFilterRowBorderPipelineGetBufferSizeBW8({width, height}, kernelSize, bufferSize));
@@ -76,14 +72,10 @@ int32_t Norvala_FilterColumnPipelineBW8(const int16_t* const* srcRows, BW8* dst,
   return Fold(kFilterColumnPipelineBW8(srcRows, dst, dstStep, {width, height}, kernel, kernelSize, divisor, buffer));
 }
 
-// ---- Gaussian filter ----
-
 int32_t Norvala_FilterGauss(const BW8* src, int32_t srcStep, BW8* dst, int32_t dstStep, int32_t width, int32_t height,
                             int32_t maskCode) {
   return Fold(kFilterGauss(src, srcStep, dst, dstStep, {width, height}, maskCode));
 }
-
-// ---- Gaussian pyramid step ----
 
 int32_t Norvala_PyrDownGetBufSizeGauss5x5BW8(int32_t width, int32_t channels, int32_t* bufferSize) {
   return Fold(kPyrDownGetBufSizeGauss5x5(width, 1, channels, bufferSize));
@@ -98,8 +90,6 @@ int32_t Norvala_PyrDownGauss5x5FLOAT32(const FLOAT32* src, int32_t srcStep, FLOA
                                        int32_t width, int32_t height, uint8_t* buffer) {
   return Fold(kPyrDownGauss5x5FLOAT32(src, srcStep, dst, dstStep, {width, height}, buffer));
 }
-
-// ---- Pyramid layers ----
 
 int32_t Norvala_PyramidLayerDownInitAllocBW8(PyramidLayerState** statePtrOut, int32_t width, int32_t height,
                                              FLOAT32 rate, const int16_t* kernel, int32_t kernelSize, int32_t mode) {
@@ -117,8 +107,6 @@ int32_t Norvala_PyramidLayerDownBW8(const BW8* src, int32_t srcStep, int32_t src
                                     int32_t dstStep, int32_t dstWidth, int32_t dstHeight, PyramidLayerState* state) {
   return Fold(kPyramidLayerDownBW8(src, srcStep, {srcWidth, srcHeight}, dst, dstStep, {dstWidth, dstHeight}, state));
 }
-
-// ---- 2x2 down-sampling ----
 
 int32_t Norvala_SampleDownH2V2_JPEGBW8(const BW8* src, int32_t srcStep, int32_t srcWidth, int32_t srcHeight, BW8* dst,
                                        int32_t dstStep, int32_t dstWidth, int32_t dstHeight) {

@@ -6,8 +6,6 @@
 
 using namespace norvala;
 
-// ---- Affine warp ----
-
 int32_t Norvala_WarpAffine_BW8(const BW8* src, int32_t srcWidth, int32_t srcHeight, int32_t srcStep,
                                const Rect* srcRegion, BW8* dst, int32_t dstStep, const Rect* dstRegion,
                                const double* coefficients, int32_t interpolation) {
@@ -21,8 +19,6 @@ int32_t Norvala_WarpAffine_FLOAT32(const FLOAT32* src, int32_t srcWidth, int32_t
   return Fold(kWarpAffine(src, {srcWidth, srcHeight}, srcStep, LoadUnaligned<Rect>(srcRegion), dst, dstStep,
                           LoadUnaligned<Rect>(dstRegion), PixelDepthCode::Float32, coefficients, interpolation));
 }
-
-// ---- Quadrilateral warps ----
 
 int32_t Norvala_WarpAffineQuad(const BW8* src, int32_t srcWidth, int32_t srcHeight, int32_t srcStep,
                                const Rect* srcRegion, const double* srcQuad, BW8* dst, int32_t dstStep,
@@ -40,8 +36,6 @@ int32_t Norvala_WarpPerspectiveQuad(const BW8* src, int32_t srcWidth, int32_t sr
                                    interpolation));
 }
 
-// ---- Bounds and rotation ----
-
 int32_t Norvala_GetAffineBound(const Rect* region, double* bound, const double* coefficients) {
   return Fold(kGetAffineBound(LoadUnaligned<Rect>(region), bound, coefficients));
 }
@@ -57,8 +51,6 @@ int32_t Norvala_GetRotateQuad(const Rect* region, double* quad, double angle, do
 int32_t Norvala_GetRotateBound(const Rect* region, double* bound, double angle, double xShift, double yShift) {
   return Fold(kGetRotateBound(LoadUnaligned<Rect>(region), bound, angle, xShift, yShift));
 }
-
-// ---- Resize ----
 
 int32_t Norvala_Resize(const FLOAT32* src, int32_t srcWidth, int32_t srcHeight, int32_t srcStep, const Rect* srcRegion,
                        FLOAT32* dst, int32_t dstStep, int32_t dstWidth, int32_t dstHeight, FLOAT64 xFactor,

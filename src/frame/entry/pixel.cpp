@@ -5,8 +5,6 @@
 
 using namespace norvala;
 
-// ---- Copy, set and border replication ----
-
 int32_t Norvala_CopyBW8(const BW8* src, int32_t srcStep, BW8* dst, int32_t dstStep, int32_t width, int32_t height) {
   return Fold(kCopyBW8(src, srcStep, dst, dstStep, {width, height}));
 }
@@ -44,8 +42,6 @@ int32_t Norvala_CopyReplicateBorderFLOAT32(FLOAT32* image, int32_t step, int32_t
       kCopyReplicateBorderFLOAT32(image, step, {innerWidth, innerHeight}, {outerWidth, outerHeight}, top, left));
 }
 
-// ---- Type conversions ----
-
 int32_t Norvala_ConvertFLOAT32toBW8(const FLOAT32* src, int32_t srcStep, BW8* dst, int32_t dstStep, int32_t width,
                                     int32_t height, int32_t rounding) {
   return Fold(kConvertFLOAT32toBW8(src, srcStep, dst, dstStep, {width, height}, rounding));
@@ -76,8 +72,6 @@ int32_t Norvala_ConvertBW16toBW32(const BW16* src, int32_t srcStep, BW32* dst, i
   return Fold(kConvertBW16toBW32(src, srcStep, dst, dstStep, {width, height}));
 }
 
-// ---- Logical and shift operations ----
-
 int32_t Norvala_AndBW32(const BW32* src1, int32_t src1Step, const BW32* src2, int32_t src2Step, BW32* dst,
                         int32_t dstStep, int32_t width, int32_t height) {
   return Fold(kAndBW32(src1, src1Step, src2, src2Step, dst, dstStep, {width, height}));
@@ -104,8 +98,6 @@ int32_t Norvala_LShiftCBW32(uint32_t count, BW32* image, int32_t step, int32_t w
   return Fold(kLShiftCBW32(count, image, step, image, step, {width, height}));
 }
 
-// ---- Arithmetic and statistics ----
-
 int32_t Norvala_AddFLOAT32_C1IR(const FLOAT32* src, int32_t srcStep, FLOAT32* srcDst, int32_t srcDstStep, int32_t width,
                                 int32_t height) {
   return Fold(kAddFLOAT32_C1IR(src, srcStep, srcDst, srcDstStep, {width, height}));
@@ -128,8 +120,6 @@ int32_t Norvala_MaxIndx_BW8(const BW8* src, int32_t step, int32_t width, int32_t
                             int32_t* row) {
   return Fold(kMaxIndx_BW8(src, step, {width, height}, maximum, column, row));
 }
-
-// ---- Colour to grey ----
 
 int32_t Norvala_RGBToGray_BW8_C3C1R(const BW8* src, int32_t srcStep, BW8* dst, int32_t dstStep, int32_t width,
                                     int32_t height) {
