@@ -48,10 +48,10 @@ struct Pass {
     float above = first ? kInfinity : Distance(y - 1, from);
     for (std::int32_t x = from; x < to; ++x) {
       const float aboveRight = first || x + 1 == size.width ? kInfinity : Distance(y - 1, x + 1);
-      float least = MinLanes(Bound(y, x), leftTwice + skip);
-      least = MinLanes(least, above + straightWeight);
-      least = MinLanes(least, MinLanes(aboveLeft, aboveRight) + diagonalWeight);
-      least = MinLanes(least, left + straightWeight);
+      float least = MinLanes(leftTwice + skip, Bound(y, x));
+      least = MinLanes(above + straightWeight, least);
+      least = MinLanes(MinLanes(aboveRight, aboveLeft) + diagonalWeight, least);
+      least = MinLanes(left + straightWeight, least);
       Distance(y, x) = least;
       leftTwice = left;
       left = least;
@@ -102,8 +102,9 @@ struct Pass {
       for (int step = 0; step < 4; ++step) {
         F32x4 turned[kVectors];  // by one lane, so that a row takes the place of the next one
         for (int v = 0; v < kVectors; ++v) {
-          F32x4 least = MinLanes(tiles[v][step], MinLanes(above[v], left[v]) + straight);
-          least = MinLanes(least, MinLanes(aboveLeft[v], aboveRight[v]) + diagonal);
+          // The instruction overwrites its first operand: a sum that is not needed again.
+          F32x4 least = MinLanes(MinLanes(left[v], above[v]) + straight, tiles[v][step]);
+          least = MinLanes(MinLanes(aboveRight[v], aboveLeft[v]) + diagonal, least);
           tiles[v][step] = left[v] = least;
           turned[v] = __builtin_shufflevector(least, least, 3, 0, 1, 2);
         }
