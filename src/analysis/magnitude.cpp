@@ -38,8 +38,7 @@ inline bool FastModuli(const ComplexFLOAT32Number* src, F32x4& moduli) {
   const auto second = LoadUnaligned<F32x4>(src + 2);
   const F32x4 re = __builtin_shufflevector(first, second, 0, 2, 4, 6);
   const F32x4 im = __builtin_shufflevector(first, second, 1, 3, 5, 7);
-  const F64x2x2 wideRe = ConvertToDoubles(re);
-  const F64x2x2 wideIm = ConvertToDoubles(im);
+  const F64x2x2 wideRe = ConvertToDoubles(re), wideIm = ConvertToDoubles(im);
   const F64x2x2 wideSums = wideRe * wideRe + wideIm * wideIm;
   const auto sums = ConvertFromDoubles<F32x4>(wideSums);
   const auto anyBit = BitCastLanes<F32x4>(BitCastLanes<I32x4>(re) | BitCastLanes<I32x4>(im));
@@ -87,8 +86,9 @@ StatusCode MagnitudeFLOAT32(const ComplexFLOAT32Number* src, std::int32_t srcSte
   StatusCode first = StatusCode::Success;
   for (std::int32_t y = 0; y < size.height; ++y) {
     const auto* from = Row(reinterpret_cast<const FLOAT32*>(src), srcStep, y);
+    auto* to = Row(dst, dstStep, y);
     const StatusCode status = kMagnitudeRowFLOAT32(reinterpret_cast<const ComplexFLOAT32Number*>(from),
-                                                   Row(dst, dstStep, y), size.width);
+                                                   reinterpret_cast<FLOAT32*>(to), size.width);
     if (first == StatusCode::Success) first = status;
   }
   return first;

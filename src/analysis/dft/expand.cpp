@@ -28,8 +28,7 @@ StatusCode ExpandPackedFLOAT32(const FLOAT32* packed, RegionSize size, std::int3
   if (packed == nullptr || dst == nullptr) return StatusCode::NullPointer;
   if (IsEmpty(size)) return StatusCode::NonPositiveSize;
   if (packedStep < 1 || dstStep < 1) return StatusCode::NonPositiveStep;
-  const std::ptrdiff_t width = size.width;
-  const std::ptrdiff_t height = size.height;
+  const std::ptrdiff_t width = size.width, height = size.height;
   const std::ptrdiff_t pairs = (width - 1) / 2;  // complex columns of the packed image
   const auto from = [&](std::ptrdiff_t y) {
     return Row(reinterpret_cast<const unsigned char*>(packed), packedStep, y);

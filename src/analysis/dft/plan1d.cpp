@@ -101,8 +101,7 @@ StatusCode CreateDftSpec1D(Spec** spec, std::int32_t length, std::int32_t normal
   created->plan.Choose(length, real ? Values::Real : Values::Complex);
   StatusCode status = created->normalisation.Set(normalisation, length);
   if constexpr (real) {
-    const bool rebuilds = created->plan.length != length;
-    if (status == StatusCode::Success && rebuilds) status = MakeRebuildTables(*created, roots);
+    if (status == StatusCode::Success && created->plan.length != length) status = MakeRebuildTables(*created, roots);
   }
   if (status == StatusCode::Success) status = created->plan.Create(roots);
   if (status != StatusCode::Success) {
