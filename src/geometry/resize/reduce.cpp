@@ -27,11 +27,9 @@ struct Footprint {
 // One direction of a reduction.
 struct Footprints {
   double reciprocal;  // source pixels for each destination pixel
-  bool whole;         // the reciprocal is a whole number
   std::int32_t span;  // source pixels in reach
 
   explicit Footprints(const ResizeAxis& axis) : reciprocal(1.0 / axis.factor) {
-    whole = reciprocal == static_cast<double>(static_cast<std::int64_t>(reciprocal));
     const double reach = (axis.extent + 1.0) * reciprocal;
     span = reach + 1.0 > axis.length ? axis.length : static_cast<std::int32_t>(reach) + 1;
   }
@@ -55,82 +53,46 @@ struct Footprints {
   }
 };
 
-// Adds `n` rows with their parts to the sums, or starts the sums with them.
-template <int n, bool weighted, bool start>
-void AddRows(const SrcRow (&rows)[4], const double (&parts)[4], double* __restrict sums, std::int32_t count) {
+// Adds `n` rows times their parts to the sums, or starts the sums with them.
+constexpr int kMostRows = 4;
+template <int n, bool start>
+void AddRows(const SrcRow (&rows)[kMostRows], const double (&parts)[kMostRows], double* __restrict sums,
+             std::int32_t count) {
   for (std::int32_t x = 0; x < count; ++x) {
-    double sum = start ? 0.0 : sums[x];
+    double sum = start ? parts[0] * rows[0][x] : sums[x];
 #pragma GCC unroll 4
-    for (int k = 0; k < n; ++k) {
-      const double pixel = rows[k][x];
-      const double part = weighted ? parts[k] * pixel : pixel;
-      sum = start && k == 0 ? part : sum + part;
-    }
+    for (int k = start ? 1 : 0; k < n; ++k) sum += parts[k] * rows[k][x];
     sums[x] = sum;
   }
 }
 
-template <bool weighted, bool start>
-void AddSomeRows(int n, const SrcRow (&rows)[4], const double (&parts)[4], double* sums, std::int32_t count) {
-  switch (n) {
-    case 1:
-      return AddRows<1, weighted, start>(rows, parts, sums, count);
-    case 2:
-      return AddRows<2, weighted, start>(rows, parts, sums, count);
-    case 3:
-      return AddRows<3, weighted, start>(rows, parts, sums, count);
-    default:
-      return AddRows<4, weighted, start>(rows, parts, sums, count);
-  }
-}
-
-// Sums of a footprint's rows, four rows at a time.
-template <bool whole>
+// The sums of a footprint's rows.
 void SumRows(const ResizePlan& plan, const Footprint& f, double* sums, std::int32_t count) {
-  const std::int32_t height = f.last - f.first + 1;
-  for (std::int32_t done = 0; done < height;) {
-    const int n = std::min(height - done, 4);
-    SrcRow rows[4];
-    double parts[4];
+  using Add = decltype(AddRows<1, true>);
+  constexpr Add* kStart[] = {AddRows<1, true>, AddRows<2, true>, AddRows<3, true>, AddRows<4, true>};
+  constexpr Add* kAdd[] = {AddRows<1, false>, AddRows<2, false>, AddRows<3, false>, AddRows<4, false>};
+  for (std::int32_t y = f.first; y <= f.last; y += kMostRows) {
+    const int n = std::min(f.last - y + 1, kMostRows);
+    SrcRow rows[kMostRows];
+    double parts[kMostRows];
     for (int k = 0; k < n; ++k) {
-      const std::int32_t y = f.first + done + k;
-      rows[k] = Row(plan.src, plan.srcStep, y);
-      parts[k] = y == f.first ? f.firstPart : y == f.last ? f.lastPart : 1.0;
+      rows[k] = plan.SourceRow(y + k);
+      parts[k] = y + k == f.first ? f.firstPart : y + k == f.last ? f.lastPart : 1.0;
     }
-    if (done == 0) {
-      AddSomeRows<!whole, true>(n, rows, parts, sums, count);
-    } else {
-      AddSomeRows<!whole, false>(n, rows, parts, sums, count);
-    }
-    done += n;
+    (y == f.first ? kStart : kAdd)[n - 1](rows, parts, sums, count);
   }
 }
 
-template <bool whole>
+// The means of the columns of the sums.
 void MeanOfColumns(const double* sums, const Footprint* columns, double rowScale, Unaligned<FLOAT32>* dst,
                    std::int32_t extent) {
   for (std::int32_t x = 0; x < extent; ++x) {
     const Footprint& f = columns[x];
-    double sum = whole ? sums[f.first] : f.firstPart * sums[f.first];
+    double sum = f.firstPart * sums[f.first];
     for (std::int32_t i = f.first + 1; i < f.last; ++i) sum += sums[i];
-    if (f.last > f.first) sum += whole ? sums[f.last] : f.lastPart * sums[f.last];
+    if (f.last > f.first) sum += f.lastPart * sums[f.last];
     dst[x] = static_cast<FLOAT32>(sum * (f.scale * rowScale));
   }
-}
-
-template <bool wholeColumns, bool wholeRows>
-StatusCode ReduceBy(const ResizePlan& plan, const Footprints& columns, const Footprints& rows) {
-  const AlignedVector<Footprint> table(plan.columns.extent);
-  const AlignedVector<double> sums(columns.span);
-  if (!table || !sums) return StatusCode::WorkBufferUnavailable;
-  for (std::int32_t x = 0; x < plan.columns.extent; ++x) table[x] = columns[x];
-  for (std::int32_t y = 0; y < plan.rows.extent; ++y) {
-    const Footprint f = rows[y];
-    SumRows<wholeRows>(plan, f, sums.data(), columns.span);
-    MeanOfColumns<wholeColumns>(sums.data(), table.data(), f.scale, Row(plan.dst, plan.dstStep, y),
-                                plan.columns.extent);
-  }
-  return StatusCode::Success;
 }
 
 }  // namespace
@@ -138,10 +100,16 @@ StatusCode ReduceBy(const ResizePlan& plan, const Footprints& columns, const Foo
 StatusCode Reduce(const ResizePlan& plan) {
   const Footprints columns(plan.columns);
   const Footprints rows(plan.rows);
-  if (columns.whole) {
-    return rows.whole ? ReduceBy<true, true>(plan, columns, rows) : ReduceBy<true, false>(plan, columns, rows);
+  const AlignedVector<Footprint> table(plan.columns.extent);
+  const AlignedVector<double> sums(columns.span);
+  if (!table || !sums) return StatusCode::WorkBufferUnavailable;
+  for (std::int32_t x = 0; x < plan.columns.extent; ++x) table[x] = columns[x];
+  for (std::int32_t y = 0; y < plan.rows.extent; ++y) {
+    const Footprint f = rows[y];
+    SumRows(plan, f, sums.data(), columns.span);
+    MeanOfColumns(sums.data(), table.data(), f.scale, plan.DestinationRow(y), plan.columns.extent);
   }
-  return rows.whole ? ReduceBy<false, true>(plan, columns, rows) : ReduceBy<false, false>(plan, columns, rows);
+  return StatusCode::Success;
 }
 
 }  // namespace norvala
