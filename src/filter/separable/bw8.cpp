@@ -13,7 +13,7 @@
 //   32 bits, and WordsServe.
 // - FilterInPairs: sums of 32 bits, two products at a time. At most 64 taps, a divisor that RoundedDivision serves, and
 //   no sum beyond 32 bits, with or without the rounding.
-// - FilterInParts: sums of 32 bits that wrap, 64 taps at a time, divided in double precision. Any kernel and divisor.
+// - FilterPlainly: sums of 32 bits that wrap, divided in double precision. Any kernel and divisor.
 //
 // The first two work without the common divisor of the taps and the divisor: {250, 500, 250} / 1000 is {1, 2, 1} / 4.
 
@@ -61,12 +61,40 @@ bool FilterReduced(const SeparableCallBW8& call, std::int32_t divisor, const Div
   return true;
 }
 
+// The three modes of the output rule are one product: the reciprocal of a power of two is exact, and half a unit added
+// to the product is the addend added to the sum.
+void FilterPlainly(const SeparableCallBW8& call, std::int32_t divisor) {
+  constexpr int kStrip = 1024;  // columns whose sums are kept
+  const double factor = static_cast<float>(1.0 / divisor);
+  const SeparableWindow<BW8> window(call);
+  for (int y = 0; y < call.size.height; ++y) {
+    for (int x = 0, width = 0; x < call.size.width; x += width) {
+      width = std::min(kStrip, call.size.width - x);
+      std::uint32_t sums[kStrip] = {};
+      for (std::int32_t j = 0; j < call.kernelSize; ++j) {
+        const BW8* const pixels = window.Source(x, y, j);
+        // Products of 16-bit factors, which are quick.
+        const std::int16_t low = LowHalf(call.MirroredTap(j));
+        const std::int16_t high = HighHalf(call.MirroredTap(j));
+        for (int i = 0; i < width; ++i) sums[i] += static_cast<std::uint32_t>(pixels[i] * low);
+        if (high == 0) continue;
+        for (int i = 0; i < width; ++i) sums[i] += static_cast<std::uint32_t>(pixels[i] * high) << 16;
+      }
+      BW8* const dst = window.Destination(x, y);
+      for (int i = 0; i < width; ++i) {
+        const double quotient = static_cast<std::int32_t>(sums[i]) * factor;
+        dst[i] = static_cast<BW8>(static_cast<std::int32_t>(std::clamp(quotient, 0.0, 255.0) + 0.5));
+      }
+    }
+  }
+}
+
 StatusCode Filter(const SeparableCallBW8& call, std::int32_t divisor) {
   if (const StatusCode status = call.CheckPointersAndSizes(); status != StatusCode::Success) return status;
   if (divisor == 0) return StatusCode::ZeroDivisor;
   if (const StatusCode status = call.CheckSteps(); status != StatusCode::Success) return status;
   const DivisorScale scale = DeriveDivisorScale(divisor);
-  if (!FilterReduced(call, divisor, scale)) FilterInParts(call, divisor);
+  if (!FilterReduced(call, divisor, scale)) FilterPlainly(call, divisor);
   return StatusCode::Success;
 }
 

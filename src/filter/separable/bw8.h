@@ -22,8 +22,13 @@ struct ReducedKernel {
   std::int32_t MirroredTap(std::int32_t j) const { return call.MirroredTap(j) / common; }
 };
 
+// A tap of 32 bits is 2^16 * HighHalf(tap) + LowHalf(tap), modulo 2^32.
+inline std::int16_t LowHalf(std::int32_t tap) { return static_cast<std::int16_t>(tap); }
+inline std::int16_t HighHalf(std::int32_t tap) {
+  return static_cast<std::int16_t>((static_cast<std::uint32_t>(tap) - static_cast<std::uint32_t>(LowHalf(tap))) >> 16);
+}
+
 void FilterInWords(const ReducedKernel& kernel);
 void FilterInPairs(const ReducedKernel& kernel);
-void FilterInParts(const SeparableCallBW8& call, std::int32_t divisor);
 
 }  // namespace norvala
