@@ -1,22 +1,77 @@
-#include "filter/pyramid/step.h"
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
 
 #include "filter/filter.h"
+#include "filter/mirror.h"
 #include "frame/lanes.h"
 #include "frame/memory.h"
+
+// The 5x5 pyramid step: smoothing by the outer product of [1 4 6 4 1] with itself and keeping every second pixel of
+// every second row (P. Burt, E. Adelson, "The Laplacian Pyramid as a Compact Image Code", 1983). Rows are filtered once
+// each into accumulators in the caller's buffer, output rows combine five of them.
 
 namespace norvala {
 namespace {
 
-// All sums fit 16 unsigned bits: 16 * 255 in a row, 256 * 255 + 128 over rows.
-using Sum = std::uint16_t;
+std::int32_t HalfSize(std::int32_t size) { return size / 2 + size % 2; }
 
-Sum RowSum(const BW8* src, std::int64_t width, std::int64_t x) {
+// The six row accumulators in the caller's buffer, each with 4 bytes a destination pixel. Row y uses accumulator
+// y mod 6, so the five rows around an output row are always there together.
+template <class Sum>
+class RowAccumulators {
+ public:
+  RowAccumulators(std::uint8_t* buffer, std::int32_t dstWidth)
+      : first_(AlignUp(buffer, 32)), size_(AlignUp<std::size_t>(static_cast<std::size_t>(dstWidth) * 4, 16)) {}
+
+  Sum* Of(std::int64_t row) const { return reinterpret_cast<Sum*>(first_ + static_cast<std::size_t>(row % 6) * size_); }
+
+ private:
+  static_assert(sizeof(Sum) <= 4);
+  std::uint8_t* first_;
+  std::size_t size_;
+};
+
+// Shared checks; `pixelSize` in bytes.
+StatusCode CheckPyramidStep(const void* src, std::int32_t srcStep, const void* dst, std::int32_t dstStep,
+                            RegionSize size, const void* buffer, std::int64_t pixelSize) {
+  if (src == nullptr || dst == nullptr || buffer == nullptr) return StatusCode::NullPointer;
+  if (IsEmpty(size)) return StatusCode::NonPositiveSize;
+  if (srcStep < size.width * pixelSize || dstStep < HalfSize(size.width) * pixelSize) {
+    return StatusCode::NonPositiveStep;
+  }
+  return StatusCode::Success;
+}
+
+// Runs the step from top to bottom: filterRow(source row, accumulator) for every source row once, then
+// combineRows(the accumulators of rows 2k-2 to 2k+2, destination row) for every output row k.
+template <class Pixel, class Sum, class FilterRow, class CombineRows>
+void ReduceRows(const Pixel* src, std::int32_t srcStep, Pixel* dst, std::int32_t dstStep, RegionSize size,
+                const RowAccumulators<Sum>& accumulators, FilterRow filterRow, CombineRows combineRows) {
+  const std::int64_t height = size.height;
+  std::int64_t filtered = 0;
+  for (std::int64_t y = 0; y < height; y += 2) {
+    for (; filtered < std::min(y + 3, height); ++filtered) {
+      filterRow(Row(src, srcStep, static_cast<std::ptrdiff_t>(filtered)), accumulators.Of(filtered));
+    }
+    const Sum* rows[5];
+    for (int i = 0; i < 5; ++i) rows[i] = accumulators.Of(MirrorIndex(y - 2 + i, height));
+    combineRows(rows, Row(dst, dstStep, static_cast<std::ptrdiff_t>(y / 2)));
+  }
+}
+
+// ---- Bytes ----
+
+// All sums fit 16 unsigned bits: 16 * 255 in a row, 256 * 255 + 128 over rows.
+using WordSum = std::uint16_t;
+
+WordSum RowSum(const BW8* src, std::int64_t width, std::int64_t x) {
   const auto at = [&](std::int64_t i) { return static_cast<unsigned>(src[MirrorIndex(i, width)]); };
-  return static_cast<Sum>(6 * at(x) + 4 * (at(x - 1) + at(x + 1)) + at(x - 2) + at(x + 2));
+  return static_cast<WordSum>(6 * at(x) + 4 * (at(x - 1) + at(x + 1)) + at(x - 2) + at(x + 2));
 }
 
 // The sums of a row at its even columns.
-void FilterRow(const BW8* __restrict src, std::int32_t width, Sum* __restrict sums) {
+void FilterRow(const BW8* __restrict src, std::int32_t width, WordSum* __restrict sums) {
   const std::int32_t count = HalfSize(width);
   sums[0] = RowSum(src, width, 0);
   std::int32_t j = 1;
@@ -38,7 +93,7 @@ V ColumnSum(V above2, V above, V centre, V below, V below2) {
   return static_cast<V>(centre * 6 + ((above + below) << 2) + above2 + below2 + 128);
 }
 
-void CombineRows(const Sum* const (&rows)[5], std::int32_t count, BW8* __restrict dst) {
+void CombineRows(const WordSum* const (&rows)[5], std::int32_t count, BW8* __restrict dst) {
   std::int32_t j = 0;
   const auto sum = [&](std::int32_t at) {
     return ColumnSum(LoadUnaligned<U16x8>(rows[0] + at), LoadUnaligned<U16x8>(rows[1] + at),
@@ -53,6 +108,96 @@ void CombineRows(const Sum* const (&rows)[5], std::int32_t count, BW8* __restric
   }
   for (; j < count; ++j) {
     dst[j] = static_cast<BW8>(ColumnSum<std::int32_t>(rows[0][j], rows[1][j], rows[2][j], rows[3][j], rows[4][j]) >> 8);
+  }
+}
+
+// ---- Floats ----
+
+using FloatPixel = Unaligned<FLOAT32>;
+
+constexpr double kScale = 0.00390625;  // 1 / 256
+
+// Every sum is formed in double, in the order written, and rounded to float once: the order of the additions is part of
+// the result.
+
+// [1 4 6 4 1] applied to five neighbours.
+template <class V>
+V FiveSum(V before2, V before, V centre, V after, V after2) {
+  return (centre * 6 + (before + after) * 4) + before2 + after2;
+}
+
+// The same where one side of the kernel mirrors the other.
+FLOAT32 EdgeSum(FLOAT32 edge, FLOAT32 inner, FLOAT32 inner2) {
+  return static_cast<FLOAT32>((double{edge} * 6 + double{inner} * 8) + double{inner2} * 2);
+}
+
+FLOAT32 LastSumOfEvenWidth(const FloatPixel* end) {
+  return static_cast<FLOAT32>(((double{end[-3]} + end[-1]) * 4 + end[-4]) + double{end[-2]} * 7);
+}
+
+// The whole of a direction of one or two pixels, from the sums across it at its first and last pixel.
+FLOAT32 TwoSums(FLOAT32 first, FLOAT32 last) { return static_cast<FLOAT32>((double{first} + last) * 8 * kScale); }
+
+// The sums of a row at its even columns.
+void FilterRow(const FloatPixel* __restrict src, std::int32_t width, FLOAT32* __restrict sums) {
+  const std::int32_t count = HalfSize(width);
+  sums[0] = EdgeSum(src[0], src[MirrorIndex(1, width)], src[MirrorIndex(2, width)]);
+  if (width < 3) return;
+  // Every pixel is converted once, block by block.
+  constexpr std::int32_t kBlock = 128;
+  double evens[kBlock + 2];
+  double odds[kBlock + 2];
+  for (std::int32_t begin = 1; begin < count - 1; begin += kBlock) {
+    const std::int32_t sumCount = std::min(kBlock, count - 1 - begin);
+    const FloatPixel* const p = src + 2 * std::ptrdiff_t{begin} - 2;
+    FLOAT32* __restrict const blockSums = sums + begin;
+    for (std::int32_t i = 0; i <= sumCount; ++i) {
+      evens[i] = p[2 * i];
+      odds[i] = p[2 * i + 1];
+    }
+    evens[sumCount + 1] = p[2 * sumCount + 2];
+    for (std::int32_t i = 0; i < sumCount; ++i) {
+      blockSums[i] = static_cast<FLOAT32>(FiveSum(evens[i], odds[i], evens[i + 1], odds[i + 1], evens[i + 2]));
+    }
+  }
+  const FloatPixel* const end = src + width;
+  sums[count - 1] = width % 2 != 0 ? EdgeSum(end[-1], end[-2], end[-3]) : LastSumOfEvenWidth(end);
+}
+
+void CombineRows(const FLOAT32* const (&rows)[5], std::int32_t count, FloatPixel* __restrict dst) {
+  const FLOAT32 *above2 = rows[0], *above = rows[1], *centre = rows[2], *below = rows[3], *below2 = rows[4];
+  const auto two = [&](std::int32_t j) {
+    return FiveSum(LoadFloatsAsDoubles(above2 + j), LoadFloatsAsDoubles(above + j), LoadFloatsAsDoubles(centre + j),
+                   LoadFloatsAsDoubles(below + j), LoadFloatsAsDoubles(below2 + j)) *
+           kScale;
+  };
+  std::int32_t j = 0;
+  for (; j <= count - 4; j += 4) StoreUnaligned(dst + j, ConvertFromDoubles<F32x4>(two(j), two(j + 2)));
+  for (; j < count; ++j) {
+    dst[j] = static_cast<FLOAT32>(FiveSum<double>(above2[j], above[j], centre[j], below[j], below2[j]) * kScale);
+  }
+}
+
+// One or two rows: the row sums of the first and the last row.
+void ReduceLow(const FLOAT32* src, std::int32_t srcStep, FloatPixel* dst, RegionSize size,
+               const RowAccumulators<FLOAT32>& accumulators) {
+  FLOAT32* const first = accumulators.Of(0);
+  FLOAT32* const last = accumulators.Of(size.height - 1);
+  for (std::int32_t y = 0; y < size.height; ++y) FilterRow(Row(src, srcStep, y), size.width, accumulators.Of(y));
+  for (std::int32_t j = 0; j < HalfSize(size.width); ++j) dst[j] = TwoSums(first[j], last[j]);
+}
+
+// One or two columns of three rows or more: the column sums of the first and the last column.
+void ReduceNarrow(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep, RegionSize size) {
+  const auto columnSum = [&](std::int32_t x, std::int64_t y) {
+    const auto at = [&](std::int64_t row) {
+      return Row(src, srcStep, static_cast<std::ptrdiff_t>(MirrorIndex(row, size.height)))[x];
+    };
+    return static_cast<FLOAT32>(FiveSum<double>(at(y - 2), at(y - 1), at(y), at(y + 1), at(y + 2)));
+  };
+  for (std::int32_t k = 0; k < HalfSize(size.height); ++k) {
+    const std::int64_t y = 2 * std::int64_t{k};
+    Row(dst, dstStep, k)[0] = TwoSums(columnSum(0, y), columnSum(size.width - 1, y));
   }
 }
 
@@ -77,9 +222,29 @@ StatusCode PyrDownGauss5x5BW8(const BW8* src, std::int32_t srcStep, BW8* dst, st
   if (status != StatusCode::Success) return status;
   const std::int32_t dstWidth = HalfSize(size.width);
   ReduceRows(
-      src, srcStep, dst, dstStep, size, RowAccumulators<Sum>(buffer, dstWidth),
-      [&](const BW8* row, Sum* sums) { FilterRow(row, size.width, sums); },
-      [&](const Sum* const(&rows)[5], BW8* row) { CombineRows(rows, dstWidth, row); });
+      src, srcStep, dst, dstStep, size, RowAccumulators<WordSum>(buffer, dstWidth),
+      [&](const BW8* row, WordSum* sums) { FilterRow(row, size.width, sums); },
+      [&](const WordSum* const(&rows)[5], BW8* row) { CombineRows(rows, dstWidth, row); });
+  return StatusCode::Success;
+}
+
+StatusCode PyrDownGauss5x5FLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
+                                  RegionSize size, std::uint8_t* buffer) {
+  const StatusCode status = CheckPyramidStep(src, srcStep, dst, dstStep, size, buffer, sizeof(FLOAT32));
+  if (status != StatusCode::Success) return status;
+  if (srcStep % 4 != 0 || dstStep % 4 != 0) return StatusCode::MisalignedStep;
+  const std::int32_t dstWidth = HalfSize(size.width);
+  const RowAccumulators<FLOAT32> accumulators(buffer, dstWidth);
+  if (size.height < 3) {
+    ReduceLow(src, srcStep, Row(dst, dstStep, 0), size, accumulators);
+  } else if (size.width < 3) {
+    ReduceNarrow(src, srcStep, dst, dstStep, size);
+  } else {
+    ReduceRows(
+        src, srcStep, dst, dstStep, size, accumulators,
+        [&](const FloatPixel* row, FLOAT32* sums) { FilterRow(row, size.width, sums); },
+        [&](const FLOAT32* const(&rows)[5], FloatPixel* row) { CombineRows(rows, dstWidth, row); });
+  }
   return StatusCode::Success;
 }
 
