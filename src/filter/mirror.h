@@ -4,8 +4,8 @@
 
 namespace norvala {
 
-// The index that stands in for `index` outside 0..count-1: mirrored about the edges without repeating the edge itself
-// (-1 is 1, count is count-2), as often as it takes. The only element of one stands for all.
+// Reflects an index into 0..count-1 about the first and the last element, which are not repeated: -1 becomes 1, count
+// becomes count - 2. With a single element every index becomes 0.
 inline std::int64_t MirrorIndex(std::int64_t index, std::int64_t count) {
   if (index >= 0 && index < count) return index;
   if (count == 1) return 0;
