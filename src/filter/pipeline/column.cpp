@@ -37,7 +37,7 @@ ValueRange RangeOfValues(const RowPointer* rows, std::int64_t count, std::int32_
 template <int fixed>
 struct RowLines {
   const RowPointer* rows;
-  const Values* first[fixed + 1];  // one more than an array of none may have
+  const Values* first[fixed + 1] = {};  // an array must have an element
 
   explicit RowLines(const RowPointer* successive) : rows(successive) {
     for (int i = 0; i < fixed; ++i) first[i] = rows[i];
