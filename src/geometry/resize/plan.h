@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -31,7 +32,9 @@ struct ResizePlan {
 
 // Position of the centre of destination pixel `d` in the source, with pixel centres at whole numbers; never beyond the
 // outer edges -0.5 and length - 0.5.
-double SourcePosition(const ResizeAxis& axis, std::int32_t d);
+inline double SourcePosition(const ResizeAxis& axis, std::int32_t d) {
+  return std::clamp((d + 0.5) / axis.factor - 0.5, -0.5, axis.length - 0.5);
+}
 
 // ---- The ways to carry out a plan ----
 //

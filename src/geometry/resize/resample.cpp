@@ -63,7 +63,8 @@ struct Taps {
   std::int32_t first;
   float weights[taps - 1];
 
-  Taps(const ResizeAxis& axis, std::int32_t d) {
+  // Not inlined, since a 32-bit build lacks the registers.
+  [[gnu::noinline]] Taps(const ResizeAxis& axis, std::int32_t d) {
     const double position = SourcePosition(axis, d);
     const std::int32_t centre = position < 0.0 ? -1 : static_cast<std::int32_t>(position);
     double all[taps];
@@ -236,11 +237,6 @@ void ResampleRows(const ResizePlan& plan, GetRow row) {
 }
 
 }  // namespace
-
-double SourcePosition(const ResizeAxis& axis, std::int32_t d) {
-  const double position = (d + 0.5) / axis.factor - 0.5;
-  return std::clamp(position, -0.5, axis.length - 0.5);
-}
 
 template <int taps>
 StatusCode Resample(const ResizePlan& plan) {
