@@ -6,6 +6,7 @@
 
 #include "frame/dispatch.h"
 #include "frame/memory.h"
+#include "frame/platform_heap.h"
 #include "frame/types.h"
 
 namespace norvala {
@@ -16,9 +17,23 @@ inline constexpr std::size_t kBufferAlignment = 32;
 // Whether an allocator hints that the line 128 bytes past the start is needed soon. Addresses and steps are the same.
 enum class AllocationHint { None, Prefetch };
 
-// Null where the block cannot be had.
-void* AllocateAligned(std::uint64_t bytes, AllocationHint hint);
-void FreeAligned(void* aligned);
+// Null where the block cannot be had. The word before the aligned start holds the raw block's address. A block is asked
+// for with room for that word and for the distance to the next boundary, so the word always lies inside the block and
+// the elements always fit.
+inline void* AllocateAligned(std::uint64_t bytes, AllocationHint hint) {
+  constexpr std::uint64_t kOverhead = kBufferAlignment + sizeof(void*);
+  if (bytes > UINT32_MAX - kOverhead) return nullptr;
+  void* const raw = PlatformAllocate(static_cast<std::size_t>(bytes + kOverhead));
+  if (raw == nullptr) return nullptr;
+  unsigned char* const aligned = AlignUp(static_cast<unsigned char*>(raw) + sizeof raw, kBufferAlignment);
+  StoreUnaligned(aligned - sizeof raw, raw);
+  if (hint == AllocationHint::Prefetch) Prefetch(aligned, 128);
+  return aligned;
+}
+
+inline void FreeAligned(void* aligned) {
+  if (aligned != nullptr) PlatformRelease(LoadUnaligned<void*>(static_cast<unsigned char*>(aligned) - sizeof aligned));
+}
 
 template <int elementSize, AllocationHint hint = AllocationHint::None>
 void* Malloc1D(std::int32_t count) {
