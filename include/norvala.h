@@ -751,9 +751,10 @@ NORVALA_API int32_t NORVALA_CALL Norvala_SampleDownH2V2_JPEGBW8(const BW8* src, 
  *
  *  An image with a side of 1 pixel is sampled by nearest, one with a side below 4 pixels by linear in place of cubic.
  *  Adding #NORVALA_SMOOTH_EDGES (`NORVALA_LINEAR | NORVALA_SMOOTH_EDGES`, say) smooths the quadrilateral's edges
- *  afterwards: each pixel that an edge crosses becomes a mixture of its neighbour just inside and its neighbour just
- *  outside, by the part of the pixel that lies inside. The background must therefore be filled before the call. Edges
- *  on the destination region's own sides, and pixels whose neighbours would lie outside that region, stay as they are.
+ *  afterwards: in each column that a flat edge passes, and in each row that a steep one passes, the pixel that the edge
+ *  crosses there becomes a mixture of its neighbour just inside and its neighbour just outside, by the part of the
+ *  pixel that lies inside. The background must therefore be filled before the call. Edges on the destination region's
+ *  own sides, and pixels whose neighbours would lie outside that region, stay as they are.
  *  @{ */
 /** Warps a region of an 8-bit image.
  *  @param src           first pixel of the source image

@@ -63,7 +63,8 @@ inline constexpr PrimitiveTable kFree2D{FreeAligned};
 
 // A vector from the aligned allocator, released at the end of its scope. Holds null when the count is below 1, does
 // not fit or cannot be had. The elements are not initialised. There are no exceptions: whoever makes one tests it and
-// returns WorkBufferUnavailable before the first write, so that a call without memory changes nothing.
+// returns a failure, as a rule WorkBufferUnavailable, before the first write, so that a call without memory changes
+// nothing.
 template <class T>
 class AlignedVector {
  public:

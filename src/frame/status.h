@@ -9,7 +9,7 @@ enum class StatusCode : std::int32_t {
   Success = 0,
 
   AsymmetricKernel = 38,      // a pyramid-layer state was created from a kernel that is not symmetric; it is live
-  NoDestinationOverlap = 30,  // the mapped region misses the destination region
+  NoDestinationOverlap = 30,  // the mapped region misses the destination region, or its row table had no memory
   NoSourceOverlap = 29,       // the source region's origin lies outside the source image
   QuadNotAffine = 28,         // the fourth vertex pair does not fit the transform of the first three; warp done
   UnknownProcessorCode = 21,  // the processor code is not in the table

@@ -7,7 +7,8 @@
 namespace norvala {
 
 // The output rule of one call, derived from its divisor: the byte is the sum, (sum + addend) >> shift or
-// floor(sum * factor + 0.5), limited to 0..255. The filters take it as a RoundedDivision or in doubles (parts.cpp).
+// floor(sum * factor + 0.5), limited to 0..255. The filters take it as a RoundedDivision or, in FilterPlainly
+// (bw8.cpp), in doubles.
 struct DivisorScale {
   enum Mode : std::int32_t { None = 0, Shift = 1, Reciprocal = 2 };
 

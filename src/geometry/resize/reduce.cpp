@@ -97,6 +97,9 @@ void MeanOfColumns(const double* sums, const Footprint* columns, double rowScale
 }
 
 // ---- Halving ----
+//
+// By contract in single precision, rows first: four pixels at once and no conversions. So it differs from the general
+// Reduce by rounding.
 
 FLOAT32 MeanOfFour(SrcRow upper, SrcRow lower) {
   const float sum = (upper[0] + lower[0]) + (upper[1] + lower[1]);

@@ -30,7 +30,8 @@ struct ProjectedRow {
   //   millionth. A computed one differs from the exact one by at most (2 u n + 2^31 * 2 u d) / m + 2^31 u, which is
   //   4 u * 2^39 + 2^-22 = 2^-12 + 2^-22, but for a millionth.
   // One such error at the position and one at the end are less than 2^-10 together. Where m is not tiny and d not huge,
-  // nothing overflows, and what underflows does not count.
+  // nothing overflows, and what underflows does not count. It holds for any part of the range: m is no smaller there,
+  // n and d are no larger.
   double Slack(double first, double last) const {
     const double atFirst = Scale(first);
     const double atLast = Scale(last);

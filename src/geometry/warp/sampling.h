@@ -28,8 +28,8 @@ struct SourceImage {
 // A source position, x in lane 0 and y in lane 1.
 using Position = F64x2;
 
-// How far a position of a list may lie outside the box between the first and the last one: not at all where x and y
-// each are monotone, anywhere where nothing is known of their order.
+// How far a position of a list, or of a part of it, may lie outside the box between the first and the last one of that
+// part: not at all where x and y each are monotone, anywhere where nothing is known of their order.
 inline constexpr double kMonotone = 0;
 inline constexpr double kAnyOrder = std::numeric_limits<double>::infinity();
 
