@@ -20,13 +20,13 @@ constexpr int kMostMisaligned = 3;
 // Pages between two no-access pages.
 unsigned char* Map(std::size_t size) {
 #ifdef _WIN32
-  void* mapping = VirtualAlloc(nullptr, size + 2 * kPage, MEM_RESERVE, PAGE_NOACCESS);
+  void* const mapping = VirtualAlloc(nullptr, size + 2 * kPage, MEM_RESERVE, PAGE_NOACCESS);
   auto* const data = static_cast<unsigned char*>(mapping) + kPage;
-  const bool ok = mapping != nullptr && VirtualAlloc(data, size, MEM_COMMIT, PAGE_READWRITE) != nullptr;
+  const bool ok = VirtualAlloc(data, size, MEM_COMMIT, PAGE_READWRITE) != nullptr;
 #else
-  void* mapping = mmap(nullptr, size + 2 * kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  void* const mapping = mmap(nullptr, size + 2 * kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   auto* const data = static_cast<unsigned char*>(mapping) + kPage;
-  const bool ok = mapping != MAP_FAILED && mprotect(data, size, PROT_READ | PROT_WRITE) == 0;
+  const bool ok = mprotect(data, size, PROT_READ | PROT_WRITE) == 0;
 #endif
   if (!ok) std::abort();
   return data;
@@ -35,13 +35,14 @@ unsigned char* Map(std::size_t size) {
 // Mappings that can be used again, by size. They live as long as their thread.
 thread_local std::multimap<std::size_t, unsigned char*> spare;
 
-// A step for rows of `payload` bytes that is served; it keeps the rows within memory that can be had.
-int DrawStep(Choices& c, int payload, int rows, Steps steps, int elementSize) {
+// A step that is served; it keeps the rows within memory that can be had.
+int DrawStep(Choices& c, RegionSize size, const Around& around, int elementSize) {
+  const int payload = std::max(size.width + (around.left + around.right), size.width) * elementSize;
   const int kind = c.Int(0, 9);
   if (kind == 0) return payload + c.Int(0, 17);
-  if (kind == 1 && steps != Steps::Row) return elementSize * c.Int(1, payload / elementSize);
-  if (kind == 2) return steps == Steps::Any ? elementSize * c.Int(-2 * (payload / elementSize), 1) : payload + 1;
-  if (kind == 3 && rows == 1) return INT32_MAX;
+  if (kind == 1 && around.steps != Steps::Row) return elementSize * c.Int(1, payload / elementSize);
+  if (kind == 2) return around.steps == Steps::Any ? elementSize * c.Int(-2 * (payload / elementSize), 1) : payload + 1;
+  if (kind == 3 && size.height + around.above + around.below == 1) return INT32_MAX;
   return kind == 4 || kind == 5 ? payload + elementSize * c.Int(0, 5) : payload;
 }
 
@@ -58,11 +59,9 @@ Image::Image(Choices& choices, RegionSize size, const Around& around, int elemen
     : size_(size),
       around_(around),
       elementSize_(elementSize),
-      holdsFloats_(holdsFloats),
+      holdsFloats_(holdsFloats && !around.bits),
       holdsPointers_(holdsPointers),
-      step_(DrawStep(choices, std::max(size.width + (around.left + around.right), size.width) * elementSize,
-                     size.height + (around.above + around.below), around.steps, elementSize) /
-            around.multiple * around.multiple),
+      step_(DrawStep(choices, size, around, elementSize) / around.multiple * around.multiple),
       rowStep_(step_ < 1 ? step_ : step_ / around.unit * around.unit),
       memory_(static_cast<std::size_t>(std::abs((size.height + around.above + around.below - 1) * rowStep_) +
                                        (size.width + around.left + around.right) * std::ptrdiff_t{elementSize} +

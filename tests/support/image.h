@@ -47,6 +47,7 @@ template <class T>
 class View {
  public:
   using Pixel = std::remove_const_t<T>;
+  static constexpr auto kPixel = static_cast<std::ptrdiff_t>(sizeof(T));
 
   View(T* data, std::ptrdiff_t step = 0) : data_(reinterpret_cast<std::uintptr_t>(data)), step_(step) {}
   Pixel operator()(int x, int y = 0) const {
@@ -55,16 +56,12 @@ class View {
     return value;
   }
   // The same with its step rounded down to whole pixels.
-  View Whole() const {
-    constexpr auto kPixel = static_cast<std::ptrdiff_t>(sizeof(T));
-    return {reinterpret_cast<T*>(data_), step_ / kPixel * kPixel};
-  }
+  View Whole() const { return {reinterpret_cast<T*>(data_), step_ / kPixel * kPixel}; }
   void Set(int x, int y, T value) const { std::memcpy(Address(x, y), &value, sizeof value); }
 
  private:
   unsigned char* Address(int x, int y) const {
-    return reinterpret_cast<unsigned char*>(data_ + static_cast<std::uintptr_t>(y * step_) +
-                                            static_cast<std::uintptr_t>(x * static_cast<std::ptrdiff_t>(sizeof(T))));
+    return reinterpret_cast<unsigned char*>(data_ + static_cast<std::uintptr_t>(y * step_ + x * kPixel));
   }
   std::uintptr_t data_;
   std::ptrdiff_t step_;
@@ -93,17 +90,10 @@ T Noise(std::mt19937& random) {
 }
 
 // An image in memory of its own: exactly the bytes that its rows span, whatever the step, up to a no-access page on one
-// side. A kernel, a list of pointers or one result is an image, too. Filled with noise.
+// side. A kernel, a list of pointers or one result is an image, too.
 class Image {
  public:
-  template <class T>
-  static Image Of(Choices& choices, RegionSize size, const Around& around) {
-    constexpr bool kIsPointer = std::is_pointer_v<T>;
-    Image image(choices, size, around, sizeof(T), std::is_floating_point_v<T> && !around.bits, kIsPointer);
-    std::mt19937 random(choices.Word());
-    if constexpr (!kIsPointer) image.Fill<T>([&] { return Noise<T>(random); });
-    return image;
-  }
+  Image(Choices& choices, RegionSize size, const Around& around, int elementSize, bool holdsFloats, bool holdsPointers);
 
   void* data() const { return origin_; }
   int step() const { return step_; }
@@ -139,7 +129,6 @@ class Image {
   void Unify();
 
  private:
-  Image(Choices& choices, RegionSize size, const Around& around, int elementSize, bool holdsFloats, bool holdsPointers);
   template <class T>
   View<T> As() const {
     return {static_cast<T*>(data()), rowStep_};

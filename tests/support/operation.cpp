@@ -20,12 +20,6 @@ Checks operator+(Checks first, const Checks& then) {
   return first;
 }
 
-Change Set(int argument, const Value& value) {
-  return [=](Arguments& a) { a[argument] = value; };
-}
-
-Check NotNull(int argument) { return {StatusCode::NullPointer, {Set(argument, static_cast<void*>(nullptr))}}; }
-
 Check AtLeast(int argument, Bound bound, StatusCode status) {
   const auto to = [=](int below, std::int64_t most) -> Change {
     return [=](Arguments& a) {
@@ -34,10 +28,6 @@ Check AtLeast(int argument, Bound bound, StatusCode status) {
   };
   return {status, {to(1, INT_MAX), to(1, 0), to(1, -1), to(1, INT_MIN)}, {to(0, INT_MAX)}};
 }
-
-static std::int64_t One(const Arguments& /*arguments*/) { return 1; }
-Check Size(int argument) { return AtLeast(argument, One, StatusCode::NonPositiveSize); }
-Check Step(int argument) { return AtLeast(argument, One, StatusCode::NonPositiveStep); }
 
 Check RowStep(int argument, int elementSize, int width) {
   Check check = AtLeast(
@@ -59,10 +49,7 @@ Check NoneOf(int argument, std::initializer_list<Value> refused, std::initialize
 
 // ---- Operations ----
 
-namespace {
-
-template <class Lacks>
-std::vector<Operation> OperationsWithout(Lacks lacks) {
+static std::vector<Operation> Operations(bool (*lacks)(const Operation&)) {
   std::vector<Operation> all;
   for (const auto& family :
        {FrameOperations(), PixelOperations(), FilterOperations(), GeometryOperations(), AnalysisOperations()}) {
@@ -70,14 +57,11 @@ std::vector<Operation> OperationsWithout(Lacks lacks) {
   }
   return all;
 }
-
-}  // namespace
-
 std::vector<Operation> WithExport() {
-  return OperationsWithout([](const Operation& o) { return o.call.address == nullptr; });
+  return Operations([](auto& o) { return o.call.address == nullptr; });
 }
 std::vector<Operation> WithPrimitive() {
-  return OperationsWithout([](const Operation& o) { return o.primitive == nullptr; });
+  return Operations([](auto& o) { return o.primitive == nullptr; });
 }
 
 // ---- Runs ----
@@ -93,11 +77,8 @@ double RelativeError(const std::vector<double>& values, const std::vector<double
   return error == 0 ? 0 : std::sqrt(error / norm);
 }
 
-namespace {
-
-// Where memory differs, as text; empty if it does not. Floats may be off by the trial's tolerance.
-std::string Difference(Trial& trial, const Snapshot& expected) {
-  std::ostringstream text;
+// The first place where memory differs, as text; empty if none does. Floats may be off by the trial's tolerance.
+static std::string Difference(Trial& trial, const Snapshot& expected) {
   for (std::size_t i = 0; i < expected.size(); ++i) {
     Image& image = trial.images[i];
     if (image.Bytes() == expected[i]) continue;
@@ -107,41 +88,41 @@ std::string Difference(Trial& trial, const Snapshot& expected) {
     image.SetBytes(expected[i]);
     image.Unify();
     const double tolerance = std::max(trial.tolerance, trial.slack);
-    if (tolerance > 0) {
-      const double error = RelativeError(values, image.Values());
-      if (!(error <= tolerance)) text << "image " << i << ": relative error " << error << "; ";
-      // What is not a float of the region must be equal.
-      image.MapFloats([next = values.begin()](double) mutable { return *next++; });
-    }
+    const double error = RelativeError(values, image.Values());
+    const auto taken = [next = values.begin()](double) mutable { return *next++; };
+    if (tolerance > 0 && error <= tolerance) image.MapFloats(taken);  // all else must be equal
     const std::vector<unsigned char> unified = image.Bytes();
-    const auto place = std::mismatch(actual.begin(), actual.end(), unified.begin());
-    if (place.first == actual.end()) continue;
-    text << "image " << i << ", step " << image.step() << ", byte " << (place.first - actual.begin()) - image.origin()
-         << " after its first pixel: " << int{*place.first} << ", not " << int{*place.second} << "; ";
+    const auto [place, wanted] = std::mismatch(actual.begin(), actual.end(), unified.begin());
+    if (place == actual.end()) continue;
+    std::ostringstream text;
+    text << "image " << i << ", step " << image.step() << ", byte " << (place - actual.begin()) - image.origin()
+         << " after its first pixel: " << int{*place} << ", not " << int{*wanted} << "; relative error " << error;
+    return text.str();
   }
-  return text.str();
+  return "";
 }
 
-}  // namespace
-
-std::string Compare(const Operation& operation, Trial& trial, const Arguments& arguments, bool byExport) {
+std::string Compare(const Operation& operation, bool byExport, std::uint32_t seed, const Change& change,
+                    StatusCode refusal) {
+  Trial trial(seed);
+  Arguments arguments = operation.draw(trial);
+  if (change) change(arguments);
   const Snapshot before = Take(trial);
-  const StatusCode status = operation.reference(arguments);
+  const bool isServed = refusal == StatusCode::Success;
+  const StatusCode status = isServed ? operation.reference(arguments) : refusal;
   const Snapshot expected = Take(trial);
   for (std::size_t i = 0; i < before.size(); ++i) trial.images[i].SetBytes(before[i]);
-  const auto wanted = byExport ? norvala::Fold(status) : static_cast<std::int64_t>(status);
-  const auto result =
-      byExport ? operation.CallExport(arguments) : static_cast<std::int64_t>(operation.primitive(arguments));
+  const auto code = [](StatusCode of) { return static_cast<std::int64_t>(of); };
+  const std::int64_t wanted = byExport ? norvala::Fold(status) : code(status);
+  const std::int64_t result = byExport ? operation.CallExport(arguments) : code(operation.primitive(arguments));
   if (result != wanted) return "returned " + std::to_string(result) + ", not " + std::to_string(wanted);
+  if (!isServed) return Take(trial) == expected ? "" : "a refused call wrote";
   return Difference(trial, expected);
 }
 
 RunOutcome Run(const Operation& operation, Trial& trial, AnyFunction address) {
   Arguments arguments = operation.draw(trial);
-  if (!operation.checks.empty() && trial.OneIn(4)) {
-    const Check& check = trial.Pick(operation.checks);
-    trial.Pick(check.refused)(arguments);
-  }
+  if (!operation.checks.empty() && trial.OneIn(4)) trial.Pick(trial.Pick(operation.checks).refused)(arguments);
   const std::int64_t result = operation.call.invoke(address, arguments);
   RunOutcome outcome{14695981039346656037ULL ^ static_cast<std::uint64_t>(result), {}};
   for (Image& image : trial.images) {

@@ -24,7 +24,7 @@ using norvala::StatusCode;
 // One argument of a call, of any type; a float keeps its bits.
 struct Value {
   template <class T>
-  Value(T* address) : pointer(const_cast<std::remove_const_t<T>*>(address)) {}
+  Value(T* address) : pointer(reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(address))) {}
   template <std::integral T>
   Value(T number) : integer(number), real(static_cast<double>(number)), single(static_cast<float>(number)) {}
   template <std::floating_point T>
@@ -32,15 +32,10 @@ struct Value {
 
   template <class T>
   T As() const {
-    if constexpr (std::is_pointer_v<T>) {
-      return static_cast<T>(pointer);
-    } else if constexpr (std::is_same_v<T, float>) {
-      return single;
-    } else if constexpr (std::is_same_v<T, double>) {
-      return real;
-    } else {
-      return static_cast<T>(integer);
-    }
+    if constexpr (std::is_pointer_v<T>) return reinterpret_cast<T>(pointer);
+    if constexpr (std::is_integral_v<T> || std::is_enum_v<T>) return static_cast<T>(integer);
+    if constexpr (std::is_same_v<T, float>) return single;
+    if constexpr (std::is_same_v<T, double>) return real;
   }
 
   void* pointer = nullptr;
@@ -70,14 +65,17 @@ class Trial : public Choices {
 
   template <class T>
   Image& New(RegionSize size, const Around& around = {}) {
-    return images.emplace_back(Image::Of<T>(*this, size, around));
+    constexpr bool kIsPointer = std::is_pointer_v<T>;
+    Image& image = images.emplace_back(*this, size, around, sizeof(T), std::is_floating_point_v<T>, kIsPointer);
+    std::mt19937 random(Word());
+    if constexpr (!kIsPointer) image.Fill<T>([&] { return Noise<T>(random); });
+    return image;
   }
   // A vector, such as a kernel; its address.
   template <class T>
   T* Array(std::initializer_list<T> values) {
     Image& image = New<T>({static_cast<int>(values.size()), 1});
-    int i = 0;
-    for (const T value : values) image.Set(i++, 0, value);
+    image.Fill<T>([next = values.begin()]() mutable { return *next++; });
     return static_cast<T*>(image.data());
   }
   // Where a result goes.
@@ -102,48 +100,33 @@ Snapshot Take(const Trial& trial);
 
 using AnyFunction = void (*)();
 
-template <class T>
-inline constexpr bool kIsView = false;
-template <class T>
-inline constexpr bool kIsView<View<T>> = true;
-
 // Takes arguments from the list one after the other. A RegionSize takes two of the list, and a View takes an address
 // and a step; a Rect is read from an address.
-class Reader {
- public:
-  Reader(const Arguments& arguments) : arguments_(arguments) {}
+struct Reader {
+  Reader(const Arguments& list) : arguments(list) {}
 
   template <class T>
   T Read() {
     if constexpr (std::is_same_v<T, RegionSize>) {
-      const auto width = Read<std::int32_t>();
-      return {width, Read<std::int32_t>()};
-    } else if constexpr (kIsView<T>) {
-      auto* const data = Read<typename T::Pixel*>();
-      return {data, Read<std::int32_t>()};
+      return {Read<std::int32_t>(), Read<std::int32_t>()};
+    } else if constexpr (requires { typename T::Pixel; }) {
+      return {Read<typename T::Pixel*>(), Read<std::int32_t>()};
     } else if constexpr (std::is_same_v<T, Rect>) {
-      const View rect(Read<std::int32_t*>());
-      return {rect(0), rect(1), rect(2), rect(3)};
+      return View(Read<Rect*>())(0);
     } else {
-      return arguments_[next_++].As<T>();
+      return arguments[next++].As<T>();
     }
   }
 
- private:
-  const Arguments& arguments_;
-  int next_ = 0;
+  const Arguments& arguments;
+  int next = 0;
 };
 
-// The arguments of a function, from the list in their order.
-template <class... P>
-std::tuple<P...> Typed(const Arguments& arguments) {
-  [[maybe_unused]] Reader reader(arguments);
-  return {reader.Read<P>()...};
-}
-
+// Calls a function with arguments from the list in their order.
 template <class R, class... P>
 R Apply(R (*function)(P...), const Arguments& arguments) {
-  return std::apply(function, Typed<P...>(arguments));
+  [[maybe_unused]] Reader reader(arguments);
+  return std::apply(function, std::tuple<P...>{reader.Read<P>()...});
 }
 
 // The name of a function, out of what the compiler calls an instance of this template.
@@ -175,9 +158,9 @@ template <auto function, auto use>
 Export CallBy() {
   return {NameOf<function>(), reinterpret_cast<AnyFunction>(function),
           [](AnyFunction f, const Arguments& a) -> std::int64_t {
-            return [&]<class R, class F, class... P>(R (*by)(F, P...)) -> std::int64_t {
-              return std::apply(by, std::tuple_cat(std::tuple(reinterpret_cast<F>(f)), Typed<P...>(a)));
-            }(use);
+            Arguments all = a;
+            all.insert(all.begin(), f);
+            return Apply(use, all);
           }};
 }
 
@@ -188,12 +171,9 @@ using Model = StatusCode (*)(const Arguments&);
 template <auto reference>
 Model Reference() {
   return [](const Arguments& a) {
-    if constexpr (std::is_void_v<decltype(Apply(+reference, a))>) {
-      Apply(+reference, a);
-      return StatusCode::Success;
-    } else {
-      return Apply(+reference, a);
-    }
+    if constexpr (!std::is_void_v<decltype(Apply(+reference, a))>) return Apply(+reference, a);
+    Apply(+reference, a);
+    return StatusCode::Success;
   };
 }
 
@@ -201,9 +181,7 @@ Model Reference() {
 template <const auto& table, int... order>
 Model Primitive() {
   return [](const Arguments& a) {
-    return [&]<class... P>(const norvala::PrimitiveTable<StatusCode(P...)>& typed) {
-      return std::apply(typed, Typed<P...>(sizeof...(order) == 0 ? a : Arguments(a[order]...)));
-    }(table);
+    return Apply(table.entries[norvala::ProcessorLevel], sizeof...(order) == 0 ? a : Arguments(a[order]...));
   };
 }
 
@@ -223,11 +201,14 @@ using Checks = std::vector<Check>;
 Checks operator+(Checks first, const Checks& then);
 
 using Bound = std::function<std::int64_t(const Arguments&)>;
-Change Set(int argument, const Value& value);
-Check NotNull(int argument);
+inline Change Set(int argument, const Value& value) {
+  return [=](Arguments& a) { a[argument] = value; };
+}
+inline Check NotNull(int argument) { return {StatusCode::NullPointer, {Set(argument, static_cast<void*>(nullptr))}}; }
 Check AtLeast(int argument, Bound bound, StatusCode status);
-Check Size(int argument);
-Check Step(int argument);
+inline std::int64_t One(const Arguments& /*arguments*/) { return 1; }
+inline Check Size(int argument) { return AtLeast(argument, One, StatusCode::NonPositiveSize); }
+inline Check Step(int argument) { return AtLeast(argument, One, StatusCode::NonPositiveStep); }
 // A step that must cover `elementSize` bytes for each of the elements that another argument counts.
 Check RowStep(int argument, int elementSize, int width);
 Check NoneOf(int argument, std::initializer_list<Value> refused, std::initializer_list<Value> served,
@@ -269,9 +250,11 @@ std::vector<Operation> AnalysisOperations();
 
 // ---- Runs ----
 
-// Makes a call and compares its result and all memory with what the reference gives; what differs, as text. An export
-// folds the reference's status to 0 or -1.
-std::string Compare(const Operation& operation, Trial& trial, const Arguments& arguments, bool byExport);
+// Makes up a call, changes its arguments, makes it, and compares its result and all memory with what the reference
+// gives; what differs, as text. A call that must be refused has a status and leaves every byte as it is. An export
+// folds the status to 0 or -1.
+std::string Compare(const Operation& operation, bool byExport, std::uint32_t seed, const Change& change = {},
+                    StatusCode refusal = StatusCode::Success);
 
 // The error of all values together, relative to them. Those that are not finite must be equal.
 double RelativeError(const std::vector<double>& values, const std::vector<double>& expected);
@@ -281,9 +264,9 @@ struct RunOutcome {
   std::uint64_t hash = 0;
   std::vector<double> approximate;
 
-  bool operator==(const RunOutcome& other) const {
-    return hash == other.hash && approximate.size() == other.approximate.size() &&
-           RelativeError(approximate, other.approximate) == 0;
+  // Equal hashes go with as many numbers: what a call returned decides that and is part of the hash.
+  bool operator==(const RunOutcome& o) const {
+    return hash == o.hash && RelativeError(approximate, o.approximate) == 0;
   }
 };
 
@@ -291,8 +274,7 @@ struct RunOutcome {
 RunOutcome Run(const Operation& operation, Trial& trial, AnyFunction address);
 
 // Runs all exports, each with some seeds, at addresses made of theirs.
-std::vector<RunOutcome> RunAll(
-    std::uint32_t firstSeed, std::uint32_t seeds,
-    const std::function<AnyFunction(AnyFunction)>& by = [](AnyFunction address) { return address; });
+std::vector<RunOutcome> RunAll(std::uint32_t firstSeed, std::uint32_t seeds,
+                               const std::function<AnyFunction(AnyFunction)>& by = std::identity());
 
 }  // namespace norvala_test
