@@ -16,7 +16,7 @@ TEST(RandUniformStateTest, ChecksInOrderAndContinuesTheSequence) {
   ASSERT_EQ(kRandUniformCreateBW8(&state, 200, 100, 7), Success);
   EXPECT_EQ(state->seed, 7U);
   EXPECT_EQ(std::exchange(state->tag, 28), 35);
-  std::vector<BW8> parts(9, 9);
+  std::vector<BW8> parts(9, 9), whole(9);
   EXPECT_EQ(kRandUniformBW8(nullptr, 0, state), NullPointer);
   EXPECT_EQ(kRandUniformBW8(parts.data(), 0, nullptr), NullPointer);
   EXPECT_EQ(kRandUniformBW8(parts.data(), 0, state), NonPositiveSize);
@@ -28,7 +28,6 @@ TEST(RandUniformStateTest, ChecksInOrderAndContinuesTheSequence) {
   EXPECT_EQ(kRandUniformBW8(parts.data(), 4, state), Success);
   EXPECT_EQ(kRandUniformBW8(parts.data() + 4, 5, state), Success);
   EXPECT_EQ(kRandUniformFreeBW8(state), Success);
-  std::vector<BW8> whole(9);
   EXPECT_EQ(Norvala_RandUniform_BW8(whole.data(), 9, 200, 100, 7), 0);
   EXPECT_EQ(parts, whole);
 }
@@ -54,12 +53,8 @@ TEST(RandUniformStateTest, MakesDrawsThatNoSeedShows) {
   // The most negative draw falls just below the lower bound.
   const std::uint32_t word = 0x80000000U - (1131199209U * 69069 + 1013904243);
   const std::uint32_t difference = word > INT32_MAX ? word + 18 : word;
-  struct Case {
-    BW8 low, high, value;
-  };
-  for (const Case c : {Case{10, 20, 9}, {1, 255, 0}, {0, 255, 0}, {30, 31, 30}, {8, 8, 8}, {20, 10, 20}}) {
-    EXPECT_EQ(Draw(c.low, c.high, difference), c.value) << int{c.low} << ".." << int{c.high};
-  }
+  const BW8 cases[][3] = {{10, 20, 9}, {1, 255, 0}, {0, 255, 0}, {30, 31, 30}, {8, 8, 8}, {20, 10, 20}};
+  for (const auto& [low, high, value] : cases) EXPECT_EQ(Draw(low, high, difference), value) << int{low};
 }
 
 }  // namespace
