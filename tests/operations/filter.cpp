@@ -3,9 +3,7 @@
 #include "filter/filter.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <numeric>
 
 #include "filter/pyramid/layer.h"
 #include "support/operation.h"
@@ -14,6 +12,20 @@ namespace norvala_test {
 namespace {
 
 using namespace norvala;
+using enum StatusCode;
+using Short = std::int16_t;
+using State = PyramidLayerState;
+
+// ---- Sums ----
+
+double Sum(int count, auto term) {
+  double sum = 0;
+  for (int i = 0; i < count; ++i) sum += term(i);
+  return sum;
+}
+
+// In 32 bits that wrap.
+std::int32_t Wrapped(double sum) { return static_cast<std::int32_t>(static_cast<std::int64_t>(sum)); }
 
 // ---- Kernels ----
 
@@ -41,18 +53,20 @@ struct Kernel {
     }
   }
 
-  // Fills rows of `width` elements, the first of which is row `top`. In two of three images the palette comes in its
-  // order or against it, in both directions, so that the whole of it meets the kernel.
+  // An image, the first row of which is row `top`. In two of three the palette comes in its order or against it, in
+  // both directions, so that the whole of it meets the kernel.
   template <class Pixel>
-  void Fill(Trial& t, Image& image, int width, int top = 0) const {
-    const int size = static_cast<int>(palette.size());
-    int i = top * width;
-    const auto pixel = [&] {
-      const int place = order == 0 ? t.Int(0, size - 1) : (i / width + i % width) % size;
+  Image& New(Trial& t, RegionSize size, const Around& around = {}, int top = 0) const {
+    Image& image = t.New<Pixel>(size, around);
+    const int width = around.left + size.width + around.right;
+    const int colours = static_cast<int>(palette.size());
+    const auto pixel = [&, i = top * width]() mutable {
+      const int place = order == 0 ? t.Int(0, colours - 1) : (i / width + i % width) % colours;
       ++i;
-      return static_cast<Pixel>(palette[static_cast<std::size_t>(order < 0 ? size - 1 - place : place)]);
+      return static_cast<Pixel>(palette.begin()[order < 0 ? colours - 1 - place : place]);
     };
-    if (size > 0) image.Fill<Pixel>(pixel);
+    if (colours > 0) image.Fill<Pixel>(pixel);
+    return image;
   }
 
   std::vector<double> taps = {};
@@ -64,17 +78,11 @@ struct Kernel {
 // Taps that with their divisor lie beside what an arithmetic serves: word and float reciprocals, signed words and words
 // that pack, sums of 32 bits with their rounding, and sums that wrap or would not without a divisor in common.
 Kernel DrawKnown(Trial& t) {
-  return t.OneOf<Kernel>({{{197}, 217, {255}},
-                          {{194}, 811, {255}},
-                          {{28513}, 32459, {255}},
-                          {{2, -1}, 200, {16384, 0}},
-                          {{100, 29}, 1, {255, 255}},
-                          {{49}, 49, {1}},
-                          {{32767, 32767, 32767}, 3, {32767}},
-                          {{-32767, -32767, -32767}, 3, {32767}},
-                          {{8421500}, 8193, {255}},
-                          {{8421504, 2}, 10, {255, 255}},
-                          {{-8421504, -2}, 10, {255, 255}}});
+  return t.OneOf({Kernel{{197}, 217, {255}}, Kernel{{194}, 811, {255}}, Kernel{{28513}, 32459, {255}},
+                  Kernel{{2, -1}, 200, {16384, 0}}, Kernel{{100, 29}, 1, {255, 255}}, Kernel{{49}, 49, {1}},
+                  Kernel{{32767, 32767, 32767}, 3, {32767}}, Kernel{{-32767, -32767, -32767}, 3, {32767}},
+                  Kernel{{8421500}, 8193, {255}}, Kernel{{8421504, 2}, 10, {255, 255}},
+                  Kernel{{-8421504, -2}, 10, {255, 255}}});
 }
 
 // Integers of up to `bits` bits over pixels up to white, whose largest sums lie at and beside limits of one arithmetic
@@ -106,7 +114,7 @@ Kernel DrawKernel(Trial& t, int white, int bits) {
   if (!isAtLimit) kernel.Add(t, sum - whole * white, most, 1, 1);
   if (t.OneIn(4)) kernel.MakeSymmetric();
   if (t.OneIn(6)) kernel.palette.clear();
-  const double total = std::accumulate(kernel.taps.begin(), kernel.taps.end(), 0.0);
+  const double total = Sum(kernel.count(), [&](int i) { return kernel.taps.begin()[i]; });
   if (isMean && total != 0 && std::abs(total) < 1 << 24) kernel.divisor = static_cast<int>(total);
   kernel.divisor *= common;
   for (double& tap : kernel.taps) tap *= common;
@@ -123,8 +131,7 @@ Kernel DrawFloatKernel(Trial& t) {
   const bool isSpecial = t.OneIn(9);
   double sum = 0;
   for (double& tap : kernel.taps) {
-    const int exponent = -t.Int(0, exponents);
-    tap = std::ldexp(tap / kernel.divisor, exponent);
+    tap = std::ldexp(tap / kernel.divisor, -t.Int(0, exponents));
     if (isSpecial) tap = t.OneOf({tap, tap, 1e-40, 3.4e38, double{INFINITY}, double{NAN}});
     sum += std::abs(tap);
   }
@@ -142,99 +149,81 @@ Kernel DrawFloatKernel(Trial& t) {
   // Numbers and their opposites on both sides of one that gets lost or does not: products may be added in any order
   // only while the exponents lie close together.
   const int exponent = t.OneOf({10, 11, 11, 12, 13, 14, 40});
-  const double large = std::ldexp(t.OneOf({1.5, -1.5}), exponent);
+  const double big = std::ldexp(t.OneOf({1.5, -1.5}), exponent);
   const double small = t.OneOf({0x1.fffffep-2, 0x1.fffffep-2, 0.5, 1.25, -0x1p-53});
-  const int order = kernel.order;
-  if (t.OneIn(3)) return {{large, small, large}, 1, {-32767, 1, 32767}, order};
-  return {
-      {large, large, large, small, large, large, large}, 1, {-32767, -32767, -32767, 1, 32767, 32767, 32767}, order};
+  if (t.OneIn(3)) return {{big, small, big}, 1, {-32767, 1, 32767}, kernel.order};
+  return {{big, big, big, small, big, big, big}, 1, {-32767, -32767, -32767, 1, 32767, 32767, 32767}, kernel.order};
 }
 
 // ---- Separable filters ----
 
 template <class Pixel, class Tap, bool alongRow>
 Arguments DrawSeparable(Trial& t) {
-  const int white = sizeof(Pixel) == 1 ? UINT8_MAX : INT16_MAX;
-  const Kernel kernel = std::is_integral_v<Tap> ? DrawKernel(t, white, 31) : DrawFloatKernel(t);
+  constexpr int kWhite = sizeof(Pixel) == 1 ? UINT8_MAX : INT16_MAX;
+  const Kernel kernel = std::is_integral_v<Tap> ? DrawKernel(t, kWhite, 31) : DrawFloatKernel(t);
   const int reach = kernel.count() - 1;
   RegionSize size = t.Size();
   if (t.OneIn(20)) size = {t.Int(1000, 4500), t.Int(1, 2)};
   if (t.OneIn(20)) size = {t.Int(1, 40), t.Int(100, 300)};
   const int anchor = size.height > 1 && t.OneIn(8) ? t.Int(-4, kernel.count() + 4) : t.Int(0, reach);
-  Around around = {.unit = sizeof(Pixel)};
-  (alongRow ? around.left : around.above) = reach - anchor;
-  (alongRow ? around.right : around.below) = anchor;
-  Image& src = t.New<Pixel>(size, around);
-  kernel.Fill<Pixel>(t, src, size.width + (alongRow ? reach : 0));
+  const Around row = {.left = reach - anchor, .right = anchor, .unit = sizeof(Pixel)};
+  const Around column = {.above = reach - anchor, .below = anchor, .unit = sizeof(Pixel)};
+  const Image& src = kernel.New<Pixel>(t, size, alongRow ? row : column);
   const Image& dst = t.New<Pixel>(size, {.unit = sizeof(Pixel)});
   return {src, dst, size, kernel.In<Tap>(t), kernel.count(), anchor, kernel.divisor};
 }
 
-// In 32 bits that wrap.
-std::int32_t Wrapped(double sum) { return static_cast<std::int32_t>(static_cast<std::int64_t>(sum)); }
-
 // Products are added from left to right or top to bottom, that is from the last tap to the first. The divisor of bytes
 // divides the sum, that of shorts scales the taps.
 template <class Pixel, class Tap, bool alongRow>
-void Convolve(View<const Pixel> src, View<Pixel> dst, RegionSize size, const Tap* kernel, std::int32_t count,
-              std::int32_t anchor, std::int32_t divisor) {
+void Convolve(View<const Pixel> src, View<Pixel> dst, RegionSize size, const Tap* taps, int count, int anchor,
+              int divisor) {
   const auto factor = static_cast<FLOAT32>(1.0 / divisor);
-  const auto weight = [&](int i) -> double {
-    if constexpr (sizeof(Pixel) == 2 && std::is_integral_v<Tap>) return static_cast<FLOAT32>(View(kernel)(i)) * factor;
-    return static_cast<double>(View(kernel)(i));
-  };
+  constexpr bool kScales = sizeof(Pixel) == 2 && std::is_integral_v<Tap>;
   ForEachPixel(size, [&](int x, int y) {
-    double sum = 0;
-    for (int i = count - 1; i >= 0; --i) {
-      const auto pixel = src.Whole()(x + (alongRow ? anchor - i : 0), y + (alongRow ? 0 : anchor - i));
-      sum += static_cast<std::conditional_t<sizeof(Pixel) == 2, std::int16_t, Pixel>>(pixel) * weight(i);
-    }
+    double sum = Sum(count, [&](int i) {
+      const Tap tap = View(taps)(count - 1 - i);
+      const int at = anchor - (count - 1 - i);
+      const Pixel pixel = src.Whole()(x + (alongRow ? at : 0), y + (alongRow ? 0 : at));
+      return pixel * (kScales ? static_cast<FLOAT32>(tap) * factor : static_cast<double>(tap));
+    });
     if (sizeof(Pixel) == 1) sum = std::clamp(Wrapped(sum) * static_cast<double>(factor) + 0.5, 0.0, 255.0);
     if (sizeof(Pixel) == 2) sum = std::isnan(sum) ? 0 : std::clamp(sum + std::copysign(0.5, sum), -32768.0, 32767.0);
-    if (sizeof(Pixel) == 2) dst.Whole().Set(x, y, static_cast<Pixel>(static_cast<std::int16_t>(sum)));
-    if (sizeof(Pixel) != 2) dst.Whole().Set(x, y, static_cast<Pixel>(sum));
+    dst.Whole().Set(x, y, static_cast<Pixel>(sum));
   });
 }
 
 template <auto call, const auto& table, class Pixel, class Tap, bool alongRow>
 Operation Separable() {
-  const Check divisor = NoneOf(9, {0}, {}, StatusCode::ZeroDivisor);
+  const Check divisor = NoneOf(9, {0}, {}, ZeroDivisor);
+  const Check memory = NoneOf(7, {INT32_MAX}, {}, WorkBufferUnavailable);
   Checks checks = {NotNull(0), NotNull(2), NotNull(6), Size(4), Size(5), Size(7)};
   if (sizeof(Pixel) == 1) checks.push_back(divisor);
   // Scaling the taps comes first, and so does their memory.
-  if (sizeof(Pixel) == 2 && std::is_integral_v<Tap>) {
-    const Check memory = {StatusCode::WorkBufferUnavailable, {Set(7, INT32_MAX)}};
-    checks = Checks{NotNull(6), Size(7), divisor, memory, NotNull(0), NotNull(2), Size(4), Size(5)};
-  }
-  const auto reach = [](const Arguments& a) {
-    return (a[4].integer + (alongRow ? a[7].integer - 1 : 0)) * std::int64_t{sizeof(Pixel)};
-  };
-  Check step = AtLeast(1, reach, StatusCode::NonPositiveStep);
+  const Checks scaling = {NotNull(6), Size(7), divisor, memory, NotNull(0), NotNull(2), Size(4), Size(5)};
+  if (sizeof(Pixel) == 2 && std::is_integral_v<Tap>) checks = scaling;
+  constexpr int kPixel = sizeof(Pixel);
+  const auto reach = [](const Arguments& a) { return (a[4].integer + (alongRow ? a[7].integer - 1 : 0)) * kPixel; };
+  Check step = AtLeast(1, reach, NonPositiveStep);
   step.refused.push_back([](Arguments& a) { a[1] = a[3] = INT32_MAX / 2, a[4] = INT32_MAX; });
   // The divisor of bytes whose rule is never found comes later.
   if (sizeof(Pixel) == 1) step.refused.push_back([](Arguments& a) { a[9] = INT32_MIN, a[3] = 0; });
   return Row<call, table, DrawSeparable<Pixel, Tap, alongRow>, Convolve<Pixel, Tap, alongRow>>(
-      checks + Checks{step, RowStep(3, sizeof(Pixel), 4)});
+      checks + Checks{step, RowStep(3, kPixel, 4)});
 }
 
 // ---- Pipeline filters ----
 
-Arguments DrawBufferSize(Trial& t) {
+Arguments DrawBytes(Trial& t) {
   const auto any = [&] { return t.OneIn(2) ? t.Int(1, INT32_MAX) : t.Int(1, 100); };
   return {any(), any(), t.Int(1, t.OneIn(2) ? 100 : 536870895), t.Result<std::int32_t>()};
 }
-void BufferSize(RegionSize, std::int32_t count, std::int32_t* bufferSize) {
-  View(bufferSize).Set(0, 0, 4 * count + 64);
-}
+void Bytes(RegionSize, int count, int* bytes) { View(bytes).Set(0, 0, 4 * count + 64); }
 
 // Intermediate rows, and the array of their addresses.
 Image& DrawRows(Trial& t, int width, int count, const Kernel& kernel) {
-  Image& rows = t.New<std::int16_t*>({count, 1});
-  for (int y = 0; y < count; ++y) {
-    Image& row = t.New<std::int16_t>({width, 1});
-    kernel.Fill<std::int16_t>(t, row, width, y);
-    rows.Set(y, 0, row.data());
-  }
+  Image& rows = t.New<Short*>({count, 1});
+  for (int y = 0; y < count; ++y) rows.Set(y, 0, kernel.New<Short>(t, {width, 1}, {}, y).data());
   return rows;
 }
 Value DrawBuffer(Trial& t, int size) { return t.New<BW8>({size, 1}, {.scratch = true}).data(); }
@@ -242,13 +231,12 @@ Value DrawBuffer(Trial& t, int size) { return t.New<BW8>({size, 1}, {.scratch = 
 Arguments DrawPipelineRow(Trial& t) {
   const Kernel kernel = DrawKernel(t, UINT8_MAX, 15);
   const RegionSize size = {t.OneIn(4) ? t.Int(100, 500) : t.Width(), t.Int(1, 3)};
-  Image& src = t.New<BW8>(size);
-  kernel.Fill<BW8>(t, src, size.width);
+  const Image& src = kernel.New<BW8>(t, size);
   Image& rows = DrawRows(t, size.width, size.height, kernel);
   if (t.OneIn(16)) rows.Set<void*>(t.Int(0, size.height - 1), 0, nullptr);
   const int anchor = t.OneIn(2) ? kernel.count() / 2 : t.Int(0, kernel.count() - 1);
   const int divisor = t.OneIn(32) ? INT32_MIN : kernel.divisor;
-  const Value taps = kernel.In<std::int16_t>(t);
+  const Value taps = kernel.In<Short>(t);
   const Value buffer = DrawBuffer(t, 4 * kernel.count() + 64);
   return {src, rows.data(), size, taps, kernel.count(), anchor, t.Int(0, 4), t.Int(0, 255), divisor, buffer};
 }
@@ -265,22 +253,20 @@ int BorderColumn(int x, int width, int type) {
 }
 
 // Stops at a row that is not there.
-StatusCode PipelineRow(View<const BW8> src, std::int16_t* const* dstRows, RegionSize size, const std::int16_t* kernel,
-                       std::int32_t count, std::int32_t anchor, std::int32_t type, std::int32_t borderValue,
-                       std::int32_t divisor) {
+StatusCode PipelineRow(View<const BW8> src, Short* const* rows, RegionSize size, const Short* taps, int count,
+                       int anchor, int type, int value, int divisor) {
   for (int y = 0; y < size.height; ++y) {
-    std::int16_t* const dst = View(dstRows)(y);
-    if (dst == nullptr) return StatusCode::NullPointer;
+    Short* const row = View(rows)(y);
+    if (row == nullptr) return NullPointer;
     for (int x = 0; x < size.width; ++x) {
-      double sum = 0;
-      for (int i = 0; i < count; ++i) {
+      const double sum = Sum(count, [&](int i) {
         const int column = BorderColumn(x + i - anchor, size.width, type);
-        sum += View(kernel)(i) * (column < 0 ? borderValue : src(column, y));
-      }
-      View(dst).Set(x, 0, static_cast<std::int16_t>(std::clamp(Wrapped(sum) * (1.0 / divisor), -32768.0, 32767.0)));
+        return View(taps)(i) * (column < 0 ? value : src(column, y));
+      });
+      View(row).Set(x, 0, static_cast<Short>(std::clamp(Wrapped(sum) * (1.0 / divisor), -32768.0, 32767.0)));
     }
   }
-  return StatusCode::Success;
+  return Success;
 }
 
 Arguments DrawPipelineColumn(Trial& t) {
@@ -291,13 +277,11 @@ Arguments DrawPipelineColumn(Trial& t) {
   const Image& dst = t.New<BW8>(size);
   const int divisor = t.OneIn(32) ? INT32_MIN : kernel.divisor;
   const Value buffer = DrawBuffer(t, 4 * kernel.count() + 64);
-  return {rows.data(), dst, size, kernel.In<std::int16_t>(t), kernel.count(), divisor, buffer};
+  return {rows.data(), dst, size, kernel.In<Short>(t), kernel.count(), divisor, buffer};
 }
-void PipelineColumn(const std::int16_t* const* srcRows, View<BW8> dst, RegionSize size, const std::int16_t* kernel,
-                    std::int32_t count, std::int32_t divisor) {
+void PipelineColumn(Short* const* rows, View<BW8> dst, RegionSize size, const Short* taps, int count, int divisor) {
   ForEachPixel(size, [&](int x, int y) {
-    double sum = 0;
-    for (int i = 0; i < count; ++i) sum += static_cast<double>(View(View(srcRows)(y + i))(x)) * View(kernel)(i);
+    const double sum = Sum(count, [&](int i) { return View(View(rows)(y + i))(x) * View(taps)(i); });
     dst.Set(x, y, static_cast<BW8>(std::clamp(sum * (1.0 / divisor), 0.0, 255.0)));
   });
 }
@@ -315,14 +299,13 @@ Arguments DrawGauss(Trial& t) {
   if (t.OneIn(4)) src.Fill<BW8>([&] { return static_cast<BW8>(255 * t.Int(0, 1)); });
   return {src, t.New<BW8>(size, {.steps = Steps::Positive}), size, mask};
 }
-void Gauss(View<const BW8> src, View<BW8> dst, RegionSize size, std::int32_t mask) {
-  static constexpr int kWeights[3][5] = {{2, 7, 12, 7, 2}, {7, 31, 52, 31, 7}, {12, 52, 127, 52, 12}};
+void Gauss(View<const BW8> src, View<BW8> dst, RegionSize size, int mask) {
+  constexpr int kTaps[][3][5] = {{{1, 2, 1}, {2, 4, 2}}, {{2, 7, 12, 7, 2}, {7, 31, 52, 31, 7}, {12, 52, 127, 52, 12}}};
   const int reach = mask / 22;
   ForEachPixel(size, [&](int x, int y) {
     int sum = 0;
     ForEachPixel({2 * reach + 1, 2 * reach + 1}, [&](int i, int j) {
-      const int weight3 = (2 - std::abs(i - 1)) * (2 - std::abs(j - 1));
-      sum += src(x + i - reach, y + j - reach) * (reach == 1 ? weight3 : kWeights[2 - std::abs(j - 2)][i]);
+      sum += src(x + i - reach, y + j - reach) * kTaps[reach - 1][reach - std::abs(j - reach)][i];
     });
     dst.Set(x, y, static_cast<BW8>(reach == 1 ? std::nearbyint(sum / 16.0) : std::round(sum / 571.0)));
   });
@@ -332,14 +315,10 @@ void Gauss(View<const BW8> src, View<BW8> dst, RegionSize size, std::int32_t mas
 
 // The type of the elements changes nothing; only the primitive is asked for it.
 Arguments DrawStepSize(Trial& t) {
-  const int width = t.OneOf({t.Int(1, 5000), t.Int(1, 29826161)});
-  const int channels = t.OneOf({1, 3});
-  return {width, channels, t.Result<std::int32_t>(), t.OneOf({1, 2, 9})};
+  return {t.OneOf({t.Int(1, 5000), t.Int(1, 29826161)}), t.OneOf({1, 3}), t.Result<int>(), t.OneOf({1, 2, 9})};
 }
 int StepBuffer(int elements) { return (elements * 4 + 15) / 16 * 96 + 32; }
-void StepSize(std::int32_t width, std::int32_t channels, std::int32_t* bufferSize) {
-  View(bufferSize).Set(0, 0, StepBuffer(width * channels));
-}
+void StepSize(int width, int channels, int* bytes) { View(bytes).Set(0, 0, StepBuffer(width * channels)); }
 
 // The index that stands for `index`: mirrored about the edges without repeating them, as often as it takes.
 int Mirror(int index, int count) { return BorderColumn(index, count, 3); }
@@ -352,31 +331,26 @@ Arguments DrawStep(Trial& t) {
   const RegionSize size = t.OneIn(2) ? t.Size() : RegionSize{t.Int(1, 12), t.Int(1, 40)};
   Image& src = t.New<Pixel>(size, {.multiple = sizeof(Pixel)});
   const int period = t.OneOf({0, 0, 1, 6, 6});
-  int i = 0;
-  const auto pixel = [&] {
+  const auto pixel = [&, i = 0]() mutable {
     const double number = t.OneOf({1, 3, -4}) * (t.OneIn(2) ? 1 : 0x1p60);
     const int level = t.OneIn(4) ? t.Int(0, 255) : 255;
     const bool isZero = i++ / size.width % period != 0;
     return static_cast<Pixel>(sizeof(Pixel) == 1 ? level : isZero ? 0 : number);
   };
   if (period > 0) src.Fill<Pixel>(pixel);
-  const Image& dst = t.New<Pixel>(Half(size), {.multiple = sizeof(Pixel)});
-  return {src, dst, size, DrawBuffer(t, StepBuffer(size.width))};
+  return {src, t.New<Pixel>(Half(size), {.multiple = sizeof(Pixel)}), size, DrawBuffer(t, StepBuffer(size.width))};
 }
 
 // All in double precision, in the order written; the sums of rows or, in narrow images, of columns are floats.
 template <class Pixel>
 void Step(View<const Pixel> src, View<Pixel> dst, RegionSize size) {
-  const int w = size.width;
-  const int h = size.height;
+  const int w = size.width, h = size.height;
   const auto five = [](auto at) { return ((at(0) * 6 + (at(-1) + at(1)) * 4) + at(-2)) + at(2); };
   const auto across = [&](int x, int y) -> double {
     const auto p = [&](int i) { return static_cast<double>(src(Mirror(x + i, w), y)); };
-    const int inwards = x == 0 ? 1 : -1;
-    const bool isEdge = x == 0 || x == w - 1;
-    const double edge = (p(0) * 6 + p(inwards) * 8) + p(2 * inwards) * 2;
+    const double edge = (p(0) * 6 + p(1) * 8) + p(2) * 2;
     const double besideEdge = ((p(-1) + p(1)) * 4 + p(-2)) + p(0) * 7;
-    return static_cast<FLOAT32>(isEdge ? edge : x == w - 2 ? besideEdge : five(p));
+    return static_cast<FLOAT32>(x == 0 || x == w - 1 ? edge : x == w - 2 ? besideEdge : five(p));
   };
   const auto down = [&](int x, int y) -> double {
     return static_cast<FLOAT32>(five([&](int i) { return static_cast<double>(src(x, Mirror(y + i, h))); }));
@@ -395,63 +369,49 @@ void Step(View<const Pixel> src, View<Pixel> dst, RegionSize size) {
 Kernel DrawLayerKernel(Trial& t) {
   const int centre = t.OneIn(10) ? t.Int(5, 22) : t.Int(1, 4);
   const auto [least, most] =
-      t.OneOf<std::array<int, 2>>({{0, 0}, {1, 1}, {0, 8}, {0, 8}, {0, 99}, {-99, 99}, {-32768, 32767}});
+      t.OneOf<std::pair<int, int>>({{0, 0}, {1, 1}, {0, 8}, {0, 8}, {0, 99}, {-99, 99}, {-32768, 32767}});
   Kernel kernel;
-  for (int i = 0; i < centre; ++i) kernel.taps.push_back(t.Int(least, most));
-  const double sum = 2 * std::accumulate(kernel.taps.begin(), kernel.taps.end(), 0.0);
+  double sum = 0;
+  for (int i = 0; i < centre; ++i) sum += 2 * kernel.taps.emplace_back(t.Int(least, most));
   const double any = t.Int(least, most);
   kernel.taps.push_back(std::clamp(t.OneOf({any, any, t.OneOf({0, 8, 16, 32, 32, 64}) - sum}), -32768.0, 32767.0));
   kernel.taps.resize(static_cast<std::size_t>(2 * centre + 1));
   kernel.MakeSymmetric();
   return kernel;
 }
-using State = PyramidLayerState;
 
-// These make a state, tell whether there was one, and release it. The export sets the caller's pointer also on failure.
-std::int32_t CreateBy(decltype(&Norvala_PyramidLayerDownInitAllocBW8) create, BW8* created, RegionSize size,
-                      FLOAT32 rate, const std::int16_t* kernel, std::int32_t count, std::int32_t mode) {
-  State* state = reinterpret_cast<State*>(created);
-  const std::int32_t result =
-      create(created == nullptr ? nullptr : &state, size.width, size.height, rate, kernel, count, mode);
+// Makes a state, tells whether there was one, and releases it. The export sets the caller's pointer also on failure.
+template <class Result, class... P>
+Result CreateBy(Result (*create)(State**, P...), BW8* created, P... p) {
+  State* state = std::is_same_v<Result, StatusCode> ? nullptr : reinterpret_cast<State*>(created);
+  const Result result = create(created == nullptr ? nullptr : &state, p...);
   if (state != nullptr) *created = 1;
   Norvala_PyramidLayerDownFreeBW8(state);
   return result;
 }
-StatusCode CreatePrimitive(BW8* created, RegionSize size, FLOAT32 rate, const std::int16_t* kernel, std::int32_t count,
-                           std::int32_t mode, std::int32_t elementType, std::int32_t channels) {
+StatusCode CreatePrimitive(BW8* created, auto... p) { return CreateBy(PyramidLayerDownInitAlloc, created, p...); }
+constexpr PrimitiveTable kCreate{CreatePrimitive<RegionSize, FLOAT32, const Short*, int, int, int, int>};
+int FreeBy(int (*release)(State*), BW8* created, RegionSize size, FLOAT32 rate, const Short* taps, int count) {
   State* state = nullptr;
-  State** const address = created == nullptr ? nullptr : &state;
-  const auto status = kPyramidLayerDownInitAlloc(address, size, rate, kernel, count, mode, elementType, channels);
+  const int result = Norvala_PyramidLayerDownInitAllocBW8(&state, size.width, size.height, rate, taps, count, 2);
   if (state != nullptr) *created = 1;
-  kPyramidLayerDownFree(state);
-  return status;
+  return result | release(state) | release(nullptr);
 }
-constexpr PrimitiveTable kCreate{CreatePrimitive};
 
 // Now and then the kernel is not symmetric.
 Arguments DrawCreate(Trial& t) {
   Kernel kernel = DrawLayerKernel(t);
-  if (t.OneIn(4)) kernel.taps[static_cast<std::size_t>(t.Int(0, kernel.count() - 1))] += 1;
+  if (t.OneIn(4)) kernel.taps.begin()[t.Int(0, kernel.count() - 1)] += 1;
   const RegionSize size = t.Size();
   const auto rate = t.OneOf({1.0000001F, 2.0F, 10.0F});
-  auto* const taps = kernel.In<std::int16_t>(t);
+  auto* const taps = kernel.In<Short>(t);
   const int elementType = t.OneOf({1, 3, 9});
   return {t.Result<BW8>(), size, rate, taps, kernel.count(), 2, elementType, t.OneOf({1, 3})};
 }
-StatusCode Create(BW8* created, RegionSize, FLOAT32, const std::int16_t* kernel, std::int32_t count) {
+StatusCode Create(BW8* created, RegionSize, FLOAT32, const Short* taps, int count) {
   *created = 1;
-  for (int i = 0; i < count; ++i) {
-    if (View(kernel)(i) != View(kernel)(count - 1 - i)) return StatusCode::AsymmetricKernel;
-  }
-  return StatusCode::Success;
-}
-std::int32_t FreeBy(decltype(&Norvala_PyramidLayerDownFreeBW8) release, BW8* created, RegionSize size, FLOAT32 rate,
-                    const std::int16_t* kernel, std::int32_t count, std::int32_t mode) {
-  State* state = nullptr;
-  const std::int32_t result =
-      Norvala_PyramidLayerDownInitAllocBW8(&state, size.width, size.height, rate, kernel, count, mode);
-  if (state != nullptr) *created = 1;
-  return result | release(state) | release(nullptr);
+  const double unequal = Sum(count, [&](int i) { return View(taps)(i) != View(taps)(count - 1 - i); });
+  return unequal > 0 ? AsymmetricKernel : Success;
 }
 
 // The size that a size reduces to: the least whose upper bound is no less.
@@ -473,16 +433,12 @@ Arguments DrawReduce(Trial& t) {
   const int small = t.Int(1, 16);
   const int large = t.Int(101050, 101200);
   const int special = t.Int(0, 50);
-  if (special == 0) {  // tables are used up to their ends
-    kernel.taps.assign(17, 1);
-    rate = static_cast<FLOAT32>(t.Real(1.001, 1.06));
-    size = {16, small};
-  } else if (special == 1) {  // white becomes more than that
-    kernel.taps.assign(41, 1);
-    size = {42 + small, 42};
-    darkest = 255;
-  } else if (special < 5) {  // beside the bounds of decimation, so large that twice the reduced size falls behind
-    kernel.taps.assign(3, 1);
+  // Tables are used up to their ends; white becomes more than that; or sizes beside the bounds of decimation are so
+  // large that twice the reduced size falls behind.
+  if (special < 5) kernel.taps.assign(special == 0 ? 17 : special == 1 ? 41 : 3, 1);
+  if (special == 0) rate = static_cast<FLOAT32>(t.Real(1.001, 1.06)), size = {16, small};
+  if (special == 1) size = {42 + small, 42}, darkest = 255;
+  if (special > 1 && special < 5) {
     rate = t.OneOf({1.99998F, 1.9999801F, 2.0000198F, 2.0000198F, 2.00002F});
     size = t.OneIn(2) ? RegionSize{large, 1} : RegionSize{1, large};
   }
@@ -490,7 +446,7 @@ Arguments DrawReduce(Trial& t) {
   if (darkest >= 0) src.Fill<BW8>([&] { return static_cast<BW8>(t.OneIn(2) ? 255 : darkest); });
   const RegionSize reduced = {ReducedSize(size.width, rate), ReducedSize(size.height, rate)};
   const Image& dst = t.New<BW8>(reduced);
-  auto* const taps = kernel.In<std::int16_t>(t);
+  auto* const taps = kernel.In<Short>(t);
   const int more = t.OneIn(4) ? t.Int(0, 20) : 0;
   State* state = nullptr;
   Norvala_PyramidLayerDownInitAllocBW8(&state, size.width + more, size.height + more, rate, taps, kernel.count(), 2);
@@ -501,55 +457,41 @@ Arguments DrawReduce(Trial& t) {
 // Smooths by the taps as a state keeps them: a kernel that sums to 0 mirrors its left half one place further right. The
 // values have 16 bits, of which 3 are fractional; sums of columns wrap. Sums of rows lose their 8 bits as a whole in
 // images larger than the kernel, of whose taps the left half counts, product by product in others.
-void Smooth(View<const BW8> src, RegionSize size, View<const std::int16_t> kernel, int count, View<std::int32_t> f) {
+void Reduce(View<const BW8> src, RegionSize size, View<BW8> dst, RegionSize reduced, State*, FLOAT32 rate,
+            const Short* taps, int count) {
   const int centre = count / 2;
   const bool isLarge = size.width > count && size.height > count;
-  double sum = 2 * kernel(centre);
-  for (int i = 0; i < centre; ++i) sum += 4.0 * kernel(i);
-  std::vector<std::int32_t> taps;
-  for (int i = 0; i < count; ++i) {
-    const int scaled = sum == 0 ? 0 : static_cast<int>(4.0 * kernel(std::min(i, count - 1 - i)) / sum * 8192 + 0.5);
-    const int given = i <= centre ? kernel(i) : i == centre + 1 ? 0 : kernel(count - i);
-    taps.push_back(sum == 0 ? given : static_cast<std::int16_t>(scaled) >> 1);
-  }
-  const View tap(taps.data());
-  std::vector<std::int32_t> sums(static_cast<std::size_t>(size.width * size.height));
+  const auto left = [&](int i) { return View(taps)(std::min(i, count - 1 - i)); };
+  const double total = Sum(count, left);
+  const auto tap = [&](int i) -> int {
+    if (total == 0) return i <= centre ? View(taps)(i) : i == centre + 1 ? 0 : View(taps)(count - i);
+    return static_cast<Short>(static_cast<int>(left(i) / total * 16384 + 0.5)) >> 1;
+  };
+  std::vector<int> sums(static_cast<std::size_t>(size.width * size.height));
   const View rows(sums.data(), size.width * std::ptrdiff_t{4});
   ForEachPixel(size, [&](int x, int y) {
-    int row = 0;
-    for (int i = 0; i < count; ++i) {
+    const double row = Sum(count, [&](int i) {
       const int pixel = src(Mirror(x + i - centre, size.width), y);
-      row += isLarge ? pixel * tap(std::min(i, count - 1 - i)) : pixel * tap(i) >> 8;
-    }
-    rows.Set(x, y, isLarge ? row >> 8 : row);
+      return isLarge ? pixel * tap(std::min(i, count - 1 - i)) : pixel * tap(i) >> 8;
+    });
+    rows.Set(x, y, static_cast<int>(row) >> (isLarge ? 8 : 0));
   });
-  ForEachPixel(size, [&](int x, int y) {
-    double column = 1 << 14;
-    for (int i = 0; i < count; ++i) column += 1.0 * rows(x, Mirror(y + i - centre, size.height)) * tap(i);
-    f.Set(x, y, std::clamp(Wrapped(column) >> 15, -32768, 32767));
-  });
-}
-
-void Reduce(View<const BW8> src, RegionSize srcSize, View<BW8> dst, RegionSize dstSize, State*, FLOAT32 rate,
-            const std::int16_t* kernel, std::int32_t count) {
-  std::vector<std::int32_t> values(static_cast<std::size_t>(srcSize.width * srcSize.height));
-  const View f(values.data(), srcSize.width * std::ptrdiff_t{4});
-  Smooth(src, srcSize, kernel, count, f);
+  const auto smooth = [&](int x, int y) {
+    const auto product = [&](int i) { return 1.0 * rows(x, Mirror(y + i - centre, size.height)) * tap(i); };
+    return std::clamp(Wrapped(Sum(count, product) + (1 << 14)) >> 15, -32768, 32767);
+  };
   // Next to 2 nothing lies between pixels, and those beyond the source's end are left alone.
   const double step = rate >= 1.99998 && rate <= 2.00002 ? 2 : rate;
-  const auto between = [&](int i, int size, auto value) {
+  const auto between = [&](int i, int end, auto value) {
     const int q = static_cast<int>(i * step);
     const double fraction = i * step - q;
-    return q + 1 >= size ? value(q) : static_cast<int>(value(q) * (1 - fraction) + value(q + 1) * fraction + 0.5);
+    return q + 1 >= end ? value(q) : static_cast<int>(value(q) * (1 - fraction) + value(q + 1) * fraction + 0.5);
   };
-  // In place: no later column reads this one.
-  for (int i = 0; i < dstSize.width && i * step < srcSize.width; ++i) {
-    for (int y = 0; y < srcSize.height; ++y) f.Set(i, y, between(i, srcSize.width, [&](int x) { return f(x, y); }));
-    for (int j = 0; j < dstSize.height && j * step < srcSize.height; ++j) {
-      const int value = between(j, srcSize.height, [&](int y) { return f(i, y); });
-      dst.Set(i, j, static_cast<BW8>(std::clamp((value + 4) >> 3, 0, 255)));
-    }
-  }
+  ForEachPixel(reduced, [&](int i, int j) {
+    if (i * step >= size.width || j * step >= size.height) return;
+    const auto across = [&](int y) { return between(i, size.width, [&](int x) { return smooth(x, y); }); };
+    dst.Set(i, j, static_cast<BW8>(std::clamp((between(j, size.height, across) + 4) >> 3, 0, 255)));
+  });
 }
 
 // ---- 2x2 down-sampling ----
@@ -571,101 +513,87 @@ void SampleDown(View<const BW8> src, RegionSize, View<BW8> dst, RegionSize size)
 }  // namespace
 
 std::vector<Operation> FilterOperations() {
-  constexpr auto kSize = StatusCode::NonPositiveSize;
-  constexpr auto kBad = StatusCode::BadArgument;
-  const Check longest = NoneOf(2, {536870896}, {536870895}, kSize);
-  const Checks pipelineSize = {NotNull(3), Size(0), Size(1), Size(2), longest};
+  const Checks bytes = {NotNull(3), Size(0), Size(1), Size(2), NoneOf(2, {536870896}, {536870895}, NonPositiveSize)};
 
-  const Check taps = NoneOf(6, {0, INT32_MIN}, {}, kSize);
-  Check anchor = NoneOf(7, {-1, INT32_MIN, INT32_MAX}, {}, StatusCode::AnchorOutsideKernel);
-  anchor.refused.push_back([](Arguments& a) { a[7] = a[6]; });
-  const Check border = NoneOf(8, {-1, 5, INT32_MIN}, {}, kBad);
+  const Check taps = NoneOf(6, {0, INT32_MIN}, {}, NonPositiveSize);
+  const auto behind = [](Arguments& a) { a[7] = a[6]; };
+  const Check anchor = {AnchorOutsideKernel, {Set(7, -1), Set(7, INT32_MIN), Set(7, INT32_MAX), behind}};
+  const Check border = NoneOf(8, {-1, 5, INT32_MIN}, {}, BadArgument);
   const Checks rowFirst = {NotNull(0), NotNull(2), NotNull(5), NotNull(11), Size(4), Size(3), taps, anchor};
-  const Checks pipelineRow = rowFirst + Checks{RowStep(1, 1, 3), border, NoneOf(10, {0}, {}, kBad)};
+  const Checks row = rowFirst + Checks{RowStep(1, 1, 3), border, NoneOf(10, {0}, {}, BadArgument)};
 
   // The last row, and the first of more than can be counted in 32 bits.
-  const auto setNull = [](Arguments& a, std::int64_t row) {
-    View(static_cast<void**>(a[0].pointer)).Set(static_cast<int>(row), 0, nullptr);
-  };
-  const auto last = [=](Arguments& a) { setNull(a, a[4].integer + a[6].integer - 2); };
+  const auto setNull = [](Arguments& a, int y) { View(static_cast<void**>(a[0].pointer)).Set(y, 0, nullptr); };
+  const auto last = [=](Arguments& a) { setNull(a, static_cast<int>(a[4].integer + a[6].integer) - 2); };
   const auto first = [=](Arguments& a) { setNull(a, 0), a[4] = a[6] = INT32_MAX; };
-  const Check rows = {StatusCode::NullPointer, {last, first}};
   const Checks columnFirst = {NotNull(0), NotNull(1), NotNull(5), Size(4), Size(3), Size(6), RowStep(2, 1, 3)};
-  const Checks pipelineColumn = columnFirst + Checks{NotNull(8), NoneOf(7, {0}, {}, kBad), rows};
+  const Checks column = columnFirst + Checks{NotNull(8), NoneOf(7, {0}, {}, BadArgument), {NullPointer, {last, first}}};
 
-  const Check mask = NoneOf(6, {0, 3, 35, 53, INT32_MIN}, {}, StatusCode::UnsupportedMask);
-  const Check memory = NoneOf(4, {INT32_MAX}, {}, StatusCode::WorkBufferUnavailable);
+  const Check mask = NoneOf(6, {0, 3, 35, 53, INT32_MIN}, {}, UnsupportedMask);
+  const Check memory = NoneOf(4, {INT32_MAX}, {}, WorkBufferUnavailable);
   const Checks gauss = {NotNull(0), NotNull(2), Size(4), Size(5), Step(1), Step(3), mask, memory};
+
   const auto largest = [](Arguments& a) { a[0] = 89478480, a[1] = 1; };
-  const Check width = {kSize, {Set(0, 89478485), Set(0, INT32_MAX)}, {largest}};
-  const Check channels = NoneOf(1, {0, 2, 4, -1}, {}, StatusCode::UnsupportedChannels);
-  const Check type = NoneOf(3, {-1, 0, 3, 8, 10}, {}, StatusCode::UnsupportedDataType);
+  const Check width = {NonPositiveSize, {Set(0, 89478485), Set(0, INT32_MAX)}, {largest}};
+  const Check channels = NoneOf(1, {0, 2, 4, -1}, {}, UnsupportedChannels);
+  const Check type = NoneOf(3, {-1, 0, 3, 8, 10}, {}, UnsupportedDataType);
   const Checks stepSize = {NotNull(2), Size(0), channels, width};
   const Checks anySize = {NotNull(2), Size(0), channels, type, width};
 
-  const auto half = [](const Arguments& a) { return (a[4].integer + 1) / 2; };
-  const auto halfFloats = [](const Arguments& a) { return (a[4].integer + 1) / 2 * 4; };
-  const auto srcOff = [](Arguments& a) { a[1] = a[4].integer * 4 + 2; };
-  const auto dstOff = [](Arguments& a) { a[3] = a[4].integer * 4 + 2; };
-  const Check misaligned = {StatusCode::MisalignedStep, {srcOff, dstOff}};
-  const Checks step = {NotNull(0), NotNull(2), NotNull(6), Size(4), Size(5)};
-  const Checks stepBytes = step + Checks{RowStep(1, 1, 4), AtLeast(3, half, StatusCode::NonPositiveStep)};
-  const Checks stepFloats =
-      step + Checks{RowStep(1, 4, 4), AtLeast(3, halfFloats, StatusCode::NonPositiveStep), misaligned};
+  const auto step = [](int pixel) {
+    const auto half = [=](const Arguments& a) { return (a[4].integer + 1) / 2 * pixel; };
+    const Checks pointers = {NotNull(0), NotNull(2), NotNull(6), Size(4), Size(5)};
+    return pointers + Checks{RowStep(1, pixel, 4), AtLeast(3, half, NonPositiveStep)};
+  };
+  const auto off = [](int i) { return [=](Arguments& a) { a[i] = a[4].integer * 4 + 2; }; };
+  const Checks stepFloats = step(4) + Checks{{MisalignedStep, {off(1), off(3)}}};
 
-  Check create = NoneOf(3, {1.0F, 0.0F, -2.0F, 10.000001F, std::nanf("")}, {}, kBad);
+  Check create = NoneOf(3, {1.0F, 0.0F, -2.0F, 10.000001F, NAN}, {}, BadArgument);
   for (const int mode : {1, 3, INT32_MIN}) create.refused.push_back(Set(6, mode));
   for (const int count : {0, 1, 2, 4, -3, INT32_MIN}) create.refused.push_back(Set(5, count));
   // Sizes that no block can have; the taps are not looked at.
-  const auto most = [](Arguments& a) { a[1] = a[2] = a[5] = INT32_MAX; };
-  const auto large = [](Arguments& a) { a[1] = a[2] = 30000, a[5] = 3; };
-  const Check block = {StatusCode::WorkBufferUnavailable, {most, large}};
-  const Check layerChannels = NoneOf(8, {-1, 0, 2, 4}, {}, StatusCode::UnsupportedChannels);
-  const Check layerType = NoneOf(7, {-1, 0, 2, 8, 10}, {}, StatusCode::UnsupportedDataType);
+  const auto large = [](int side, int count) { return [=](Arguments& a) { a[1] = a[2] = side, a[5] = count; }; };
+  const Check block = {WorkBufferUnavailable, {large(INT32_MAX, INT32_MAX), large(30000, 3)}};
+  const Check layerChannels = NoneOf(8, {-1, 0, 2, 4}, {}, UnsupportedChannels);
+  const Check layerType = NoneOf(7, {-1, 0, 2, 8, 10}, {}, UnsupportedDataType);
   const Checks layer = {NotNull(0), NotNull(4), Size(1), Size(2), create, block};
   const Checks anyLayer = {NotNull(0), NotNull(4), Size(1), Size(2), create, layerChannels, layerType, block};
 
-  Check source = NoneOf(2, {0, -1, INT32_MIN}, {}, kSize);
-  Check rate = {kBad, {}};
-  Check reduced = {kSize, {Set(7, INT32_MIN)}};
-  for (const int by : {-1, 1}) {
-    source.refused.push_back(Set(3, by - 1));
-    rate.refused.push_back([=](Arguments& a) { static_cast<State*>(a[8].pointer)->rate = by < 0 ? 1.0F : 10.000001F; });
-    reduced.refused.push_back([=](Arguments& a) { a[6] = a[6].integer + by, a[5] = INT32_MAX; });
-    reduced.refused.push_back([=](Arguments& a) { a[7] = a[7].integer + by; });
-  }
-  // Larger than the state was made for.
-  for (const int side : {2, 3}) {
-    reduced.refused.push_back([=](Arguments& a) {
-      a[side] = a[side].integer + 21;
-      a[side + 4] = ReducedSize(static_cast<int>(a[side].integer), a[9].single);
+  const Check source = {NonPositiveSize, {Set(2, 0), Set(2, -1), Set(2, INT32_MIN), Set(3, -2), Set(3, 0)}};
+  const auto setRate = [](FLOAT32 r) { return [=](Arguments& a) { static_cast<State*>(a[8].pointer)->rate = r; }; };
+  // Other than the rate makes of the source, or with a source larger than the state was made for.
+  Check reduced = NoneOf(7, {INT32_MIN}, {}, NonPositiveSize);
+  for (const auto& [side, by] : std::vector<std::pair<int, int>>{{6, -1}, {7, -1}, {6, 1}, {7, 1}, {2, 21}, {3, 21}}) {
+    reduced.refused.push_back([side = side, by = by](Arguments& a) {
+      a[side] = a[side].integer + by;
+      if (side < 4) a[side + 4] = ReducedSize(static_cast<int>(a[side].integer), a[9].single);
       a[1] = a[5] = INT32_MAX;
     });
   }
+  const Check rate = {BadArgument, {setRate(1.0F), setRate(10.000001F)}};
   const Checks reduce = {NotNull(0), NotNull(4), NotNull(8), source, RowStep(1, 1, 2), RowStep(5, 1, 6), rate, reduced};
   const Checks sampling = {NotNull(0), Step(1), Size(2), Size(3), NotNull(4), Step(5), Size(6), Size(7)};
   return {
-      Separable<Norvala_FilterRowBW8, kFilterRowBW8, BW8, std::int32_t, true>(),
-      Separable<Norvala_FilterColumnBW8, kFilterColumnBW8, BW8, std::int32_t, false>(),
-      Separable<Norvala_FilterRowBW16, kFilterRowBW16, BW16, std::int32_t, true>(),
-      Separable<Norvala_FilterColumnBW16, kFilterColumnBW16, BW16, std::int32_t, false>(),
-      Separable<Norvala_FilterRow32fBW16, kFilterRow32fBW16, BW16, FLOAT32, true>(),
-      Separable<Norvala_FilterColumn32fBW16, kFilterColumn32fBW16, BW16, FLOAT32, false>(),
+      Separable<Norvala_FilterRowBW8, kFilterRowBW8, BW8, int, true>(),
+      Separable<Norvala_FilterColumnBW8, kFilterColumnBW8, BW8, int, false>(),
+      Separable<Norvala_FilterRowBW16, kFilterRowBW16, Short, int, true>(),
+      Separable<Norvala_FilterColumnBW16, kFilterColumnBW16, Short, int, false>(),
+      Separable<Norvala_FilterRow32fBW16, kFilterRow32fBW16, Short, FLOAT32, true>(),
+      Separable<Norvala_FilterColumn32fBW16, kFilterColumn32fBW16, Short, FLOAT32, false>(),
       Separable<Norvala_FilterRowFLOAT32, kFilterRowFLOAT32, FLOAT32, FLOAT32, true>(),
       Separable<Norvala_FilterColumnFLOAT32, kFilterColumnFLOAT32, FLOAT32, FLOAT32, false>(),
-      Row<Norvala_FilterRowBorderPipelineGetBufferSizeBW8, kFilterRowBorderPipelineGetBufferSizeBW8, DrawBufferSize,
-          BufferSize>(pipelineSize),
-      Row<Norvala_FilterColumnPipelineGetBufferSizeBW8, kFilterColumnPipelineGetBufferSizeBW8, DrawBufferSize,
-          BufferSize>(pipelineSize),
-      Row<Norvala_FilterRowBorderPipelineBW8, kFilterRowBorderPipelineBW8, DrawPipelineRow, PipelineRow>(pipelineRow),
-      Row<Norvala_FilterColumnPipelineBW8, kFilterColumnPipelineBW8, DrawPipelineColumn, PipelineColumn>(
-          pipelineColumn),
+      Row<Norvala_FilterRowBorderPipelineGetBufferSizeBW8, kFilterRowBorderPipelineGetBufferSizeBW8, DrawBytes, Bytes>(
+          bytes),
+      Row<Norvala_FilterColumnPipelineGetBufferSizeBW8, kFilterColumnPipelineGetBufferSizeBW8, DrawBytes, Bytes>(bytes),
+      Row<Norvala_FilterRowBorderPipelineBW8, kFilterRowBorderPipelineBW8, DrawPipelineRow, PipelineRow>(row),
+      Row<Norvala_FilterColumnPipelineBW8, kFilterColumnPipelineBW8, DrawPipelineColumn, PipelineColumn>(column),
       Row<Norvala_FilterGauss, kFilterGauss, DrawGauss, Gauss>(gauss),
       {Call<Norvala_PyrDownGetBufSizeGauss5x5BW8>(), nullptr, DrawStepSize, Reference<StepSize>(), stepSize},
       {{"StepSize"}, Primitive<kPyrDownGetBufSizeGauss5x5, 0, 3, 1, 2>(), DrawStepSize, Reference<StepSize>(), anySize},
-      Row<Norvala_PyrDownGauss5x5BW8, kPyrDownGauss5x5BW8, DrawStep<BW8>, Step<BW8>>(stepBytes),
+      Row<Norvala_PyrDownGauss5x5BW8, kPyrDownGauss5x5BW8, DrawStep<BW8>, Step<BW8>>(step(1)),
       Row<Norvala_PyrDownGauss5x5FLOAT32, kPyrDownGauss5x5FLOAT32, DrawStep<FLOAT32>, Step<FLOAT32>>(stepFloats),
-      {CallBy<Norvala_PyramidLayerDownInitAllocBW8, CreateBy>(), nullptr, DrawCreate, Reference<Create>(), layer},
+      {CallBy<Norvala_PyramidLayerDownInitAllocBW8, CreateBy<int, int, int, FLOAT32, const Short*, int, int>>(),
+       nullptr, DrawCreate, Reference<Create>(), layer},
       {{"LayerInitAlloc"}, Primitive<kCreate>(), DrawCreate, Reference<Create>(), anyLayer},
       {CallBy<Norvala_PyramidLayerDownFreeBW8, FreeBy>(), nullptr, DrawCreate, Reference<Create>(), {}},
       Row<Norvala_PyramidLayerDownBW8, kPyramidLayerDownBW8, DrawReduce, Reduce>(reduce),

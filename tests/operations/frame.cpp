@@ -5,7 +5,7 @@
 namespace norvala_test {
 namespace {
 
-std::int32_t ReadVersion(const char* (*version)(), BW8* text) {
+int ReadVersion(const char* (*version)(), BW8* text) {
   std::memcpy(text, version(), 8);
   return version() == version() ? 0 : -1;
 }
@@ -13,7 +13,7 @@ void Version(BW8* text) { std::memcpy(text, "1.0.0.0", 8); }
 
 // Allocates, writes every byte of what it got, and releases it.
 template <class T>
-std::int32_t UseVector(T* (*allocate)(std::int32_t), RegionSize size, BW8* aligned) {
+int UseVector(T* (*allocate)(int), RegionSize size, BW8* aligned) {
   T* const vector = allocate(size.width);
   if (vector == nullptr) return -1;
   *aligned = reinterpret_cast<std::uintptr_t>(vector) % 32 == 0;
@@ -23,9 +23,8 @@ std::int32_t UseVector(T* (*allocate)(std::int32_t), RegionSize size, BW8* align
 void AlignedVector(RegionSize, BW8* aligned) { *aligned = 1; }
 
 template <class T>
-std::int32_t UseImage(T* (*allocate)(std::int32_t, std::int32_t, std::int32_t*), RegionSize size, BW8* aligned,
-                      std::int32_t* step) {
-  std::int32_t written = -1;
+int UseImage(T* (*allocate)(int, int, int*), RegionSize size, BW8* aligned, int* step) {
+  int written = -1;
   T* const image = allocate(size.width, size.height, &written);
   if (image == nullptr) return -1;
   *aligned = reinterpret_cast<std::uintptr_t>(image) % 32 == 0;
@@ -35,19 +34,19 @@ std::int32_t UseImage(T* (*allocate)(std::int32_t, std::int32_t, std::int32_t*),
   return 0;
 }
 template <class T>
-void AlignedImage(RegionSize size, BW8* aligned, std::int32_t* step) {
+void AlignedImage(RegionSize size, BW8* aligned, int* step) {
   *aligned = 1;
   View(step).Set(0, 0, (size.width * static_cast<std::int32_t>(sizeof(T)) + 31) / 32 * 32);
 }
 
 template <class R>
-std::int32_t Release(R (*release)(void*), std::int32_t count) {
+int Release(R (*release)(void*), int count) {
   release(nullptr);
   INT32* const vector = Norvala_1DMallocINT32(count);
   release(vector);
   return vector == nullptr ? -1 : 0;
 }
-void Released(std::int32_t) {}
+void Released(int) {}
 
 Arguments Draw(Trial& t) {
   const RegionSize size = t.Size();
@@ -60,18 +59,17 @@ Arguments Draw(Trial& t) {
 std::vector<Operation> FrameOperations() {
   constexpr auto kText = [](Trial& t) -> Arguments { return {t.Result<BW8>(8)}; };
   const Checks sizes = {Size(0), Size(1)};
-  using Complex = ComplexFLOAT32Number;
   return {
       {CallBy<Norvala_GetVersion, ReadVersion>(), nullptr, kText, Reference<Version>(), {}},
       {CallBy<Norvala_1DMallocBW8, UseVector<BW8>>(), nullptr, Draw, Reference<AlignedVector>(), {Size(0)}},
       {CallBy<Norvala_1DMallocFLOAT32, UseVector<FLOAT32>>(), nullptr, Draw, Reference<AlignedVector>(), {Size(0)}},
       {CallBy<Norvala_1DMallocINT32, UseVector<INT32>>(), nullptr, Draw, Reference<AlignedVector>(), {Size(0)}},
       {CallBy<Norvala_1DMallocFLOAT64, UseVector<FLOAT64>>(), nullptr, Draw, Reference<AlignedVector>(), {Size(0)}},
-      {CallBy<Norvala_1DFree, Release<std::int32_t>>(), nullptr, Draw, Reference<Released>(), {}},
+      {CallBy<Norvala_1DFree, Release<int>>(), nullptr, Draw, Reference<Released>(), {}},
       {CallBy<Norvala_2DMallocBW8, UseImage<BW8>>(), nullptr, Draw, Reference<AlignedImage<BW8>>(), sizes},
       {CallBy<Norvala_2DMallocFLOAT32, UseImage<FLOAT32>>(), nullptr, Draw, Reference<AlignedImage<FLOAT32>>(), sizes},
-      {CallBy<Norvala_2DMallocComplexFLOAT32Number, UseImage<Complex>>(), nullptr, Draw,
-       Reference<AlignedImage<Complex>>(), sizes},
+      {CallBy<Norvala_2DMallocComplexFLOAT32Number, UseImage<ComplexFLOAT32Number>>(), nullptr, Draw,
+       Reference<AlignedImage<ComplexFLOAT32Number>>(), sizes},
       {CallBy<Norvala_2DFree, Release<void>>(), nullptr, Draw, Reference<Released>(), {}},
   };
 }

@@ -6,8 +6,6 @@
 #include <bit>
 #include <cmath>
 #include <limits>
-#include <tuple>
-#include <type_traits>
 
 #include "support/operation.h"
 
@@ -16,15 +14,8 @@ namespace {
 
 using namespace norvala;
 
-constexpr FLOAT32 kInfinity = std::numeric_limits<FLOAT32>::infinity();
-constexpr FLOAT32 kNaN = std::numeric_limits<FLOAT32>::quiet_NaN();
-
 // ---- From one image to another, pixel by pixel ----
 
-template <class S, class D, auto f>
-void Map(View<const S> src, View<D> dst, RegionSize size, std::int32_t mode) {
-  ForEachPixel(size, [&](int x, int y) { dst.Set(x, y, f(src(x, y), dst(x, y), mode)); });
-}
 // Floats are rounded, halves to even, or cut off.
 constexpr auto kConverted = []<class S, class D>(S pixel, D, int mode) {
   const double value = pixel;
@@ -33,6 +24,11 @@ constexpr auto kConverted = []<class S, class D>(S pixel, D, int mode) {
 };
 constexpr auto kSum = [](FLOAT32 added, FLOAT32 old, int) { return old + added; };
 
+template <class S, class D, auto f = kConverted>
+void Map(View<const S> src, View<D> dst, RegionSize size, int mode) {
+  ForEachPixel(size, [&](int x, int y) { dst.Set(x, y, f(src(x, y), dst(x, y), mode)); });
+}
+
 // Some floats are halves and their neighbours, most of them near the limits.
 template <class S, class D, Steps steps = Steps::Positive>
 Arguments DrawMap(Trial& t) {
@@ -40,18 +36,11 @@ Arguments DrawMap(Trial& t) {
   Image& src = t.New<S>(size, {.steps = steps});
   const Image& dst = t.New<D>(size, {.steps = steps});
   const auto number = [&] {
-    const int half = t.OneOf({t.Int(-4, 520), t.Int(131060, 131080), t.Int(0, 131080)});
-    const auto value = static_cast<FLOAT32>(half * 0.5);
-    return std::nextafter(value, t.OneOf({-kInfinity, kInfinity, value}));
+    const FLOAT32 value = static_cast<FLOAT32>(t.OneOf({t.Int(-4, 520), t.Int(131060, 131080), t.Int(0, 131080)})) / 2;
+    return std::nextafter(value, t.OneOf({-INFINITY, INFINITY, value}));
   };
   if (std::is_same_v<S, FLOAT32> && t.OneIn(2)) src.Fill<FLOAT32>(number);
   return {src, dst, size, t.OneOf({0, 1, 1, -1, 2, 0x10101})};
-}
-
-template <auto call, const auto& table, class S, class D>
-Operation Convert() {
-  return Row<call, table, DrawMap<S, D>, Map<S, D, kConverted>>(
-      {NotNull(0), NotNull(2), Size(4), Size(5), Step(1), Step(3)});
 }
 
 // Now and then within one image, at any distance.
@@ -62,8 +51,7 @@ Arguments DrawCopy(Trial& t) {
   if (!t.OneIn(4)) return a;
   const int width = static_cast<int>(a[4].integer);
   const int distance = t.Int(0, (width - 1) * kPixel);
-  a[2] = a[0];
-  a[3] = a[1];
+  a[2] = a[0], a[3] = a[1];
   a[4] = width - (distance + kPixel - 1) / kPixel;
   Value& moved = a[t.OneOf({0, 2})];
   moved = static_cast<BW8*>(moved.pointer) + distance;
@@ -81,7 +69,7 @@ Arguments DrawGrey(Trial& t) {
   const auto weight = [&] {
     const auto any = static_cast<FLOAT32>(t.Real(0, 1));
     return t.OneOf({any, any, 0.0F, 0.25F, 1.0F, 2.5F, -1.0F, 0.5F / 4096, 0.49F / 4096, 1.5F / 4096, 15.0F / 4096,
-                    31.0F / 4096, 1039.0F / 4096, 5e5F, -5e5F, 1e30F, -1e30F, kNaN});
+                    31.0F / 4096, 1039.0F / 4096, 5e5F, -5e5F, 1e30F, -1e30F, NAN});
   };
   if (luma) return {src, dst, size, t.Array({0.299F, 0.587F, 0.114F})};
   return {src, dst, size, t.Array({weight(), weight(), weight()})};
@@ -98,10 +86,8 @@ void Grey(View<const BW8> src, View<BW8> dst, RegionSize size, const FLOAT32* we
     dst.Set(x, y, static_cast<BW8>(sum >> 12));
   });
 }
-StatusCode Weigh(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size,
-                 const FLOAT32* weights) {
-  const View weight(weights);
-  return WeighToGray_BW8_C3C1R(src, srcStep, dst, dstStep, size, {weight(0), weight(1), weight(2)});
+StatusCode Weigh(const BW8* src, int srcStep, BW8* dst, int dstStep, RegionSize size, const FLOAT32* w) {
+  return WeighToGray_BW8_C3C1R(src, srcStep, dst, dstStep, size, {View(w)(0), View(w)(1), View(w)(2)});
 }
 constexpr PrimitiveTable kWeighToGray{Weigh};
 
@@ -124,7 +110,7 @@ Arguments DrawCombine(Trial& t) {
 // Exports work in place; their primitives serve another source as well, which follows the export's arguments here.
 template <class Constant, class T, auto f, bool apart = false>
 void ByConstant(Constant constant, View<T> dst, RegionSize size, View<const T> src) {
-  ForEachPixel(size, [&](int x, int y) { dst.Set(x, y, f(apart ? src(x, y) : dst(x, y), constant)); });
+  ForEachPixel(size, [&](int x, int y) { dst.Set(x, y, static_cast<T>(f(apart ? src(x, y) : dst(x, y), constant))); });
 }
 
 template <class T, auto drawConstant, bool apart = false>
@@ -145,40 +131,32 @@ Operation By() {
 }
 
 constexpr auto kValue = []<class Bits>(Bits, auto value) { return std::bit_cast<Bits>(value); };
-Value DrawBits(Trial& t) {  // which no float operation keeps, among others
-  return std::bit_cast<FLOAT32>(t.OneOf({0U, 0x80000000U, 0x12345678U, 0x7F812345U}));
-}
+// Among them one that no float operation keeps.
+Value DrawBits(Trial& t) { return std::bit_cast<FLOAT32>(t.OneOf({0U, 0x80000000U, 0x12345678U, 0x7F812345U})); }
 
-template <class T>
-constexpr auto kRight = [](T pixel, std::uint32_t count) {
-  const std::int64_t number = sizeof(T) == 4 ? static_cast<std::int32_t>(pixel) : std::int64_t{pixel};
-  return static_cast<T>(number >> std::min(count, 32U));
-};
+constexpr auto kRight = [](std::int64_t pixel, std::uint32_t count) { return pixel >> std::min(count, 32U); };
 constexpr auto kLeft = [](BW32 pixel, std::uint32_t count) { return count > 31 ? 0 : pixel << count; };
 Value DrawCount(Trial& t) { return t.OneIn(8) ? Value(t.OneOf({64U, 0x80000000U, 0xFFFFFFFFU})) : Value(t.Int(0, 33)); }
 
-constexpr auto kMask = [](BW16 pixel, BW16 constant) { return static_cast<BW16>(pixel & constant); };
 Value DrawMask(Trial& t) { return t.OneOf({0, 0xFFFF, 0x8001, t.Int(0, 0xFFFF)}); }
 
-constexpr auto kQuotient = [](FLOAT32 pixel, FLOAT32 divisor) {
-  return static_cast<FLOAT32>(double{pixel} * static_cast<FLOAT32>(1.0 / double{divisor}));
-};
-Value DrawDivisor(Trial& t) { return t.OneOf({3.0F, -7.0F, 1e-40F, 3e38F, 0.1F, -0.3F, kInfinity, 255.0F}); }
+constexpr auto kQuotient = [](double pixel, double divisor) { return pixel * static_cast<FLOAT32>(1.0 / divisor); };
+Value DrawDivisor(Trial& t) { return t.OneOf({3.0F, -7.0F, 1e-40F, 3e38F, 0.1F, -0.3F, INFINITY, 255.0F}); }
 
 // ---- Borders ----
 
 // The border in the order of its steps, pixel by pixel: rows may overlap.
 template <class T>
-void Border(View<T> image, RegionSize inner, RegionSize outer, std::int32_t top, std::int32_t left) {
-  const auto copyRow = [&](int from, int to) {
+void Border(View<T> image, RegionSize inner, RegionSize outer, int top, int left) {
+  const auto makeRow = [&](int y) {
+    const int from = std::clamp(y, 0, inner.height - 1);
     for (int x = -left; x < outer.width - left; ++x) {
-      image.Set(x, to, image(from == to ? std::clamp(x, 0, inner.width - 1) : x, from));
+      image.Set(x, y, image(y == from ? std::clamp(x, 0, inner.width - 1) : x, from));
     }
   };
-  copyRow(0, 0);
-  for (int y = -top; y < 0; ++y) copyRow(0, y);
-  for (int y = 1; y < inner.height; ++y) copyRow(y, y);
-  for (int y = inner.height; y < outer.height - top; ++y) copyRow(inner.height - 1, y);
+  makeRow(0);
+  for (int y = -top; y < 0; ++y) makeRow(y);
+  for (int y = 1; y < outer.height - top; ++y) makeRow(y);
 }
 
 template <class T>
@@ -196,11 +174,8 @@ template <class T>
 Arguments DrawMean(Trial& t) {
   const RegionSize size = t.Size();
   Image& src = t.New<T>(size, {.steps = Steps::Positive});
-  const auto number = [&] {
-    const int exponent = t.Int(0, 90);
-    return std::ldexp(t.Real(-1, 1), exponent);
-  };
-  if (t.OneIn(2)) src.Fill<T>([&] { return static_cast<T>(sizeof(T) == 1 ? 255 : number()); });
+  const auto number = [&](int exponent) { return std::ldexp(t.Real(-1, 1), exponent); };
+  if (t.OneIn(2)) src.Fill<T>([&] { return static_cast<T>(sizeof(T) == 1 ? 255 : number(t.Int(0, 90))); });
   return {src, size, t.Result<FLOAT64>(), t.Int(-100, 100)};
 }
 
@@ -220,27 +195,24 @@ Arguments DrawMaximum(Trial& t) {
   src.Fill<BW8>([&] { return static_cast<BW8>(t.Int(0, limit)); });
   const bool white = t.OneIn(4);
   if (white) src.Set<BW8>(t.Int(0, size.width - 1), size.height - 1, 255);
-  auto* const maximum = t.Result<BW8>();
-  auto* const column = t.Result<std::int32_t>();
-  return {src, size.width, white ? 1000000 : size.height, maximum, column, t.Result<std::int32_t>()};
+  const int height = white ? 1000000 : size.height;
+  return {src, size.width, height, t.Result<BW8>(), t.Result<std::int32_t>(), t.Result<std::int32_t>()};
 }
-void Maximum(View<const BW8> src, RegionSize size, BW8* maximum, std::int32_t* column, std::int32_t* row) {
-  int best[] = {src(0, 0), 0, 0};
-  for (int y = 0; y < size.height && best[0] < 255; ++y) {
+void Maximum(View<const BW8> src, RegionSize size, BW8* maximum, int* column, int* row) {
+  RegionSize at = {0, 0};  // the first place of the greatest value
+  for (int y = 0; y < size.height && src(at.width, at.height) < 255; ++y) {
     for (int x = 0; x < size.width; ++x) {
-      if (const int pixel = src(x, y); pixel > best[0]) std::tie(best[0], best[1], best[2]) = std::tuple(pixel, x, y);
+      if (src(x, y) > src(at.width, at.height)) at = {x, y};
     }
   }
-  *maximum = static_cast<BW8>(best[0]);
-  View(column).Set(0, 0, best[1]);
-  View(row).Set(0, 0, best[2]);
+  *maximum = src(at.width, at.height);
+  View(column).Set(0, 0, at.width);
+  View(row).Set(0, 0, at.height);
 }
 
 }  // namespace
 
 std::vector<Operation> PixelOperations() {
-  constexpr auto kAnd = [](BW32 a, BW32 b) { return a & b; };
-  constexpr auto kOr = [](BW32 a, BW32 b) { return a | b; };
   const Checks twoImages = {NotNull(0), NotNull(2), Size(4), Size(5)};
   const auto narrow = [](Arguments& a) { a[4] = a[2].integer + a[7].integer - 1; };
   const auto low = [](Arguments& a) { a[5] = a[3].integer + a[6].integer - 1; };
@@ -248,35 +220,36 @@ std::vector<Operation> PixelOperations() {
   for (const int i : {2, 3, 4, 5, 6, 7}) {
     for (const int refused : {-1, INT32_MIN, i < 6 ? 0 : INT32_MAX}) border[2].refused.push_back(Set(i, refused));
   }
+  const Checks converted = twoImages + Checks{Step(1), Step(3)};
   const Checks logic = {NotNull(0), NotNull(2), NotNull(4), Step(1), Step(3), Step(5), Size(6), Size(7)};
   const Checks set = {NotNull(1), Size(3), Size(4), Step(2)};
-  const Check divisor = NoneOf(0, {0.0F, -0.0F, kNaN}, {1e-45F, -1e-45F}, StatusCode::DivisionByZero);
+  const Check divisor = NoneOf(0, {0.0F, -0.0F, NAN}, {1e-45F, -1e-45F}, StatusCode::DivisionByZero);
   const Checks mean = {NotNull(4), NotNull(0), Step(1), Size(2), Size(3)};
   const Checks maximum = {NotNull(0), NotNull(4), NotNull(5), NotNull(6), Size(2), Size(3), Step(1)};
   return {
-      Row<Norvala_CopyBW8, kCopyBW8, DrawCopy<BW8>, Map<BW8, BW8, kConverted>>(twoImages),
-      Row<Norvala_CopyBW16, kCopyBW16, DrawCopy<BW16>, Map<BW16, BW16, kConverted>>(twoImages),
-      Row<Norvala_CopyFLOAT32, kCopyFLOAT32, DrawCopy<BW32>, Map<BW32, BW32, kConverted>>(twoImages),
+      Row<Norvala_CopyBW8, kCopyBW8, DrawCopy<BW8>, Map<BW8, BW8>>(twoImages),
+      Row<Norvala_CopyBW16, kCopyBW16, DrawCopy<BW16>, Map<BW16, BW16>>(twoImages),
+      Row<Norvala_CopyFLOAT32, kCopyFLOAT32, DrawCopy<BW32>, Map<BW32, BW32>>(twoImages),
       Row<Norvala_SetBW8, kSetBW8, DrawByConstant<BW8, DrawMask>, ByConstant<BW8, BW8, kValue>>(set),
       Row<Norvala_SetFLOAT32, kSetFLOAT32, DrawByConstant<BW32, DrawBits>, ByConstant<FLOAT32, BW32, kValue>>(set),
       Row<Norvala_CopyReplicateBorderBW8, kCopyReplicateBorderBW8, DrawBorder<BW8>, Border<BW8>>(border),
       Row<Norvala_CopyReplicateBorderBW16, kCopyReplicateBorderBW16, DrawBorder<BW16>, Border<BW16>>(border),
       Row<Norvala_CopyReplicateBorderFLOAT32, kCopyReplicateBorderFLOAT32, DrawBorder<BW32>, Border<BW32>>(border),
-      Convert<Norvala_ConvertFLOAT32toBW8, kConvertFLOAT32toBW8, FLOAT32, BW8>(),
-      Convert<Norvala_ConvertFLOAT32toBW16, kConvertFLOAT32toBW16, FLOAT32, BW16>(),
-      Convert<Norvala_ConvertBW8toFLOAT32, kConvertBW8toFLOAT32, BW8, FLOAT32>(),
-      Convert<Norvala_ConvertBW8toBW16, kConvertBW8toBW16, BW8, BW16>(),
-      Convert<Norvala_ConvertBW16ToBW8, kConvertBW16ToBW8, BW16, BW8>(),
-      Convert<Norvala_ConvertBW16toBW32, kConvertBW16toBW32, BW16, BW32>(),
-      Row<Norvala_AndBW32, kAndBW32, DrawCombine, Combine<kAnd>>(logic),
-      Row<Norvala_OrBW32, kOrBW32, DrawCombine, Combine<kOr>>(logic),
-      By<Norvala_AndCBW16, kAndCBW16, BW16, BW16, kMask, DrawMask>(),
-      By<Norvala_RShiftCBW16, kRShiftCBW16, std::uint32_t, BW16, kRight<BW16>, DrawCount>(),
-      By<Norvala_RShiftCBW32, kRShiftCBW32, std::uint32_t, BW32, kRight<BW32>, DrawCount>(),
+      Row<Norvala_ConvertFLOAT32toBW8, kConvertFLOAT32toBW8, DrawMap<FLOAT32, BW8>, Map<FLOAT32, BW8>>(converted),
+      Row<Norvala_ConvertFLOAT32toBW16, kConvertFLOAT32toBW16, DrawMap<FLOAT32, BW16>, Map<FLOAT32, BW16>>(converted),
+      Row<Norvala_ConvertBW8toFLOAT32, kConvertBW8toFLOAT32, DrawMap<BW8, FLOAT32>, Map<BW8, FLOAT32>>(converted),
+      Row<Norvala_ConvertBW8toBW16, kConvertBW8toBW16, DrawMap<BW8, BW16>, Map<BW8, BW16>>(converted),
+      Row<Norvala_ConvertBW16ToBW8, kConvertBW16ToBW8, DrawMap<BW16, BW8>, Map<BW16, BW8>>(converted),
+      Row<Norvala_ConvertBW16toBW32, kConvertBW16toBW32, DrawMap<BW16, BW32>, Map<BW16, BW32>>(converted),
+      Row<Norvala_AndBW32, kAndBW32, DrawCombine, Combine<std::bit_and<>{}>>(logic),
+      Row<Norvala_OrBW32, kOrBW32, DrawCombine, Combine<std::bit_or<>{}>>(logic),
+      By<Norvala_AndCBW16, kAndCBW16, BW16, BW16, std::bit_and<>{}, DrawMask>(),
+      By<Norvala_RShiftCBW16, kRShiftCBW16, std::uint32_t, BW16, kRight, DrawCount>(),
+      By<Norvala_RShiftCBW32, kRShiftCBW32, std::uint32_t, INT32, kRight, DrawCount>(),
       By<Norvala_LShiftCBW32, kLShiftCBW32, std::uint32_t, BW32, kLeft, DrawCount>(),
-      By<Norvala_AndCBW16, kAndCBW16, BW16, BW16, kMask, DrawMask, true>(),
-      By<Norvala_RShiftCBW16, kRShiftCBW16, std::uint32_t, BW16, kRight<BW16>, DrawCount, true>(),
-      By<Norvala_RShiftCBW32, kRShiftCBW32, std::uint32_t, BW32, kRight<BW32>, DrawCount, true>(),
+      By<Norvala_AndCBW16, kAndCBW16, BW16, BW16, std::bit_and<>{}, DrawMask, true>(),
+      By<Norvala_RShiftCBW16, kRShiftCBW16, std::uint32_t, BW16, kRight, DrawCount, true>(),
+      By<Norvala_RShiftCBW32, kRShiftCBW32, std::uint32_t, INT32, kRight, DrawCount, true>(),
       By<Norvala_LShiftCBW32, kLShiftCBW32, std::uint32_t, BW32, kLeft, DrawCount, true>(),
       Row<Norvala_AddFLOAT32_C1IR, kAddFLOAT32_C1IR, DrawMap<FLOAT32, FLOAT32, Steps::Any>,
           Map<FLOAT32, FLOAT32, kSum>>(twoImages),
