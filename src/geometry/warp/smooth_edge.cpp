@@ -35,10 +35,12 @@ void BlendEdge(const WarpRequest& request, const Box& region, const Point& p, co
     if (!(b - 1 >= low && b + 1 <= high)) continue;
     const double smaller = std::clamp(crossing + 0.5 - b, 0.0, 1.0);  // the part of the pixel before the crossing
     const double inside = largerIsInside ? 1 - smaller : smaller;
-    const auto at = [&](std::int32_t offset) {
-      const auto x = static_cast<std::int32_t>(isFlat ? a : b) + (isFlat ? 0 : offset);
-      const auto y = static_cast<std::int32_t>(isFlat ? b : a) + (isFlat ? offset : 0);
-      return reinterpret_cast<Unaligned<T>*>(request.DestinationPixel(x, y));
+    const auto step = static_cast<std::int32_t>(a);
+    const auto middle = static_cast<std::int32_t>(b);
+    const auto at = [&request, isFlat, step, middle](std::int32_t offset) {
+      auto* const pixel =
+          isFlat ? request.DestinationPixel(step, middle + offset) : request.DestinationPixel(middle + offset, step);
+      return reinterpret_cast<Unaligned<T>*>(pixel);
     };
     const double sum = inside * static_cast<double>(*at(inward)) + (1 - inside) * static_cast<double>(*at(-inward));
     if constexpr (std::is_floating_point_v<T>) {
