@@ -30,7 +30,7 @@ struct Pass {
   float diagonalWeight;
 
   // Rows `from` to `to` - 1, each of which has a row above it. The last band may do rows again that an earlier one has
-  // done: what they come from is the same.
+  // done: the minimum of the same sums and their earlier minimum is that minimum.
   void Rows(std::int32_t from, std::int32_t to) const {
     if (to - from >= kBand && size.width >= 4 * kBand) {
       for (; to - from > kBand; from += kBand) SkewedRows(from);
@@ -172,8 +172,8 @@ StatusCode DistanceTransform3x3BW8ToFLOAT32(const BW8* src, std::int32_t srcStep
   // Where two straight steps are no longer than a diagonal one, diagonals are left out, although rounding can make two
   // straight steps the longer way.
   const float usedDiagonal = 2.0 * straight > diagonal ? diagonal : kInfinity;
-  // With a diagonal step shorter than a straight one, both passes treat the last row as if one more row lay below it:
-  // two diagonal steps through that row lead over two columns. No such row is assumed on the other sides.
+  // By contract, with a diagonal step shorter than a straight one, both passes treat the last row as if one more row
+  // lay below it: two diagonal steps through that row lead over two columns. No such row is assumed on the other sides.
   const bool skips = straight > diagonal && size.width > 1 && size.height > 1;
   const float skip = skips ? 2.0F * diagonal : kInfinity;
 

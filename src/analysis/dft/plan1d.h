@@ -143,8 +143,8 @@ StatusCode RunDft1DReal(const FLOAT32* src, FLOAT32* dst, const DftSpec1DReal* s
 namespace dft {
 
 // Transforms the rows of src[0] to those of dst[0] and, where rows are paired, those of src[1] to dst[1], without
-// scaling; rows may be repeated. `scratch` is aligned for V and holds the rows, length * sizeof(V) bytes, and the
-// specification's scratchSize.
+// scaling; rows may be repeated. `scratch` is aligned for V. For rows of four values (F32x4) it holds length *
+// sizeof(V) bytes and the specification's scratchSize; for a single row (float) scratchSize is enough.
 template <class V>
 void RunRealRows(const DftSpec1DReal& spec, const SourceRows<V> (&src)[2], const DestinationRows<V> (&dst)[2],
                  void* scratch);

@@ -15,8 +15,8 @@ namespace {
 // The scratch of an image is the most that one of its passes needs, each pass being a share for its data, in bytes an
 // element, and the scratchSize of its specification:
 // - Rows, 4 at once or 8 paired (odd lengths), hold plan.length ComplexLanes of data, all of the share, or twice the
-//   share where rows are paired, and the work area. An odd length by the direct sum holds as many F32x4, all of the
-//   share; up to 4 elements need nothing.
+//   share where rows are paired, and the work area, which the direct sum does without: its results go to the
+//   destination. An odd length by the direct sum holds as many F32x4, all of the share; up to 4 elements need nothing.
 // - A real column holds its elements, then the scratch. So does a single complex column.
 // - Complex columns, 4 a block: the share is two blocks. One block and its work area always fit: the work area is no
 //   longer than the data, but for Bluestein's method, whose scratchSize includes it. More blocks use what is left.

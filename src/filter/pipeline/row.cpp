@@ -32,7 +32,7 @@ std::ptrdiff_t PositionInside(BorderType type, std::ptrdiff_t position, std::int
       const std::int64_t inPeriod = (there % period + period) % period;
       return static_cast<std::ptrdiff_t>(std::min(inPeriod, period - 1 - inPeriod));
     }
-    default:
+    default:  // Replicate
       return position < 0 ? 0 : width - 1;
   }
 }

@@ -170,7 +170,7 @@ struct ShiftDivision {
 };
 
 // Quotients of 256 and more need not be exact, and all smaller ones are: 256 * RoundedDivision::kLargestOther is below
-// kLargestFloatDividend.
+// kLargestFloatDividend. Negative quotients are cut off towards 0: the byte is 0 either way.
 struct FloatDivision {
   static_assert(256 * RoundedDivision::kLargestOther < kLargestFloatDividend);
 

@@ -35,8 +35,8 @@ int32_t Norvala_DistanceTransform3x3_BW8ToFLOAT32(const BW8* src, int32_t srcSte
   return Fold(kDistanceTransform3x3BW8ToFLOAT32(src, srcStep, dst, dstStep, {width, height}, metrics));
 }
 
-// A failure releases the state and its holder and leaves the destination untouched. Success keeps both, although nobody
-// can release them then: this loss of memory is part of the contract.
+// Every call starts anew from its seed. A failure releases the state and its holder and leaves the destination
+// untouched. Success keeps both, although nobody can release them then: this loss of memory is part of the contract.
 int32_t Norvala_RandUniform_BW8(BW8* dst, int32_t length, int32_t low, int32_t high, uint32_t seed) {
   AlignedVector<RandUniformState*> holder(1);
   StatusCode status = kRandUniformCreateBW8(holder.data(), static_cast<BW8>(low), static_cast<BW8>(high), seed);

@@ -9,6 +9,7 @@
 namespace norvala {
 namespace {
 
+// Blends the pixels along one edge, as smooth_edge.h says.
 template <class T>
 void BlendEdge(const WarpRequest& request, const Box& region, const Point& p, const Point& q, bool clockwise) {
   const bool isOnSide = (p.x == q.x && (p.x == region.left || p.x == region.right)) ||
