@@ -77,7 +77,8 @@ void ButterflyPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, 
   const Root* __restrict twiddles = tables + record.twiddles;
   const std::ptrdiff_t stride = kind == PassKind::First ? 1 : record.before;
   const std::ptrdiff_t jump = stride * record.remaining;
-  for (std::ptrdiff_t p = 0; p < record.remaining; ++p, twiddles += radix - 1, out += (radix - 1) * stride) {
+  constexpr int twiddleStep = twiddled ? radix - 1 : 0;  // a plan of one pass has no tables
+  for (std::ptrdiff_t p = 0; p < record.remaining; ++p, twiddles += twiddleStep, out += (radix - 1) * stride) {
     for (std::ptrdiff_t q = 0; q < stride; ++q, ++in, ++out) {
       Complex<V> x[radix];
       Butterfly(in, jump, x);
