@@ -51,4 +51,22 @@ inline float FloatReciprocal(std::int32_t divisor) {
   return isLess ? std::bit_cast<float>(std::bit_cast<std::uint32_t>(nearest) + 1) : nearest;
 }
 
+// Rounded division of 32-bit sums to bytes in single precision: the product of a sum and this reciprocal, rounded to
+// the nearest whole number, is the quotient rounded to the nearest one, halves up or down, wherever that lies between 0
+// and 255. Larger and smaller sums have no smaller and no larger products. The divisor is less than
+// kRoundingReciprocalEnd and no power of two.
+//
+// Let u be 2^-24, the largest relative error of a float that is rounded to the nearest. Quotients by odd divisors keep
+// at least 1 / (2 * divisor) away from half-way. The reciprocal is off by u and the product by another, together less
+// than that while sum * 2 u < 1 / 2, as it is up to 255.5 * kRoundingReciprocalEnd. Even divisors have quotients
+// half-way. Their reciprocals are moved by 2.002 u and then off by 1.002 u to 3.002 u, so that a product half-way,
+// where no float but that one is nearer than u, stays on its own side. Other quotients are at least 1 / divisor away
+// and keep their side while sum * 4.002 u < 1, again up to 255.5 * kRoundingReciprocalEnd.
+inline constexpr std::int32_t kRoundingReciprocalEnd = 1 << 14;
+
+inline float RoundingReciprocal(std::int32_t divisor, bool halvesGoDown) {
+  const double shift = divisor % 2 != 0 ? 0.0 : halvesGoDown ? -0x1.004p-23 : 0x1.004p-23;
+  return static_cast<float>((1.0 + shift) / divisor);
+}
+
 }  // namespace norvala

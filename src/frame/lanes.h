@@ -193,6 +193,16 @@ inline U8x16 PackSaturated(I16x8 a, I16x8 b) {
 #endif
 }
 
+// The nearest whole numbers of floats that 32 bits hold, halves to even.
+inline I32x4 RoundLanes(F32x4 v) {
+#if defined(__SSE2__)
+  return reinterpret_cast<I32x4>(_mm_cvtps_epi32(reinterpret_cast<__m128>(v)));
+#else
+  // The sum with 1.5 * 2^52 has no fraction, and its low bits are those of the whole number.
+  return ConvertLanes<I32x4>(BitCastLanes<Lanes<std::int64_t, 4>>(ConvertLanes<F64x4>(v) + 0x1.8p52));
+#endif
+}
+
 // The sums of the lower and of the upper eight bytes.
 inline U64x2 SumBytes(U8x16 v) {
 #if defined(__SSE2__)

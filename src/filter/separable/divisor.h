@@ -62,10 +62,10 @@ struct RoundedDivision {
 
   // The division of sums that are multiples of `common`, a divisor of the divisor, and stand without it.
   RoundedDivision Reduced(std::int32_t common) const {
-    const bool halvesGoDown = addend < divisor / 2;
     const std::int32_t reduced = divisor / common;
-    return {reduced, reduced / 2 - (halvesGoDown && reduced % 2 == 0 ? 1 : 0)};  // no sums lie half-way for odd ones
+    return {reduced, reduced / 2 - (HalvesGoDown() && reduced % 2 == 0 ? 1 : 0)};  // odd ones have no halves
   }
+  bool HalvesGoDown() const { return addend < divisor / 2; }
 };
 
 }  // namespace norvala

@@ -45,21 +45,16 @@ class RowPairs {
   template <int fixedTaps>
   void AddProducts(const BW8* pixels, std::ptrdiff_t, U32x4 (&sums)[kVectors]) const {
     U16x8 bytes = LoadUnaligned<U16x8>(pixels);
-    if constexpr (fixedTaps > 0) {
-      for (int p = 0; p < PairsFor(fixedTaps); p += 2) {
-        AddGroup(pixels, p, fixedTaps > 2 * p + 1, bytes, sums);
-      }
-    } else {
-      for (int p = 0; p < count_; p += 2) AddGroup(pixels, p, true, bytes, sums);
-    }
+    const int count = fixedTaps > 0 ? PairsFor(fixedTaps) : count_;
+    const auto isBoth = [](int p) { return fixedTaps == 0 || fixedTaps > 2 * p + 1; };
+    AddGroup(pixels, 0, isBoth(0), bytes, sums);  // apart, since there is nothing to add to
+    for (int p = 2; p < count; p += 2) AddGroup(pixels, p, isBoth(p), bytes, sums);
   }
 
   // The bytes of quotients that lie in the order of the sums: vectors 0 and 1 in the first words, 2 and 3 in the
   // second.
   static U8x16 Pack(I16x8 words01, I16x8 words23) {
-    const I16x8 words02 = __builtin_shufflevector(words01, words23, 0, 8, 1, 9, 2, 10, 3, 11);
-    const I16x8 words13 = __builtin_shufflevector(words01, words23, 4, 12, 5, 13, 6, 14, 7, 15);
-    return InterleaveHalves(PackSaturated(words02, words13));
+    return InterleaveHalves(PackSaturated(InterleaveLow(words01, words23), InterleaveHigh(words01, words23)));
   }
 
  private:
@@ -112,13 +107,10 @@ class ColumnPairs {
   template <int fixedTaps>
   void AddProducts(const BW8* pixels, std::ptrdiff_t step, U32x4 (&sums)[kVectors]) const {
     const std::ptrdiff_t lastStep = isOdd_ ? 0 : step;  // the row after the last one may not be read
-    if constexpr (fixedTaps > 0) {
-      constexpr int kCount = PairsFor(fixedTaps);
-      for (int p = 0; p < kCount; ++p) AddPair(Row(pixels, 2 * step, p), p + 1 < kCount ? step : lastStep, p, sums);
-    } else {
-      for (int p = 0; p + 1 < count_; ++p) AddPair(Row(pixels, 2 * step, p), step, p, sums);
-      AddPair(Row(pixels, 2 * step, count_ - 1), lastStep, count_ - 1, sums);
-    }
+    const int last = (fixedTaps > 0 ? PairsFor(fixedTaps) : count_) - 1;
+    AddPair(pixels, last > 0 ? step : lastStep, 0, sums);  // apart, since there is nothing to add to
+    for (int p = 1; p < last; ++p) AddPair(Row(pixels, 2 * step, p), step, p, sums);
+    if (last > 0) AddPair(Row(pixels, 2 * step, last), lastStep, last, sums);
   }
 
   static U8x16 Pack(I16x8 words01, I16x8 words23) { return PackSaturated(words01, words23); }
@@ -157,29 +149,27 @@ class ColumnPairs {
 
 // ---- Divisions ----
 //
-// Two vectors of sums to quotients, of which those that no word holds saturate.
+// Two vectors of sums to rounded quotients, of which those that no word holds saturate.
 
 struct ShiftDivision {
-  explicit ShiftDivision(std::int32_t divisor) : shift(std::countr_zero(static_cast<std::uint32_t>(divisor))) {}
+  explicit ShiftDivision(RoundedDivision division)
+      : addend(Splat<U32x4>(division.addend)), shift(std::countr_zero(static_cast<std::uint32_t>(division.divisor))) {}
 
-  I16x8 operator()(U32x4 a, U32x4 b) const {
-    return PackSaturated(shift.Right(BitCastLanes<I32x4>(a)), shift.Right(BitCastLanes<I32x4>(b)));
-  }
+  I16x8 operator()(U32x4 a, U32x4 b) const { return PackSaturated(Quotient(a), Quotient(b)); }
+  I32x4 Quotient(U32x4 sum) const { return shift.Right(BitCastLanes<I32x4>(sum + addend)); }
 
+  U32x4 addend;
   ShiftCount shift;
 };
 
-// Quotients of 256 and more need not be exact, and all smaller ones are: 256 * RoundedDivision::kLargestOther is below
-// kLargestFloatDividend. Negative quotients are cut off towards 0: the byte is 0 either way.
 struct FloatDivision {
-  static_assert(256 * RoundedDivision::kLargestOther < kLargestFloatDividend);
+  static_assert(RoundedDivision::kLargestOther < kRoundingReciprocalEnd);
 
-  explicit FloatDivision(std::int32_t divisor) : reciprocal(Splat<F32x4>(FloatReciprocal(divisor))) {}
+  explicit FloatDivision(RoundedDivision division)
+      : reciprocal(Splat<F32x4>(RoundingReciprocal(division.divisor, division.HalvesGoDown()))) {}
 
   I16x8 operator()(U32x4 a, U32x4 b) const { return PackSaturated(Quotient(a), Quotient(b)); }
-  I32x4 Quotient(U32x4 sum) const {
-    return ConvertLanes<I32x4>(ConvertLanes<F32x4>(BitCastLanes<I32x4>(sum)) * reciprocal);
-  }
+  I32x4 Quotient(U32x4 sum) const { return RoundLanes(ConvertLanes<F32x4>(BitCastLanes<I32x4>(sum)) * reciprocal); }
 
   F32x4 reciprocal;
 };
@@ -191,17 +181,16 @@ template <class Pairs, bool wide>
 class AllProducts {
  public:
   explicit AllProducts(const ReducedKernel& kernel)
-      : start_(Splat<U32x4>(kernel.division.addend)),
-        low_([&kernel](int j) { return LowHalf(Tap(kernel, j)); }, kernel.call.kernelSize) {
+      : low_([&kernel](int j) { return LowHalf(Tap(kernel, j)); }, kernel.call.kernelSize) {
     if constexpr (wide) high_.emplace([&kernel](int j) { return HighHalf(Tap(kernel, j)); }, kernel.call.kernelSize);
   }
 
   template <int fixedTaps>
   void Sum(const BW8* pixels, std::ptrdiff_t tapStep, U32x4 (&sums)[Pairs::kVectors]) const {
-    for (U32x4& sum : sums) sum = wide ? U32x4{} : start_;
+    for (U32x4& sum : sums) sum = U32x4{};
     if constexpr (wide) {
       high_->template AddProducts<fixedTaps>(pixels, tapStep, sums);
-      for (U32x4& sum : sums) sum = (sum << 16) + start_;
+      for (U32x4& sum : sums) sum <<= 16;
     }
     low_.template AddProducts<fixedTaps>(pixels, tapStep, sums);
   }
@@ -211,7 +200,6 @@ class AllProducts {
     return j < 0 || j >= kernel.call.kernelSize ? 0 : kernel.MirroredTap(j);
   }
 
-  U32x4 start_;
   Pairs low_;
   std::optional<Pairs> high_;
 };
@@ -271,9 +259,9 @@ void FilterBy(const ReducedKernel& kernel, Division divide) {
 }  // namespace
 
 void FilterInPairs(const ReducedKernel& kernel) {
-  const std::int32_t divisor = kernel.division.divisor;
-  RoundedDivision::IsPowerOfTwo(divisor) ? FilterBy(kernel, ShiftDivision(divisor))
-                                         : FilterBy(kernel, FloatDivision(divisor));
+  const RoundedDivision division = kernel.division;
+  RoundedDivision::IsPowerOfTwo(division.divisor) ? FilterBy(kernel, ShiftDivision(division))
+                                                  : FilterBy(kernel, FloatDivision(division));
 }
 
 }  // namespace norvala
