@@ -48,7 +48,7 @@ StatusCode WritePipelineBufferSize(RegionSize size, std::int32_t kernelSize, Una
 PipelineKernel::PipelineKernel(const std::int16_t* taps, std::int32_t count, std::int32_t divisor, ValueRange values)
     : taps_(taps), count_(count), division_{.reciprocal = 1.0 / divisor} {
   ValueRange sums = SumsOver(taps, count, values);
-  if (count > kMostTaps || sums.low < INT32_MIN || sums.high > INT32_MAX) return;
+  if (count > kMostTaps || sums.low <= INT32_MIN || sums.high > INT32_MAX) return;
   arithmetic_ = Arithmetic::Double;
   std::int32_t factor = 1;
   std::int32_t scale = 1;

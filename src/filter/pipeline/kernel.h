@@ -28,11 +28,11 @@ enum class Arithmetic {
   SymmetricWords,  // Words, where opposite taps are equal: opposite values are added before they are weighed
   Words,           // sums of 16 bits, or 15 and a sign, divided by a WordReciprocal
   Single,          // sums of 32 bits up to kLargestFloatDividend, times a FloatReciprocal
-  Double,          // sums of 32 bits, times the reciprocal in double precision
+  Double,          // sums of 32 bits but -2^31, whose quotient by -1 has more, times the reciprocal in double precision
   Plain,           // one result at a time: sums of more than 32 bits, and long kernels
 };
 
-// Division of sums, truncated towards zero and limited to 16 bits.
+// Division of sums, truncated towards zero. All quotients but those of 32 bits are limited to 16 bits.
 struct TruncatedDivision {
   WordReciprocal words{2};
   bool hasNegativeWords = false;
@@ -48,11 +48,7 @@ struct TruncatedDivision {
     return ConvertLanes<I32x4>(ConvertLanes<F32x4>(BitCastLanes<I32x4>(sums)) * singleReciprocal);
   }
   I32x4 DivideInDouble(U32x4 sums) const {
-    const auto limited = [](F64x2 v) {
-      return MaxLanes(MinLanes(v, Splat<F64x2>(INT16_MAX)), Splat<F64x2>(INT16_MIN));
-    };
-    const F64x2x2 quotients = ConvertToDoubles(BitCastLanes<I32x4>(sums)) * reciprocal;
-    return ConvertFromDoubles<I32x4>(limited(quotients.low), limited(quotients.high));
+    return ConvertFromDoubles<I32x4>(ConvertToDoubles(BitCastLanes<I32x4>(sums)) * reciprocal);
   }
   std::int16_t Divide(double sum) const {
     const double quotient = sum * reciprocal;
