@@ -16,14 +16,19 @@ ValueRange RangeOfValues(const RowPointer* rows, std::int64_t count, std::int32_
   I16x8 low[2] = {};
   I16x8 high[2] = {};
   for (std::int64_t i = 0; i < count; ++i) {
-    const Values* const row = rows[static_cast<std::size_t>(i)];
-    for (std::int32_t x = 0; x < width; x += kBlock) {
+    const auto extend = [&, row = rows[static_cast<std::size_t>(i)]](std::int32_t x) {
       for (int h = 0; h < 2; ++h) {
-        const auto values = LoadUnaligned<I16x8>(row + std::min(x, width - kBlock) + h * (kBlock / 2));
+        const auto values = LoadUnaligned<I16x8>(static_cast<const Values*>(row) + x + h * (kBlock / 2));
         low[h] = MinLanes(low[h], values);
         high[h] = MaxLanes(high[h], values);
       }
+    };
+    std::int32_t x = 0;
+    for (; x <= width - 2 * kBlock; x += 2 * kBlock) {  // two blocks at once
+      extend(x);
+      extend(x + kBlock);
     }
+    for (; x < width; x += kBlock) extend(std::min(x, width - kBlock));
   }
   ValueRange range = {};
   for (int k = 0; k < kBlock / 2; ++k) {
