@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "filter/separable/divisor.h"
+
 namespace norvala {
 namespace {
 
@@ -34,6 +36,28 @@ TEST(FloatReciprocalTest, DividesUpToTheLargestDividend) {
       }
     }
     ASSERT_GE(divide(INT32_MAX / 2), most);
+  }
+}
+
+// Sums half-way between two bytes and on both sides of it, and those beyond all bytes.
+TEST(RoundingReciprocalTest, RoundsToTheSideOfHalves) {
+  for (std::int32_t divisor = 3; divisor < kRoundingReciprocalEnd; ++divisor) {
+    if (RoundedDivision::IsPowerOfTwo(divisor)) continue;
+    for (const bool halvesGoDown : {false, true}) {
+      const float reciprocal = RoundingReciprocal(divisor, halvesGoDown);
+      const auto divide = [=](std::int32_t sum) {
+        return RoundLanes(Splat<F32x4>(static_cast<float>(sum) * reciprocal))[0];
+      };
+      for (std::int32_t byte = 0; byte < 256; ++byte) {
+        const std::int32_t half = byte * divisor + divisor / 2;
+        const bool isUp = divisor % 2 == 0 && !halvesGoDown;
+        ASSERT_EQ(divide(half - 1), byte) << half - 1 << " / " << divisor;
+        ASSERT_EQ(divide(half), byte + (isUp ? 1 : 0)) << half << " / " << divisor;
+        ASSERT_EQ(divide(half + 1), byte + 1) << half + 1 << " / " << divisor;
+      }
+      ASSERT_GE(divide(INT32_MAX), 256);
+      ASSERT_LE(divide(INT32_MIN), 0);
+    }
   }
 }
 
