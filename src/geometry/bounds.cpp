@@ -41,11 +41,12 @@ AffineCoefficients RotationCoefficients(double angle, double xShift, double yShi
 }  // namespace
 
 StatusCode GetAffineBound(Rect region, double* bound, const double* coefficients) {
-  Quadrilateral quad;
-  const StatusCode status = MapRegionToQuadrilateral(region, quad, coefficients);
-  if (status != StatusCode::Success && status != StatusCode::BadCoefficients) return status;
-  StoreUnaligned(bound, BoundOf(quad));
-  return status;
+  if (IsOutOfRange(region)) return StatusCode::NonPositiveSize;
+  const auto forward = LoadUnaligned<AffineCoefficients>(coefficients);
+  const Quadrilateral quad = MapRectangleCorners(forward, Corners(region));
+  StoreUnaligned(bound, BoundOf(quad));  // of a quadrilateral that is not convex, too
+  const bool isConvex = ClassifyQuadrilateral(quad) != QuadrilateralShape::NotConvex;
+  return isConvex ? StatusCode::Success : StatusCode::BadCoefficients;
 }
 
 StatusCode GetRotateShift(double xCentre, double yCentre, double angle, double* xShift, double* yShift) {

@@ -1,9 +1,5 @@
 #include "geometry/shapes.h"
 
-#include <algorithm>
-
-#include "frame/memory.h"
-
 namespace norvala {
 namespace {
 
@@ -45,11 +41,6 @@ Polygon ClipToSide(const Polygon& polygon, const Side& side) {
 
 }  // namespace
 
-Quadrilateral MapRectangleCorners(const AffineCoefficients& c, const Box& box) {
-  return {{Map(c, box.left, box.top), Map(c, box.right, box.top), Map(c, box.right, box.bottom),
-           Map(c, box.left, box.bottom)}};
-}
-
 QuadrilateralShape ClassifyQuadrilateral(const Quadrilateral& quad) {
   int positive = 0;
   for (int k = 0; k < 4; ++k) {
@@ -57,17 +48,11 @@ QuadrilateralShape ClassifyQuadrilateral(const Quadrilateral& quad) {
     const Point& corner = quad.vertices[k];
     const Point& after = quad.vertices[(k + 1) % 4];
     const double cross = (corner.x - before.x) * (after.y - corner.y) - (corner.y - before.y) * (after.x - corner.x);
-    if (!(cross < 0 || cross > 0)) return QuadrilateralShape::Degenerate;
+    if (!(cross < 0 || cross > 0)) return QuadrilateralShape::NotConvex;
     if (cross > 0) ++positive;
   }
   if (positive == 4) return QuadrilateralShape::Clockwise;
   return positive == 0 ? QuadrilateralShape::CounterClockwise : QuadrilateralShape::NotConvex;
-}
-
-StatusCode MapRegionToQuadrilateral(Rect region, Quadrilateral& quad, const double* coefficients) {
-  if (IsOutOfRange(region)) return StatusCode::NonPositiveSize;
-  quad = MapRectangleCorners(LoadUnaligned<AffineCoefficients>(coefficients), Corners(region));
-  return IsConvex(ClassifyQuadrilateral(quad)) ? StatusCode::Success : StatusCode::BadCoefficients;
 }
 
 Box BoundOf(const Quadrilateral& quad) {

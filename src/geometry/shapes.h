@@ -1,8 +1,7 @@
 #pragma once
 
-#include <cstdint>
+#include <algorithm>
 
-#include "frame/status.h"
 #include "frame/types.h"
 
 // Points, boxes, quadrilaterals and polygons.
@@ -39,7 +38,20 @@ inline bool Contains(const Box& box, const Point& p) {
   return p.x >= box.left && p.x <= box.right && p.y >= box.top && p.y <= box.bottom;
 }
 
+// The box with each side moved outwards.
+inline Box Expanded(const Box& box, double by) {
+  return {box.left - by, box.top - by, box.right + by, box.bottom + by};
+}
+
 inline bool IsOutOfRange(Rect r) { return r.x < 0 || r.y < 0 || r.width < 1 || r.height < 1; }
+
+inline bool Misses(Rect region, RegionSize image) { return region.x >= image.width || region.y >= image.height; }
+
+// The part of the region that lies in the image, which it must not miss.
+inline Rect LimitToImage(Rect region, RegionSize image) {
+  return {region.x, region.y, std::min(region.width, image.width - region.x),
+          std::min(region.height, image.height - region.y)};
+}
 
 // The centres of a rectangle's corner pixels.
 inline Box Corners(Rect r) {
@@ -47,20 +59,15 @@ inline Box Corners(Rect r) {
           static_cast<double>(r.y) + r.height - 1};
 }
 
-Quadrilateral MapRectangleCorners(const AffineCoefficients& c, const Box& box);
-
-// How the corners turn, on the screen. A degenerate quadrilateral has a corner that is straight or not a number.
-enum class QuadrilateralShape { Degenerate = -5, NotConvex = -4, CounterClockwise = 0, Clockwise = 1 };
-
-inline bool IsConvex(QuadrilateralShape shape) {
-  return shape == QuadrilateralShape::CounterClockwise || shape == QuadrilateralShape::Clockwise;
+inline Quadrilateral MapRectangleCorners(const AffineCoefficients& c, const Box& box) {
+  return {{Map(c, box.left, box.top), Map(c, box.right, box.top), Map(c, box.right, box.bottom),
+           Map(c, box.left, box.bottom)}};
 }
 
-QuadrilateralShape ClassifyQuadrilateral(const Quadrilateral& quad);
+// How the corners turn, on the screen. One that is straight or not a number makes the quadrilateral not convex.
+enum class QuadrilateralShape { NotConvex, CounterClockwise, Clockwise };
 
-// NonPositiveSize when the region is out of range, otherwise maps the centres of its corner pixels by six coefficients
-// and reports BadCoefficients when their image is degenerate or not convex.
-StatusCode MapRegionToQuadrilateral(Rect region, Quadrilateral& quad, const double* coefficients);
+QuadrilateralShape ClassifyQuadrilateral(const Quadrilateral& quad);
 
 Box BoundOf(const Quadrilateral& quad);
 

@@ -5,7 +5,6 @@
 #include "geometry/geometry.h"
 #include "geometry/warp/request.h"
 #include "geometry/warp/row_spans.h"
-#include "geometry/warp/smooth_edge.h"
 
 namespace norvala {
 namespace {
@@ -66,8 +65,8 @@ AffineCoefficients MapThreeVertices(const Quadrilateral& s, const Quadrilateral&
 }
 
 // Relative to the mapped coordinate, or absolute where that is tiny.
-bool Misses(double mapped, double target) {
-  return std::fabs(mapped) > 1e-200 ? std::fabs((mapped - target) / mapped) > 1e-12 : std::fabs(target) > 1e-12;
+bool Fits(double mapped, double target) {
+  return !(std::fabs(mapped) > 1e-200 ? std::fabs((mapped - target) / mapped) > 1e-12 : std::fabs(target) > 1e-12);
 }
 
 // ---- Rows ----
@@ -88,9 +87,12 @@ std::ptrdiff_t PrefetchOffset(const SourceImage& source, Position rowStep, Pixel
                                      pixelsAhead(rowStep[0]) * static_cast<std::uintptr_t>(PixelBytes(depth)));
 }
 
-// Writes the spans' pixels of the destination, each sampled from the source at the position that `inverse` maps the
-// pixel to. Positions are accumulated from row to row and from pixel to pixel, which fixes their rounding.
-void WarpRows(const WarpRequest& request, const AffineCoefficients& inverse, const RowSpans& spans) {
+// Writes the polygon's pixels of the destination region, each sampled from the source at the position that `inverse`
+// maps the pixel to. Positions are accumulated from row to row and from pixel to pixel, which fixes their rounding.
+StatusCode WarpPolygon(const WarpRequest& request, const Polygon& polygon, bool clockwise,
+                       const AffineCoefficients& inverse) {
+  const RowSpans spans(polygon, request.DestinationBox(), clockwise);
+  if (!spans) return StatusCode::NoDestinationOverlap;
   const Position pixelStep = {inverse.c00, inverse.c10};
   const Position rowStep = {inverse.c01, inverse.c11};
   const double firstRow = spans.firstRow();
@@ -130,15 +132,6 @@ void WarpRows(const WarpRequest& request, const AffineCoefficients& inverse, con
       }
     }
   }
-}
-
-// The part of the polygon that lies in the destination region.
-StatusCode WarpPolygon(const WarpRequest& request, const Polygon& polygon, bool clockwise,
-                       const AffineCoefficients& inverse) {
-  const Box box = request.DestinationBox();
-  const RowSpans spans(ClipPolygon(polygon, box), box, clockwise);
-  if (!spans) return StatusCode::NoDestinationOverlap;
-  WarpRows(request, inverse, spans);
   return StatusCode::Success;
 }
 
@@ -151,14 +144,14 @@ StatusCode WarpAffine(const void* src, RegionSize srcSize, std::int32_t srcStep,
   if (const StatusCode status = request.Check(); status != StatusCode::Success) return status;
   const auto forward = LoadUnaligned<AffineCoefficients>(coefficients);
   if (IsSingular(forward)) return StatusCode::BadCoefficients;
-  if (request.SourceRegionMissesImage()) return StatusCode::NoSourceOverlap;
+  if (Misses(srcRegion, srcSize)) return StatusCode::NoSourceOverlap;
   const Rect region = request.EffectiveRegion();
   if (region.width < 2 || region.height < 2) return StatusCode::RegionTooSmall;
 
   const Box corners = Corners(region);
   const Quadrilateral quad = MapRectangleCorners(forward, corners);
   const QuadrilateralShape shape = ClassifyQuadrilateral(quad);
-  if (!IsConvex(shape)) return StatusCode::BadCoefficients;
+  if (shape == QuadrilateralShape::NotConvex) return StatusCode::BadCoefficients;
   const bool clockwise = shape == QuadrilateralShape::Clockwise;
   const StatusCode status = WarpPolygon(request, Polygon(quad), clockwise, InvertToRectangle(quad, corners));
   if (status == StatusCode::Success && request.HasSmoothEdge()) SmoothEdge(request, quad, clockwise);
@@ -189,8 +182,7 @@ StatusCode WarpAffineQuad(const void* src, RegionSize srcSize, std::int32_t srcS
 
   const Point fourth = Map(forward, quads.source.vertices[3].x, quads.source.vertices[3].y);
   const Point& target = quads.destination.vertices[3];
-  const bool isAffine = !Misses(fourth.x, target.x) && !Misses(fourth.y, target.y);
-  return isAffine ? StatusCode::Success : StatusCode::QuadNotAffine;
+  return Fits(fourth.x, target.x) && Fits(fourth.y, target.y) ? StatusCode::Success : StatusCode::QuadNotAffine;
 }
 
 }  // namespace norvala

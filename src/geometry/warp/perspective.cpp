@@ -57,27 +57,7 @@ Projection Product(const Projection& a, const Projection& b) {
   return product;
 }
 
-// Samples the positions inside the region; the pixels of the others keep their values.
-void SampleInside(Sampler& sample, const Box& region, const Position* positions, std::int32_t count, double slack,
-                  char* dst, std::ptrdiff_t pixelBytes) {
-  const auto isInside = [&](const Box& box, std::int32_t k) {
-    return Contains(box, {positions[k][0], positions[k][1]});
-  };
-  const Box core = {region.left + slack, region.top + slack, region.right - slack, region.bottom - slack};
-  if (isInside(core, 0) && isInside(core, count - 1)) return sample(positions, count, slack, dst);
-  for (std::int32_t begin = 0; begin < count;) {
-    if (!isInside(region, begin)) {
-      ++begin;
-      continue;
-    }
-    std::int32_t end = begin + 1;
-    while (end < count && isInside(region, end)) ++end;
-    sample(positions + begin, end - begin, slack, dst + begin * pixelBytes);
-    begin = end;
-  }
-}
-
-// Where `limit` is given, only positions inside it are sampled.
+// Where `limit` is given, only positions inside it are sampled; the pixels of the others keep their values.
 void WarpRows(const WarpRequest& request, const Projection& inverse, const RowSpans& spans, const Box* limit) {
   constexpr std::int32_t kListLength = 256;
   Sampler sample(request.Source(), request.depth, request.Kernel());
@@ -100,8 +80,12 @@ void WarpRows(const WarpRequest& request, const Projection& inverse, const RowSp
       char* out = request.DestinationPixel(static_cast<std::ptrdiff_t>(first), std::ptrdiff_t{spans.firstRow()} + y);
       if (limit == nullptr) {
         sample(positions, count, slack, out);
-      } else {
-        SampleInside(sample, *limit, positions, count, slack, out, PixelBytes(request.depth));
+        continue;
+      }
+      for (std::int32_t begin = 0; begin < count;) {
+        const std::int32_t end = EndOfRun(*limit, positions, begin, count, slack);
+        sample(positions + begin, end - begin, slack, out + begin * PixelBytes(request.depth));
+        begin = end + 1;
       }
     }
     row.base += rowStep;
@@ -122,14 +106,11 @@ StatusCode WarpPerspectiveQuad(const void* src, RegionSize srcSize, std::int32_t
   const Projection inverse =
       Product(SquareToQuadrilateral(quads.source), Adjugate(SquareToQuadrilateral(quads.destination)));
 
-  const Box box = request.DestinationBox();
-  const RowSpans spans(ClipPolygon(Polygon(quads.destination), box), box, quads.clockwise);
+  const RowSpans spans(Polygon(quads.destination), request.DestinationBox(), quads.clockwise);
   if (!spans) return StatusCode::NoDestinationOverlap;
 
   // The division leaves some positions on the region's border a little outside.
-  const Box region = Corners(request.EffectiveRegion());
-  const Box limit = {region.left - kPositionTolerance, region.top - kPositionTolerance,
-                     region.right + kPositionTolerance, region.bottom + kPositionTolerance};
+  const Box limit = Expanded(Corners(request.EffectiveRegion()), kPositionTolerance);
   WarpRows(request, inverse, spans, quads.sourceInside ? nullptr : &limit);
   return StatusCode::Success;
 }

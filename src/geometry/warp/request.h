@@ -36,13 +36,13 @@ struct WarpRequest {
 
   bool HasSmoothEdge() const { return interpolation < 0; }
 
-  // The kernel that the source is large enough for.
+  Interpolation AskedKernel() const { return static_cast<Interpolation>(interpolation & INT32_MAX); }
+
+  // The asked kernel or the one in its place that the source is large enough for.
   Interpolation Kernel() const;
 
-  bool SourceRegionMissesImage() const { return srcRegion.x >= srcSize.width || srcRegion.y >= srcSize.height; }
-
   // The source region limited to the image; it must not miss the image.
-  Rect EffectiveRegion() const;
+  Rect EffectiveRegion() const { return LimitToImage(srcRegion, srcSize); }
 
   // The destination region's corner pixels. Nothing lies beyond the 32-bit range, wherever the region ends.
   Box DestinationBox() const;
@@ -54,5 +54,8 @@ struct WarpRequest {
     return Row(Row(static_cast<char*>(dst), dstStep, y), PixelBytes(depth), x);
   }
 };
+
+// Softens the edges of a warped quadrilateral inside the destination region.
+void SmoothEdge(const WarpRequest& request, const Quadrilateral& quad, bool clockwise);
 
 }  // namespace norvala

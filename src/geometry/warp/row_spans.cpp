@@ -34,7 +34,8 @@ struct Columns {
 
 }  // namespace
 
-RowSpans::RowSpans(const Polygon& polygon, const Box& region, bool clockwise) : table_(0) {
+RowSpans::RowSpans(const Polygon& whole, const Box& region, bool clockwise) {
+  const Polygon polygon = ClipPolygon(whole, region);
   if (polygon.count == 0) return;
   const Point* v = polygon.vertices;
   Point low = v[0];

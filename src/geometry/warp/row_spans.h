@@ -16,10 +16,9 @@ struct RowSpan {
 // The pixels of a polygon inside the destination region, row by row.
 class RowSpans {
  public:
-  // `polygon` must have been cut to the region, whose coordinates must fit 32 bits. `clockwise` is the order of its
-  // vertices on the screen.
+  // The region's coordinates must fit 32 bits. `clockwise` is the order of the polygon's vertices on the screen.
   // Holds nothing (converts to false) when no row or no column remains, or when the table cannot be allocated.
-  RowSpans(const Polygon& polygon, const Box& region, bool clockwise);
+  RowSpans(const Polygon& whole, const Box& region, bool clockwise);
 
   explicit operator bool() const { return static_cast<bool>(table_); }
   std::int32_t firstRow() const { return firstRow_; }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
@@ -29,8 +30,12 @@ inline double PixelAt(const SourceImage& source, std::int32_t x, std::int32_t y)
   return static_cast<double>(Row(static_cast<const T*>(source.pixels), source.step, y)[x]);
 }
 
-// Rounds half up; the sum must lie in -0.5..255.5.
-inline BW8 RoundToPixel(double sum) { return static_cast<BW8>(static_cast<std::int32_t>(sum + 0.5)); }
+// A sum as a pixel: bytes are limited to 0..255 and rounded half up.
+template <class T>
+inline T ToPixel(double sum) {
+  if constexpr (std::is_floating_point_v<T>) return static_cast<T>(sum);
+  return static_cast<T>(std::clamp(sum, 0.0, 255.0) + 0.5);
+}
 
 template <class T>
 inline void SampleNearest(const SourceImage& source, double x, double y, Unaligned<T>* dst) {
@@ -67,11 +72,7 @@ inline void SampleLinear(const SourceImage& source, double x, double y, Unaligne
   };
   const double top = lerp(v.first);
   const double bottom = lerp(v.first + 1);
-  if constexpr (std::is_floating_point_v<T>) {
-    *dst = static_cast<T>(top + v.fraction * (bottom - top));
-  } else {
-    *dst = static_cast<T>(static_cast<std::int32_t>(top + 0.5 + v.fraction * (bottom - top)));
-  }
+  *dst = static_cast<T>((sizeof(T) == 1 ? top + 0.5 : top) + v.fraction * (bottom - top));
 }
 
 // The first of the four pixels around a coordinate, and their weights. At the borders all four lie inside the image.
@@ -100,12 +101,7 @@ inline void SampleCubic(const SourceImage& source, double x, double y, Unaligned
     return w[0] * p(0) + w[1] * p(1) + w[2] * p(2) + w[3] * p(3);
   };
   const double* w = v.weights;
-  const double sum = w[0] * row(0) + w[1] * row(1) + w[2] * row(2) + w[3] * row(3);
-  if constexpr (std::is_floating_point_v<T>) {
-    *dst = static_cast<T>(sum);
-  } else {
-    *dst = RoundToPixel(sum > 255 ? 255 : sum < 0 ? 0 : sum);
-  }
+  *dst = ToPixel<T>(w[0] * row(0) + w[1] * row(1) + w[2] * row(2) + w[3] * row(3));
 }
 
 }  // namespace norvala

@@ -22,7 +22,6 @@ std::array<std::ptrdiff_t, 2> LanePair(I32x4 v, int j) {
 
 template <class T>
 struct Nearest {
-  using Pixel = T;
   static constexpr auto SamplePixel = SampleNearest<T>;
   static constexpr double kFirst = 0;
   static constexpr double kBehindLast = 1;  // the last position inside lies this much before the width
@@ -49,31 +48,22 @@ struct Nearest {
 };
 
 // Splits a list into runs of interior positions, which the kernel's vectorised loops serve, and single ones.
-template <class Kernel>
+template <template <class> class Kernel, class T>
 void Sample(const SourceImage& source, SamplingHistory& history, const Position* positions, std::int32_t count,
             double slack, void* dst) {
-  using T = typename Kernel::Pixel;
   auto* out = static_cast<Unaligned<T>*>(dst);
-  const double right = source.size.width - Kernel::kBehindLast;
-  const double bottom = source.size.height - Kernel::kBehindLast;
-  const Box interior = {Kernel::kFirst, Kernel::kFirst, right, bottom};
-  const Box core = {Kernel::kFirst + slack, Kernel::kFirst + slack, right - slack, bottom - slack};
-  const auto liesIn = [&](const Box& box, std::int32_t k) { return Contains(box, {positions[k][0], positions[k][1]}); };
+  const Box interior = {Kernel<T>::kFirst, Kernel<T>::kFirst, source.size.width - Kernel<T>::kBehindLast,
+                        source.size.height - Kernel<T>::kBehindLast};
   for (std::int32_t k = 0; k < count;) {
-    std::int32_t end = k;  // of the run of interior positions from k on
-    if (liesIn(core, k) && liesIn(core, count - 1)) {
-      end = count;  // those between lie within `slack` of the box of both, and so in the interior
-    } else {
-      while (end < count && liesIn(interior, end)) ++end;
-    }
+    std::int32_t end = EndOfRun(interior, positions, k, count, slack);
     while (end - k >= kGroup) {
       const std::int32_t length = std::min((end - k) / kGroup * kGroup, kRun);
-      Kernel::SampleRun(source, history, positions + k, length, out + k);
+      Kernel<T>::SampleRun(source, history, positions + k, length, out + k);
       k += length;
     }
     // What the groups leave over, and the position that ended the run.
     for (end = std::min(end + 1, count); k < end; ++k) {
-      Kernel::SamplePixel(source, positions[k][0], positions[k][1], out + k);
+      Kernel<T>::SamplePixel(source, positions[k][0], positions[k][1], out + k);
     }
   }
 }
@@ -82,11 +72,11 @@ template <class T>
 constexpr auto SelectFunction(Interpolation kernel) {
   switch (kernel) {
     case Interpolation::Nearest:
-      return Sample<Nearest<T>>;
+      return Sample<Nearest, T>;
     case Interpolation::Linear:
-      return Sample<Linear<T>>;
+      return Sample<Linear, T>;
     default:
-      return Sample<Cubic<T>>;
+      return Sample<Cubic, T>;
   }
 }
 

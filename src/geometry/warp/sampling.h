@@ -33,6 +33,20 @@ using Position = F64x2;
 inline constexpr double kMonotone = 0;
 inline constexpr double kAnyOrder = std::numeric_limits<double>::infinity();
 
+// The end of the run of positions inside the box that starts at position `begin`, which need not lie inside.
+inline std::int32_t EndOfRun(const Box& box, const Position* positions, std::int32_t begin, std::int32_t count,
+                             double slack) {
+  const auto liesIn = [&](const Box& where, std::int32_t k) {
+    return Contains(where, {positions[k][0], positions[k][1]});
+  };
+  // Those between the two lie within `slack` of the box of both.
+  const Box core = Expanded(box, -slack);
+  if (liesIn(core, begin) && liesIn(core, count - 1)) return count;
+  std::int32_t end = begin;
+  while (end < count && liesIn(box, end)) ++end;
+  return end;
+}
+
 // What a warp learns of its source while it samples.
 struct SamplingHistory {
   std::int32_t runsInDoubles = 0;  // so many of the next runs are better computed in doubles from the start

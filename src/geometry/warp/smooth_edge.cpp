@@ -1,15 +1,18 @@
-#include "geometry/warp/smooth_edge.h"
-
 #include <algorithm>
 #include <cmath>
 
 #include "frame/memory.h"
+#include "geometry/warp/request.h"
 #include "geometry/warp/sample_pixel.h"
+
+// In every column that a flat edge passes, and in every row that a steep one passes, the pixel in which the edge meets
+// the line through the centres becomes a mixture of its two neighbours on that line, by the part of it that lies
+// inside. Its own value does not count: it is either image or background, and each neighbour is one of them. Edges on
+// the region's own sides, and pixels without one of the two neighbours in the region, stay as they are.
 
 namespace norvala {
 namespace {
 
-// Blends the pixels along one edge, as smooth_edge.h says.
 template <class T>
 void BlendEdge(const WarpRequest& request, const Box& region, const Point& p, const Point& q, bool clockwise) {
   const bool isOnSide = (p.x == q.x && (p.x == region.left || p.x == region.right)) ||
@@ -44,11 +47,7 @@ void BlendEdge(const WarpRequest& request, const Box& region, const Point& p, co
       return reinterpret_cast<Unaligned<T>*>(pixel);
     };
     const double sum = inside * static_cast<double>(*at(inward)) + (1 - inside) * static_cast<double>(*at(-inward));
-    if constexpr (std::is_floating_point_v<T>) {
-      *at(0) = static_cast<T>(sum);
-    } else {
-      *at(0) = RoundToPixel(sum);
-    }
+    *at(0) = ToPixel<T>(sum);
   }
 }
 
