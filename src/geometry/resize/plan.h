@@ -10,6 +10,9 @@
 
 namespace norvala {
 
+using SrcRow = const Unaligned<const FLOAT32>*;
+using DstRow = Unaligned<FLOAT32>*;
+
 // One direction of a resize: `extent` destination pixels drawn from `length` source pixels.
 struct ResizeAxis {
   std::int32_t length;
@@ -26,8 +29,8 @@ struct ResizePlan {
   ResizeAxis columns;
   ResizeAxis rows;
 
-  const Unaligned<const FLOAT32>* SourceRow(std::ptrdiff_t y) const { return Row(src, srcStep, y); }
-  Unaligned<FLOAT32>* DestinationRow(std::ptrdiff_t y) const { return Row(dst, dstStep, y); }
+  SrcRow SourceRow(std::ptrdiff_t y) const { return Row(src, srcStep, y); }
+  DstRow DestinationRow(std::ptrdiff_t y) const { return Row(dst, dstStep, y); }
 };
 
 // Position of the centre of destination pixel `d` in the source, with pixel centres at whole numbers; never beyond the
@@ -46,9 +49,6 @@ StatusCode ResizeNearest(const ResizePlan& plan);
 // The weighted mean of 2, 4 or 8 taps in each direction: linear, cubic Lagrange, sinc under a sinc window.
 template <int taps>
 StatusCode Resample(const ResizePlan& plan);
-extern template StatusCode Resample<2>(const ResizePlan& plan);
-extern template StatusCode Resample<4>(const ResizePlan& plan);
-extern template StatusCode Resample<8>(const ResizePlan& plan);
 
 // The mean over the area that a destination pixel covers in the source.
 StatusCode Reduce(const ResizePlan& plan);

@@ -12,8 +12,6 @@
 namespace norvala {
 namespace {
 
-using SrcRow = const Unaligned<const FLOAT32>*;
-
 // What a destination pixel covers in one direction: source pixels `first` to `last`, of the first and the last one
 // only a part. Of a single pixel the part does not matter: its mean is the pixel, so that `firstPart` and `scale` are 1
 // and `lastPart` is 0.
@@ -42,15 +40,10 @@ struct Footprints {
     const double end = std::min((d + 1.0) * reciprocal, static_cast<double>(span));
     const std::int32_t first = std::min(static_cast<std::int32_t>(begin + kSliver), span - 1);
     const std::int32_t last = std::max(static_cast<std::int32_t>(end - kSliver), first);
-    Footprint f = {first, last, 1.0, 0.0, 0.0};
-    if (first == last) {
-      f.scale = 1.0;
-      return f;
-    }
-    f.firstPart = std::min(first + 1 - begin, 1.0);
-    f.lastPart = std::min(end - last, 1.0);
-    f.scale = 1.0 / (f.firstPart + (last - first - 1) + f.lastPart);
-    return f;
+    if (first == last) return {first, last, 1.0, 0.0, 1.0};
+    const double firstPart = std::min(first + 1 - begin, 1.0);
+    const double lastPart = std::min(end - last, 1.0);
+    return {first, last, firstPart, lastPart, 1.0 / (firstPart + (last - first - 1) + lastPart)};
   }
 };
 
@@ -85,8 +78,7 @@ void SumRows(const ResizePlan& plan, const Footprint& f, double* sums, std::int3
 }
 
 // The means of the columns of the sums.
-void MeanOfColumns(const double* sums, const Footprint* columns, double rowScale, Unaligned<FLOAT32>* dst,
-                   std::int32_t extent) {
+void MeanOfColumns(const double* sums, const Footprint* columns, double rowScale, DstRow dst, std::int32_t extent) {
   for (std::int32_t x = 0; x < extent; ++x) {
     const Footprint& f = columns[x];
     double sum = f.firstPart * sums[f.first];
@@ -110,7 +102,7 @@ FLOAT32 MeanOfFour(SrcRow upper, SrcRow lower) {
 // Returns whether every sum is finite. The mean of four floats may be finite where their sum overflows: such rows must
 // be computed again in double precision. Infinities and NaNs stay in `total` once they have entered it. It may also
 // overflow while every sum is finite; the row is then computed again without need.
-bool HalveRow(SrcRow upper, SrcRow lower, Unaligned<FLOAT32>* dst, std::ptrdiff_t extent) {
+bool HalveRow(SrcRow upper, SrcRow lower, DstRow dst, std::ptrdiff_t extent) {
   F32x4 total = {};
   std::ptrdiff_t x = 0;
   for (; x + 4 <= extent; x += 4) {

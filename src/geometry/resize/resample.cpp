@@ -13,9 +13,6 @@
 namespace norvala {
 namespace {
 
-using SrcRow = const Unaligned<const FLOAT32>*;
-using DstRow = Unaligned<FLOAT32>*;
-
 // ---- Taps ----
 
 // The weights of all taps for a position `t` in [0, 1] after the centre tap.
@@ -192,39 +189,6 @@ void CombineRows(const SrcRow (&rows)[taps], const float (&weights)[taps - 1], D
   }
 }
 
-// The rows last resampled along their columns, one slot for each tap: the rows of one destination pixel follow one
-// another, so that no two of them share a slot.
-template <int taps>
-class RowRing {
- public:
-  RowRing(const ResizePlan& plan, const ColumnTaps<taps>& columnTaps)
-      : plan_(plan), columnTaps_(columnTaps), stride_(Stride(plan.columns.extent)), rows_(taps * stride_) {
-    std::fill_n(held_, taps, -1);
-  }
-
-  explicit operator bool() const { return static_cast<bool>(rows_); }
-
-  SrcRow Get(std::int32_t y) {
-    const int slot = y % taps;
-    FLOAT32* row = rows_.data() + slot * static_cast<std::ptrdiff_t>(stride_);
-    if (held_[slot] != y) {
-      columnTaps_.Resample(plan_.SourceRow(y), row);
-      held_[slot] = y;
-    }
-    return row;
-  }
-
- private:
-  // An odd number of 64-byte lines, so that the rows do not compete for the same places in the cache.
-  static std::int64_t Stride(std::int32_t extent) { return AlignUp<std::int64_t>(extent, 16) | 16; }
-
-  const ResizePlan& plan_;
-  const ColumnTaps<taps>& columnTaps_;
-  std::int64_t stride_;
-  AlignedVector<FLOAT32> rows_;
-  std::int32_t held_[taps];
-};
-
 // Writes all destination rows; `row(y)` gives source row y as wide as the destination.
 template <int taps, class GetRow>
 void ResampleRows(const ResizePlan& plan, GetRow row) {
@@ -252,9 +216,21 @@ StatusCode Resample(const ResizePlan& plan) {
     }
     return StatusCode::Success;
   }
-  RowRing<taps> ring(plan, columnTaps);
+  // The rows last resampled along their columns, one slot for each tap: the rows of one destination pixel follow one
+  // another, so that no two of them share a slot. Each slot is an odd number of 64-byte lines, so that the rows do not
+  // compete for the same places in the cache.
+  const std::int64_t stride = AlignUp<std::int64_t>(plan.columns.extent, 16) | 16;
+  const AlignedVector<FLOAT32> ring(taps * stride);
   if (!ring) return StatusCode::WorkBufferUnavailable;
-  ResampleRows<taps>(plan, [&](std::int32_t y) { return ring.Get(y); });
+  std::int32_t held[taps];
+  std::fill_n(held, taps, -1);
+  ResampleRows<taps>(plan, [&](std::int32_t y) {
+    const int slot = y % taps;
+    FLOAT32* const row = ring.data() + slot * static_cast<std::ptrdiff_t>(stride);
+    if (held[slot] != y) columnTaps.Resample(plan.SourceRow(y), row);
+    held[slot] = y;
+    return row;
+  });
   return StatusCode::Success;
 }
 

@@ -9,18 +9,17 @@ namespace {
 
 enum class ResizeInterpolation : std::int32_t { Nearest = 1, Linear = 2, Cubic = 4, Reduce = 8, EightPoint = 16 };
 
-StatusCode CheckInterpolation(ResizeInterpolation interpolation, double xFactor, double yFactor) {
+bool IsKnown(ResizeInterpolation interpolation, double xFactor, double yFactor) {
   switch (interpolation) {
     case ResizeInterpolation::Nearest:
     case ResizeInterpolation::Linear:
     case ResizeInterpolation::Cubic:
     case ResizeInterpolation::EightPoint:
-      return StatusCode::Success;
+      return true;
     case ResizeInterpolation::Reduce:
-      if (xFactor <= 1.0 && yFactor <= 1.0) return StatusCode::Success;
-      break;
+      return xFactor <= 1.0 && yFactor <= 1.0;
   }
-  return StatusCode::UnknownInterpolation;
+  return false;
 }
 
 // The interpolation that the source image has enough pixels for.
@@ -33,17 +32,13 @@ ResizeInterpolation LimitToSource(ResizeInterpolation interpolation, RegionSize 
   return side >= 2 ? interpolation : ResizeInterpolation::Nearest;
 }
 
-StatusCode PlanAxis(std::int32_t length, double factor, std::int32_t dstLength, ResizeAxis& axis) {
+// Extends over no pixel where the result is less than half a pixel long.
+ResizeAxis PlanAxis(std::int32_t length, double factor, std::int32_t dstLength) {
   constexpr double kExtentTolerance = 1e-7;  // rounding in length * factor must not lose a pixel
   const double scaled = static_cast<double>(length) * factor + kExtentTolerance;
   // Compared before it is truncated: any factor may have come, infinity included.
-  std::int32_t extent = scaled >= static_cast<double>(dstLength) ? dstLength : static_cast<std::int32_t>(scaled);
-  if (extent < 1) {
-    if (scaled < 0.5) return StatusCode::ResultRegionEmpty;
-    extent = 1;
-  }
-  axis = {length, extent, factor};
-  return StatusCode::Success;
+  if (scaled >= dstLength) return {length, dstLength, factor};
+  return {length, scaled < 0.5 ? 0 : std::max(static_cast<std::int32_t>(scaled), 1), factor};
 }
 
 }  // namespace
@@ -53,21 +48,17 @@ StatusCode ResizeFLOAT32(const FLOAT32* src, RegionSize srcSize, std::int32_t sr
                          std::int32_t interpolation) {
   if (src == nullptr || dst == nullptr) return StatusCode::NullPointer;
   if (IsEmpty(srcSize) || IsOutOfRange(srcRegion)) return StatusCode::NonPositiveSize;
-  if (srcSize.width <= srcRegion.x || srcSize.height <= srcRegion.y) return StatusCode::NoSourceOverlap;
+  if (Misses(srcRegion, srcSize)) return StatusCode::NoSourceOverlap;
   if (IsEmpty(dstSize)) return StatusCode::NonPositiveSize;
   if (!(xFactor > 0.0) || !(yFactor > 0.0)) return StatusCode::BadResizeFactor;
   const auto asked = static_cast<ResizeInterpolation>(interpolation);
-  StatusCode status = CheckInterpolation(asked, xFactor, yFactor);
-  if (status != StatusCode::Success) return status;
+  if (!IsKnown(asked, xFactor, yFactor)) return StatusCode::UnknownInterpolation;
 
-  // The part of the region that lies in the image.
-  const std::int32_t width = std::min(srcRegion.width, srcSize.width - srcRegion.x);
-  const std::int32_t height = std::min(srcRegion.height, srcSize.height - srcRegion.y);
-  ResizePlan plan = {Row(src, srcStep, srcRegion.y) + srcRegion.x, srcStep, dst, dstStep, {}, {}};
-  status = PlanAxis(width, xFactor, dstSize.width, plan.columns);
-  if (status != StatusCode::Success) return status;
-  status = PlanAxis(height, yFactor, dstSize.height, plan.rows);
-  if (status != StatusCode::Success) return status;
+  const Rect region = LimitToImage(srcRegion, srcSize);
+  const ResizeAxis columns = PlanAxis(region.width, xFactor, dstSize.width);
+  const ResizeAxis rows = PlanAxis(region.height, yFactor, dstSize.height);
+  if (columns.extent == 0 || rows.extent == 0) return StatusCode::ResultRegionEmpty;
+  const ResizePlan plan = {Row(src, srcStep, region.y) + region.x, srcStep, dst, dstStep, columns, rows};
 
   // With both factors 1, every interpolation takes the pixels as they are.
   if (xFactor == 1.0 && yFactor == 1.0) return ResizeNearest(plan);
