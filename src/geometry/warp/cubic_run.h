@@ -8,7 +8,6 @@ inline F64x2 RoundToFloat(F64x2 v) { return ToDoubles(ConvertFromDoubles<F32x4>(
 
 template <class T>
 struct Cubic {
-  using Pixel = T;
   static constexpr auto SamplePixel = SampleCubic<T>;
   static constexpr double kFirst = 1;
   static constexpr double kBehindLast = 2.5;
@@ -33,8 +32,8 @@ inline void Cubic<FLOAT32>::SampleRun(const SourceImage& source, SamplingHistory
   const std::ptrdiff_t first = -source.step - static_cast<std::ptrdiff_t>(sizeof(FLOAT32));
   F64x2 sums[kRun / 2];
   for (std::int32_t k = 0; k < count / 2; ++k) {
-    const char* a = places.of[2 * k] + first;
-    const char* b = places.of[2 * k + 1] + first;
+    const char* a = places[2 * k] + first;
+    const char* b = places[2 * k + 1] + first;
     Prefetch(a, source.prefetchOffset);
     const auto weighRow = [&, w = weights[k].x](std::ptrdiff_t offset) {
       const auto left = LoadUnaligned<F32x4>(a + offset);
@@ -76,28 +75,23 @@ inline void Cubic<BW8>::SampleRun(const SourceImage& source, SamplingHistory&, c
   }
   const std::ptrdiff_t first = -source.step - static_cast<std::ptrdiff_t>(sizeof(BW8));
   for (std::int32_t k = 0; k < count; k += kGroup) {
-    const char* const from[kGroup] = {places.of[k], places.of[k + 1], places.of[k + 2], places.of[k + 3]};
+    const char* const from[kGroup] = {places[k], places[k + 1], places[k + 2], places[k + 3]};
     const auto weighRow = [&, w = weights[k / kGroup].x](std::ptrdiff_t offset) {
       const auto load = [&](int i) { return LoadUnaligned<std::uint32_t>(from[i] + offset); };
       const U32x4 row = {load(0), load(1), load(2), load(3)};
-      const auto toFloat = [](U32x4 v) { return ConvertLanes<F32x4>(BitCastLanes<I32x4>(v)); };
-      return w[0] * toFloat(row & 255) + w[1] * toFloat(row >> 8 & 255) + w[2] * toFloat(row >> 16 & 255) +
-             w[3] * toFloat(row >> 24);
+      return w[0] * ToFloats(row & 255) + w[1] * ToFloats(row >> 8 & 255) + w[2] * ToFloats(row >> 16 & 255) +
+             w[3] * ToFloats(row >> 24);
     };
     const F32x4* w = weights[k / kGroup].y;
     const F32x4 sum = w[0] * weighRow(first) + w[1] * weighRow(first + source.step) +
                       w[2] * weighRow(first + 2 * source.step) + w[3] * weighRow(first + 3 * source.step);
     // Whatever lies beyond the middle of the first and the last value is one of them.
     const F32x4 low = {0.5F, 0.5F, 0.5F, 0.5F};
-    const F32x4 high = low + 255;
-    F32x4 rounded = sum + 0.5F;
-    rounded = low < rounded ? rounded : low;
-    rounded = rounded < high ? rounded : high;
+    const F32x4 rounded = MinLanes(MaxLanes(sum + 0.5F, low), low + 255);
     const auto pixels = ConvertLanes<I32x4>(rounded);
     StorePixels(pixels, dst + k);
     const F32x4 fraction = rounded - ConvertLanes<F32x4>(pixels);
-    const auto doubts = BitCastLanes<I64x2>((fraction < kDoubt) | (fraction > 1 - kDoubt));
-    if ((doubts[0] | doubts[1]) != 0) {
+    if (HasAny((fraction < kDoubt) | (fraction > 1 - kDoubt))) {
       for (std::int32_t i = k; i < k + kGroup; ++i) SamplePixel(source, p[i][0], p[i][1], dst + i);
     }
   }

@@ -6,63 +6,45 @@
 
 namespace norvala {
 
-// The pixels around two positions: the left ones, and how much the right ones exceed them.
-struct Cells {
-  F64x2 top, topRise;
-  F64x2 bottom, bottomRise;
+// The pixels at four addresses, and their right neighbours.
+struct Neighbours {
+  F64x2x2 left, right;
 };
 
-// Bytes are read in pairs of neighbours, first the left one.
-inline void LoadCells(const BW8*, const Addresses& of, std::int32_t first, std::ptrdiff_t step, Cells (&cells)[2]) {
-  U16x8 top = {};
-  U16x8 bottom = {};
-  for (std::int32_t k = 0; k < kGroup; ++k) {
-    const char* from = of[first + k];
-    top[k] = LoadUnaligned<std::uint16_t>(from);
-    bottom[k] = LoadUnaligned<std::uint16_t>(from + step);
-  }
-  const auto all = BitCastLanes<U32x4>(__builtin_shufflevector(top, bottom, 0, 8, 1, 9, 2, 10, 3, 11));
-  const F64x2x2 topLeft = ToBiasedDoubles(all & 255);
-  const F64x2x2 topRight = ToBiasedDoubles(all >> 8 & 255);
-  const F64x2x2 bottomLeft = ToBiasedDoubles(all >> 16 & 255);
-  const F64x2x2 bottomRight = ToBiasedDoubles(all >> 24);
-  cells[0] = {topLeft.low - kBias, topRight.low - topLeft.low, bottomLeft.low - kBias,
-              bottomRight.low - bottomLeft.low};
-  cells[1] = {topLeft.high - kBias, topRight.high - topLeft.high, bottomLeft.high - kBias,
-              bottomRight.high - bottomLeft.high};
+inline Neighbours LoadNeighbours(const BW8*, const char* const (&from)[kGroup], std::ptrdiff_t offset) {
+  U16x8 pairs = {};
+  for (int i = 0; i < kGroup; ++i) pairs[i] = LoadUnaligned<std::uint16_t>(from[i] + offset);
+  const U32x4 wide = WidenLow(pairs);
+  return {ToDoubles(wide & 255), ToDoubles(wide >> 8)};
 }
 
-inline void LoadCells(const FLOAT32*, const Addresses& of, std::int32_t first, std::ptrdiff_t step, Cells (&cells)[2]) {
-  for (std::int32_t k = 0; k < 2; ++k) {
-    // Two neighbours travel as the bits of a double.
-    const char* a = of[first + 2 * k];
-    const char* b = of[first + 2 * k + 1];
-    const auto top = BitCastLanes<F32x4>(F64x2{LoadUnaligned<double>(a), LoadUnaligned<double>(b)});
-    const auto bottom = BitCastLanes<F32x4>(F64x2{LoadUnaligned<double>(a + step), LoadUnaligned<double>(b + step)});
-    const F64x2x2 t = ToDoubles(__builtin_shufflevector(top, top, 0, 2, 1, 3));
-    const F64x2x2 u = ToDoubles(__builtin_shufflevector(bottom, bottom, 0, 2, 1, 3));
-    cells[k] = {t.low, t.high - t.low, u.low, u.high - u.low};
-  }
+inline Neighbours LoadNeighbours(const FLOAT32*, const char* const (&from)[kGroup], std::ptrdiff_t offset) {
+  // Two neighbours travel as the bits of a double.
+  const auto pair = [&](int i) { return LoadUnaligned<double>(from[i] + offset); };
+  const auto a = BitCastLanes<F32x4>(F64x2{pair(0), pair(1)});
+  const auto b = BitCastLanes<F32x4>(F64x2{pair(2), pair(3)});
+  return {ToDoubles(__builtin_shufflevector(a, b, 0, 2, 4, 6)), ToDoubles(__builtin_shufflevector(a, b, 1, 3, 5, 7))};
 }
 
 template <class T>
 inline void SampleLinearInDoubles(const SourceImage& source, const Position* p, std::int32_t count, Unaligned<T>* dst) {
   const Places places(source, sizeof(T), p, count);
   for (std::int32_t k = 0; k < count; k += kGroup) {
-    Prefetch(places.of[k], source.prefetchOffset);
-    Cells cells[2];
-    LoadCells(static_cast<const T*>(nullptr), places.of, k, source.step, cells);
-    F64x2 results[2];
-    for (std::int32_t i = 0; i < 2; ++i) {
-      const Cells& c = cells[i];
-      const F64x2 top = c.top + c.topRise * places.fx[k / 2 + i];
-      const F64x2 bottom = c.bottom + c.bottomRise * places.fx[k / 2 + i];
-      results[i] = (sizeof(T) == 1 ? top + 0.5 : top) + places.fy[k / 2 + i] * (bottom - top);
-    }
+    const char* const from[kGroup] = {places[k], places[k + 1], places[k + 2], places[k + 3]};
+    Prefetch(from[0], source.prefetchOffset);
+    const F64x2x2 fx = {places.fx[k / 2], places.fx[k / 2 + 1]};
+    const F64x2x2 fy = {places.fy[k / 2], places.fy[k / 2 + 1]};
+    const auto lerp = [&](std::ptrdiff_t offset) {
+      const auto [left, right] = LoadNeighbours(static_cast<const T*>(nullptr), from, offset);
+      return left + (right - left) * fx;
+    };
+    const F64x2x2 top = lerp(0);
+    const F64x2x2 rise = (lerp(source.step) - top) * fy;
     if constexpr (sizeof(T) == 1) {
-      StorePixels(ConvertFromDoubles<I32x4>(results[0], results[1]), dst + k);
+      const F64x2x2 sum = F64x2x2{top.low + 0.5, top.high + 0.5} + rise;
+      StorePixels(ConvertFromDoubles<I32x4>(sum), dst + k);
     } else {
-      StoreUnaligned(dst + k, ConvertFromDoubles<F32x4>(results[0], results[1]));
+      StoreUnaligned(dst + k, ConvertFromDoubles<F32x4>(top + rise));
     }
   }
 }
@@ -148,14 +130,6 @@ class LinearInSingles {
     static F32x4 Fraction(U32x4 low) { return ToFloats(low >> 8); }
   };
 
-  // Lanes below 2^31.
-  static F32x4 ToFloats(U32x4 v) { return ConvertLanes<F32x4>(BitCastLanes<I32x4>(v)); }
-
-  static bool HasAny(I32x4 mask) {
-    const auto halves = BitCastLanes<I64x2>(mask);
-    return (halves[0] | halves[1]) != 0;
-  }
-
   static I32x4 SumOf(const Group& group, std::uintptr_t origin, std::uintptr_t step, std::ptrdiff_t prefetchOffset) {
     U16x8 top = {};
     U16x8 bottom = {};
@@ -180,7 +154,6 @@ class LinearInSingles {
 
 template <class T>
 struct Linear {
-  using Pixel = T;
   static constexpr auto SamplePixel = SampleLinear<T>;
   static constexpr double kFirst = 0;
   static constexpr double kBehindLast = 1.5;

@@ -18,10 +18,10 @@ constexpr std::int32_t kRun = 64;
 
 // An unsigned integer v below 2^52 is the low bits of the double 2^52 + v: cheaper than a conversion, and exact.
 constexpr double kBias = 0x1p52;
-inline F64x2x2 ToBiasedDoubles(U32x4 v) {
+inline F64x2x2 ToDoubles(U32x4 v) {
   const auto exponent = Splat<U32x4>(0x43300000U);
-  return {BitCastLanes<F64x2>(__builtin_shufflevector(v, exponent, 0, 4, 1, 5)),
-          BitCastLanes<F64x2>(__builtin_shufflevector(v, exponent, 2, 6, 3, 7))};
+  return {BitCastLanes<F64x2>(__builtin_shufflevector(v, exponent, 0, 4, 1, 5)) - kBias,
+          BitCastLanes<F64x2>(__builtin_shufflevector(v, exponent, 2, 6, 3, 7)) - kBias};
 }
 
 // The high lanes go down within the register: converted in place they would pass through memory where registers are
@@ -30,25 +30,38 @@ inline F64x2x2 ToDoubles(F32x4 v) {
   return {ConvertToDoubles(v).low, ConvertToDoubles(__builtin_shufflevector(v, v, 2, 3, 2, 3)).low};
 }
 
-// Truncated, for lanes from 0 to 2^31.
-inline F64x2x2 Truncate(F64x2x2 v) {
-  const F64x2x2 biased = ToBiasedDoubles(BitCastLanes<U32x4>(ConvertFromDoubles<I32x4>(v)));
-  return {biased.low - kBias, biased.high - kBias};
+// Lanes below 2^31.
+inline F32x4 ToFloats(U32x4 v) { return ConvertLanes<F32x4>(BitCastLanes<I32x4>(v)); }
+
+inline bool HasAny(I32x4 mask) {
+  const auto halves = BitCastLanes<I64x2>(mask);
+  return (halves[0] | halves[1]) != 0;
 }
 
-// Where the source pixels of a run lie. The vector arithmetic is that of doubles: integer multiplication and 64-bit
-// integers are slow or missing in the baseline, and no image has 2^52 bytes.
-class Addresses {
+// The pixel at or before each position of a run, and the distances from it, two positions to a vector.
+class Places {
  public:
-  Addresses(const SourceImage& source, std::int32_t pixelBytes)
+  F64x2 fx[kRun / 2];
+  F64x2 fy[kRun / 2];
+
+  // The vector arithmetic is that of doubles: integer multiplication and 64-bit integers are slow or missing in the
+  // baseline, and no image has 2^52 bytes.
+  Places(const SourceImage& source, std::int32_t pixelBytes, const Position* p, std::int32_t count)
       : origin_(reinterpret_cast<std::uintptr_t>(source.pixels) -
-                static_cast<std::uintptr_t>(std::bit_cast<std::uint64_t>(kBias))),
-        step_(static_cast<double>(source.step)),
-        pixelBytes_(pixelBytes) {}
+                static_cast<std::uintptr_t>(std::bit_cast<std::uint64_t>(kBias))) {
+    const auto step = static_cast<double>(source.step);
+    for (std::int32_t k = 0; k < count; k += 2) {
+      const F64x2 x = __builtin_shufflevector(p[k], p[k + 1], 0, 2);
+      const F64x2 y = __builtin_shufflevector(p[k], p[k + 1], 1, 3);
+      const F64x2x2 shifted = {x + kPositionTolerance, y + kPositionTolerance};
+      const F64x2x2 whole = ToDoubles(BitCastLanes<U32x4>(ConvertFromDoubles<I32x4>(shifted)));
+      offsets_[k / 2] = whole.high * step + (whole.low * pixelBytes + kBias);
+      fx[k / 2] = x - whole.low;
+      fy[k / 2] = y - whole.high;
+    }
+  }
 
-  // Takes whole coordinates of pixels k and k + 1.
-  void Set(std::int32_t k, F64x2 x, F64x2 y) { offsets_[k / 2] = y * step_ + (x * pixelBytes_ + kBias); }
-
+  // The address of the pixel of position k.
   const char* operator[](std::int32_t k) const {
     const auto bits = LoadUnaligned<std::uint64_t>(reinterpret_cast<const char*>(offsets_) + std::ptrdiff_t{k} * 8);
     return reinterpret_cast<const char*>(origin_ + static_cast<std::uintptr_t>(bits));
@@ -56,28 +69,7 @@ class Addresses {
 
  private:
   std::uintptr_t origin_;
-  double step_;
-  double pixelBytes_;
   F64x2 offsets_[kRun / 2];
-};
-
-// The pixel at or before each position of a run, and the distances from it, two positions to a vector.
-struct Places {
-  Addresses of;
-  F64x2 fx[kRun / 2];
-  F64x2 fy[kRun / 2];
-
-  Places(const SourceImage& source, std::int32_t pixelBytes, const Position* p, std::int32_t count)
-      : of(source, pixelBytes) {
-    for (std::int32_t k = 0; k < count; k += 2) {
-      const F64x2 x = __builtin_shufflevector(p[k], p[k + 1], 0, 2);
-      const F64x2 y = __builtin_shufflevector(p[k], p[k + 1], 1, 3);
-      const F64x2x2 whole = Truncate({x + kPositionTolerance, y + kPositionTolerance});
-      of.Set(k, whole.low, whole.high);
-      fx[k / 2] = x - whole.low;
-      fy[k / 2] = y - whole.high;
-    }
-  }
 };
 
 // Stores four values in 0..255.
