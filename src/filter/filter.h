@@ -41,8 +41,7 @@ inline constexpr PrimitiveTable kFilterColumnFLOAT32{FilterColumnFLOAT32};
 
 // ---- Pipeline filters ----
 
-StatusCode FilterRowBorderPipelineGetBufferSizeBW8(RegionSize size, std::int32_t kernelSize, std::int32_t* bufferSize);
-StatusCode FilterColumnPipelineGetBufferSizeBW8(RegionSize size, std::int32_t kernelSize, std::int32_t* bufferSize);
+StatusCode FilterPipelineGetBufferSizeBW8(RegionSize size, std::int32_t kernelSize, std::int32_t* bufferSize);
 StatusCode FilterRowBorderPipelineBW8(const BW8* src, std::int32_t srcStep, std::int16_t* const* dstRows,
                                       RegionSize size, const std::int16_t* kernel, std::int32_t kernelSize,
                                       std::int32_t anchor, std::int32_t borderType, BW8 borderValue,
@@ -51,8 +50,8 @@ StatusCode FilterColumnPipelineBW8(const std::int16_t* const* srcRows, BW8* dst,
                                    const std::int16_t* kernel, std::int32_t kernelSize, std::int32_t divisor,
                                    BW8* buffer);
 
-inline constexpr PrimitiveTable kFilterRowBorderPipelineGetBufferSizeBW8{FilterRowBorderPipelineGetBufferSizeBW8};
-inline constexpr PrimitiveTable kFilterColumnPipelineGetBufferSizeBW8{FilterColumnPipelineGetBufferSizeBW8};
+inline constexpr PrimitiveTable kFilterRowBorderPipelineGetBufferSizeBW8{FilterPipelineGetBufferSizeBW8};
+inline constexpr PrimitiveTable kFilterColumnPipelineGetBufferSizeBW8{FilterPipelineGetBufferSizeBW8};
 inline constexpr PrimitiveTable kFilterRowBorderPipelineBW8{FilterRowBorderPipelineBW8};
 inline constexpr PrimitiveTable kFilterColumnPipelineBW8{FilterColumnPipelineBW8};
 

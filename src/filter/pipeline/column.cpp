@@ -84,10 +84,6 @@ void MakeRowPlainly(const PipelineKernel& kernel, const RowPointer* rows, std::i
 
 }  // namespace
 
-StatusCode FilterColumnPipelineGetBufferSizeBW8(RegionSize size, std::int32_t kernelSize, std::int32_t* bufferSize) {
-  return WritePipelineBufferSize(size, kernelSize, bufferSize);
-}
-
 StatusCode FilterColumnPipelineBW8(const std::int16_t* const* srcRows, BW8* dst, std::int32_t dstStep, RegionSize size,
                                    const std::int16_t* kernel, std::int32_t kernelSize, std::int32_t divisor,
                                    BW8* buffer) {

@@ -1,7 +1,8 @@
 #include "filter/pipeline/kernel.h"
 
 #include <algorithm>
-#include <numeric>
+
+#include "filter/filter.h"
 
 namespace norvala {
 namespace {
@@ -14,11 +15,6 @@ ValueRange SumsOver(const Tap* taps, std::int32_t count, ValueRange values) {
   std::int64_t negative = 0;
   for (std::int32_t i = 0; i < count; ++i) (taps[i] < 0 ? negative : positive) += taps[i];
   return {positive * values.low + negative * values.high, positive * values.high + negative * values.low};
-}
-
-std::int32_t CommonFactor(const Tap* taps, std::int32_t count, std::int32_t divisor) {
-  for (std::int32_t i = 0; i < count && divisor != 1; ++i) divisor = std::gcd(divisor, std::int32_t{taps[i]});
-  return divisor;
 }
 
 bool IsSymmetric(const Tap* taps, std::int32_t count) {
@@ -36,12 +32,12 @@ bool WordsServe(const WordReciprocal& reciprocal, ValueRange sums) {
 
 }  // namespace
 
-StatusCode WritePipelineBufferSize(RegionSize size, std::int32_t kernelSize, Unaligned<std::int32_t>* bufferSize) {
+StatusCode FilterPipelineGetBufferSizeBW8(RegionSize size, std::int32_t kernelSize, std::int32_t* bufferSize) {
   if (bufferSize == nullptr) return StatusCode::NullPointer;
   if (IsEmpty(size) || kernelSize < 1) return StatusCode::NonPositiveSize;
   const std::int64_t bytes = 4 * std::int64_t{kernelSize} + 64;
   if (bytes > INT32_MAX) return StatusCode::NonPositiveSize;
-  *bufferSize = static_cast<std::int32_t>(bytes);
+  StoreUnaligned(bufferSize, static_cast<std::int32_t>(bytes));
   return StatusCode::Success;
 }
 
@@ -58,7 +54,7 @@ PipelineKernel::PipelineKernel(const std::int16_t* taps, std::int32_t count, std
   // the quotient above its own: that is 1 / divisor away, more than 2^-52 of it.
   if (divisor >= 1 && divisor * (1.0 / divisor) == 1.0) {
     // An integer quotient stays the same without a factor that all taps share with the divisor.
-    const std::int32_t common = CommonFactor(taps_, count, divisor);
+    const std::int32_t common = CommonDivisor(divisor, count, [&](std::int32_t i) { return taps_[i]; });
     divisor /= common;
     sums = {sums.low / common, sums.high / common};
     // The reciprocal of 1 does not fit 16 bits: sums are doubled and divided by 2.

@@ -5,16 +5,12 @@
 #include "filter/reciprocal.h"
 #include "frame/lanes.h"
 #include "frame/memory.h"
-#include "frame/status.h"
-#include "frame/types.h"
 
-// What the row and the column filter of the pipeline share: the size of their work buffers, kernels, and the division
-// of sums. A result is the product of a sum and the reciprocal of the divisor in double precision, clamped and
-// truncated; narrower arithmetic is used wherever it makes the same.
+// What the row and the column filter of the pipeline share: kernels, and the division of sums. A result is the product
+// of a sum and the reciprocal of the divisor in double precision, clamped and truncated; narrower arithmetic is used
+// wherever it makes the same.
 
 namespace norvala {
-
-StatusCode WritePipelineBufferSize(RegionSize size, std::int32_t kernelSize, Unaligned<std::int32_t>* bufferSize);
 
 // Values or sums from `low` to `high`, 0 among them.
 struct ValueRange {

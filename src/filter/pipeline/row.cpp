@@ -20,18 +20,15 @@ struct Border {
 };
 
 // The position in the row that stands for one outside, with any border but a constant one.
-std::ptrdiff_t PositionInside(BorderType type, std::ptrdiff_t position, std::int32_t width) {
-  const std::int64_t there = position;
-  const std::int64_t period = 2 * std::int64_t{width};
+std::int64_t PositionInside(BorderType type, std::int64_t position, std::int64_t width) {
+  const auto wrapped = [=](std::int64_t period) { return (position % period + period) % period; };
   switch (type) {
     case BorderType::Wrap:
-      return static_cast<std::ptrdiff_t>((there % width + width) % width);
+      return wrapped(width);
     case BorderType::Mirror:
-      return static_cast<std::ptrdiff_t>(MirrorIndex(there, width));
-    case BorderType::MirrorWithEdge: {
-      const std::int64_t inPeriod = (there % period + period) % period;
-      return static_cast<std::ptrdiff_t>(std::min(inPeriod, period - 1 - inPeriod));
-    }
+      return MirrorIndex(position, width);
+    case BorderType::MirrorWithEdge:
+      return std::min(wrapped(2 * width), 2 * width - 1 - wrapped(2 * width));
     default:  // Replicate
       return position < 0 ? 0 : width - 1;
   }
@@ -90,10 +87,6 @@ void MakeRowPlainly(const PipelineKernel& kernel, const BW8* extended, std::int3
 }
 
 }  // namespace
-
-StatusCode FilterRowBorderPipelineGetBufferSizeBW8(RegionSize size, std::int32_t kernelSize, std::int32_t* bufferSize) {
-  return WritePipelineBufferSize(size, kernelSize, bufferSize);
-}
 
 StatusCode FilterRowBorderPipelineBW8(const BW8* src, std::int32_t srcStep, std::int16_t* const* dstRows,
                                       RegionSize size, const std::int16_t* kernel, std::int32_t kernelSize,
