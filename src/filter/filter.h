@@ -10,34 +10,26 @@ namespace norvala {
 
 // ---- Separable filters ----
 
-StatusCode FilterRowBW8(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size,
-                        const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor, std::int32_t divisor);
-StatusCode FilterColumnBW8(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size,
-                           const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
-                           std::int32_t divisor);
-StatusCode FilterRowBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
-                         const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
-                         std::int32_t divisor);
-StatusCode FilterColumnBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
-                            const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
-                            std::int32_t divisor);
-StatusCode FilterRow32fBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
-                            const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor);
-StatusCode FilterColumn32fBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
-                               const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor);
-StatusCode FilterRowFLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
-                            RegionSize size, const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor);
-StatusCode FilterColumnFLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
-                               RegionSize size, const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor);
+enum class Axis { Row, Column };  // along which the taps lie
 
-inline constexpr PrimitiveTable kFilterRowBW8{FilterRowBW8};
-inline constexpr PrimitiveTable kFilterColumnBW8{FilterColumnBW8};
-inline constexpr PrimitiveTable kFilterRowBW16{FilterRowBW16};
-inline constexpr PrimitiveTable kFilterColumnBW16{FilterColumnBW16};
-inline constexpr PrimitiveTable kFilterRow32fBW16{FilterRow32fBW16};
-inline constexpr PrimitiveTable kFilterColumn32fBW16{FilterColumn32fBW16};
-inline constexpr PrimitiveTable kFilterRowFLOAT32{FilterRowFLOAT32};
-inline constexpr PrimitiveTable kFilterColumnFLOAT32{FilterColumnFLOAT32};
+template <Axis axis>
+StatusCode FilterBW8(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size,
+                     const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor, std::int32_t divisor);
+template <Axis axis>
+StatusCode FilterBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
+                      const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor, std::int32_t divisor);
+template <Axis axis, class T>  // BW16, FLOAT32
+StatusCode Filter32f(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep, RegionSize size,
+                     const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor);
+
+inline constexpr PrimitiveTable kFilterRowBW8{FilterBW8<Axis::Row>};
+inline constexpr PrimitiveTable kFilterColumnBW8{FilterBW8<Axis::Column>};
+inline constexpr PrimitiveTable kFilterRowBW16{FilterBW16<Axis::Row>};
+inline constexpr PrimitiveTable kFilterColumnBW16{FilterBW16<Axis::Column>};
+inline constexpr PrimitiveTable kFilterRow32fBW16{Filter32f<Axis::Row, BW16>};
+inline constexpr PrimitiveTable kFilterColumn32fBW16{Filter32f<Axis::Column, BW16>};
+inline constexpr PrimitiveTable kFilterRowFLOAT32{Filter32f<Axis::Row, FLOAT32>};
+inline constexpr PrimitiveTable kFilterColumnFLOAT32{Filter32f<Axis::Column, FLOAT32>};
 
 // ---- Pipeline filters ----
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <csignal>
 
-#include "filter/separable/divisor.h"
+#include "filter/separable/bw8.h"
 #ifndef _WIN32
 #include <unistd.h>
 #endif

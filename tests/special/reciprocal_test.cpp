@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "filter/separable/divisor.h"
+#include "filter/separable/bw8.h"
 
 namespace norvala {
 namespace {

@@ -1,22 +1,19 @@
 #include "filter/separable/bw8.h"
 
 #include <algorithm>
-#include <numeric>
 
 #include "filter/filter.h"
 #include "filter/reciprocal.h"
-#include "filter/separable/divisor.h"
 
 // The three forms of the 8-bit filters. The first one that fits a kernel and divisor, whatever the pixels are, filters
 // the region; all make the same bytes.
 //
-// - FilterInWords: sums of 16 bits. At most 64 taps, a divisor that RoundedDivision serves, no sum of products beyond
-//   32 bits, and WordsServe.
-// - FilterInPairs: sums of 32 bits, two products at a time. At most 64 taps, a divisor that RoundedDivision serves, and
-//   no sum beyond 32 bits, with or without the rounding.
+// - FilterInWords: sums of 16 bits, where WordsServe.
+// - FilterInPairs: sums of 32 bits with the rounding, two products at a time.
 // - FilterPlainly: sums of 32 bits that wrap, divided in double precision. Any kernel and divisor.
 //
-// The first two work without the common divisor of the taps and the divisor: {250, 500, 250} / 1000 is {1, 2, 1} / 4.
+// The first two take at most 64 taps, a divisor that RoundedDivision serves and no sum of products beyond 32 bits. They
+// work without the common divisor of the taps and the divisor: {250, 500, 250} / 1000 is {1, 2, 1} / 4.
 
 namespace norvala {
 namespace {
@@ -32,15 +29,9 @@ bool WordsServe(const ReducedKernel& kernel) {
   return std::min(kernel.highest, 255 * std::int64_t{divisor} - 1) <= WordReciprocal(divisor).largest;
 }
 
-std::int32_t CommonDivisor(const SeparableCallBW8& call, std::int32_t divisor) {
-  std::int32_t common = divisor;
-  for (std::int32_t j = 0; j < call.kernelSize && common != 1; ++j) common = std::gcd(common, call.MirroredTap(j));
-  return common;
-}
-
 // Filters the region in words or in pairs; returns false where neither serves.
-bool FilterReduced(const SeparableCallBW8& call, std::int32_t divisor, const DivisorScale& scale) {
-  if (!RoundedDivision::Serves(divisor) || call.kernelSize > kMostReducedTaps) return false;
+bool FilterReduced(const SeparableCallBW8& call, const DivisorScale& scale) {
+  if (!RoundedDivision::Serves(call.divisor) || call.kernelSize > kMostReducedTaps) return false;
   std::int64_t positive = 0;
   std::int64_t negative = 0;
   for (std::int32_t j = 0; j < call.kernelSize; ++j) {
@@ -48,8 +39,9 @@ bool FilterReduced(const SeparableCallBW8& call, std::int32_t divisor, const Div
     (tap > 0 ? positive : negative) += tap;
   }
   if (positive > INT32_MAX / UINT8_MAX || negative < INT32_MIN / UINT8_MAX) return false;  // sums may wrap
-  const std::int32_t common = CommonDivisor(call, divisor);
-  const RoundedDivision division = RoundedDivision::Of(divisor, scale).Reduced(common);
+  const auto tap = [&](std::int32_t j) { return call.MirroredTap(j); };
+  const std::int32_t common = CommonDivisor(call.divisor, call.kernelSize, tap);
+  const RoundedDivision division = RoundedDivision::Of(call.divisor, scale).Reduced(common);
   const ReducedKernel kernel = {call, common, division, positive / common * UINT8_MAX + division.addend,
                                 negative / common * UINT8_MAX};
   if (WordsServe(kernel)) {
@@ -64,9 +56,9 @@ bool FilterReduced(const SeparableCallBW8& call, std::int32_t divisor, const Div
 
 // The three modes of the output rule are one product: the reciprocal of a power of two is exact, and half a unit added
 // to the product is the addend added to the sum.
-void FilterPlainly(const SeparableCallBW8& call, std::int32_t divisor) {
+void FilterPlainly(const SeparableCallBW8& call) {
   constexpr int kStrip = 1024;  // columns whose sums are kept
-  const double factor = static_cast<float>(1.0 / divisor);
+  const double factor = static_cast<float>(1.0 / call.divisor);
   const SeparableWindow<BW8> window(call);
   for (int y = 0; y < call.size.height; ++y) {
     for (int x = 0, width = 0; x < call.size.width; x += width) {
@@ -90,27 +82,19 @@ void FilterPlainly(const SeparableCallBW8& call, std::int32_t divisor) {
   }
 }
 
-StatusCode Filter(const SeparableCallBW8& call, std::int32_t divisor) {
-  if (const StatusCode status = call.CheckPointersAndSizes(); status != StatusCode::Success) return status;
-  if (divisor == 0) return StatusCode::ZeroDivisor;
-  if (const StatusCode status = call.CheckSteps(); status != StatusCode::Success) return status;
+}  // namespace
+
+template <Axis axis>
+StatusCode FilterBW8(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size,
+                     const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor, std::int32_t divisor) {
+  const SeparableCallBW8 call = {axis, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor, divisor};
+  if (const StatusCode status = call.Check(); status != StatusCode::Success) return status;
   const DivisorScale scale = DeriveDivisorScale(divisor);
-  if (!FilterReduced(call, divisor, scale)) FilterPlainly(call, divisor);
+  if (!FilterReduced(call, scale)) FilterPlainly(call);
   return StatusCode::Success;
 }
 
-}  // namespace
-
-StatusCode FilterRowBW8(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size,
-                        const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
-                        std::int32_t divisor) {
-  return Filter({Axis::Row, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor}, divisor);
-}
-
-StatusCode FilterColumnBW8(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size,
-                           const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
-                           std::int32_t divisor) {
-  return Filter({Axis::Column, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor}, divisor);
-}
+template decltype(FilterBW8<Axis::Row>) FilterBW8<Axis::Row>;
+template decltype(FilterBW8<Axis::Column>) FilterBW8<Axis::Column>;
 
 }  // namespace norvala

@@ -1,11 +1,73 @@
 #pragma once
 
-#include "filter/separable/divisor.h"
+#include <cstdint>
+
 #include "filter/separable/window.h"
 
 // The forms of the 8-bit separable filters; bw8.cpp lists what each one serves.
 
 namespace norvala {
+
+// ---- Output rule ----
+
+// How the sum of a pixel's products becomes a byte, by the divisor of the call: the byte is the sum,
+// (sum + addend) >> shift or floor(sum * factor + 0.5), limited to 0..255. The filters take it as a RoundedDivision or,
+// in FilterPlainly, in doubles.
+struct DivisorScale {
+  enum Mode : std::int32_t { None = 0, Shift = 1, Reciprocal = 2 };
+
+  std::int32_t mode;
+  std::int32_t shift;
+  std::int32_t addend;
+  float factor;
+};
+
+// Does not return for INT32_MIN, as norvala.h warns; the divisor is not 0.
+inline DivisorScale DeriveDivisorScale(std::int32_t divisor) {
+  const auto bits = static_cast<std::uint32_t>(divisor);
+  if (divisor == 1) return {DivisorScale::None, 0, 0, 1.0F};
+  if (((bits - 1) & (bits | 0x80000000U)) != 0) {
+    return {DivisorScale::Reciprocal, 0, 0, static_cast<float>(1.0 / divisor)};
+  }
+  // INT32_MIN passes as a power of two, and halving it ends at -1: the loop does not end, which norvala.h warns of.
+  // volatile keeps the compiler from assuming that it ends.
+  volatile std::int32_t half = divisor / 2;
+  std::uint32_t shift = 0;
+  for (; half != 0; ++shift) half = half >> 1;
+  return {DivisorScale::Shift, static_cast<std::int32_t>(shift), divisor / 2, 1.0F};
+}
+
+// The same rule as an integer division: the byte is floor((sum + addend) / divisor), clamped to 0..255.
+//
+// For a power of two this is the rule itself. Otherwise the reciprocal is off by at most one part in 2^24, so that
+// sum * factor misses sum / divisor by at most 2^-16 wherever the byte is below 255. Sums that do not lie half-way
+// between two bytes keep a distance of at least 1 / (2 * divisor) from there, which is more than 2^-15 up to the
+// largest divisor served. Sums that do lie half-way, of even divisors only, all go up where the reciprocal was rounded
+// up and all go down where it was rounded down: the double product keeps the reciprocal's error.
+struct RoundedDivision {
+  static constexpr std::int32_t kLargestOther = (1 << 14) - 1;
+
+  std::int32_t divisor;
+  std::int32_t addend;
+
+  static bool IsPowerOfTwo(std::int32_t divisor) { return divisor > 0 && (divisor & (divisor - 1)) == 0; }
+  static bool Serves(std::int32_t divisor) {
+    return IsPowerOfTwo(divisor) || (divisor > 0 && divisor <= kLargestOther);
+  }
+  static RoundedDivision Of(std::int32_t divisor, const DivisorScale& scale) {
+    const bool halvesGoDown = divisor % 2 == 0 && static_cast<double>(scale.factor) * divisor < 1.0;
+    return {divisor, divisor / 2 - (halvesGoDown ? 1 : 0)};
+  }
+
+  // The division of sums that are multiples of `common`, a divisor of the divisor, and stand without it.
+  RoundedDivision Reduced(std::int32_t common) const {
+    const std::int32_t reduced = divisor / common;
+    return {reduced, reduced / 2 - (HalvesGoDown() && reduced % 2 == 0 ? 1 : 0)};  // odd ones have no halves
+  }
+  bool HalvesGoDown() const { return addend < divisor / 2; }
+};
+
+// ---- Forms ----
 
 using SeparableCallBW8 = SeparableCall<BW8, std::int32_t>;
 

@@ -25,10 +25,9 @@ class SeparableTile {
   using Pixel = typename Traits::Pixel;
   using Call = SeparableCall<Pixel, FLOAT32>;
 
-  explicit SeparableTile(const Call& call, const Traits& traits = {})
+  explicit SeparableTile(const Call& call)
       : call_(call),
         window_(call),
-        traits_(traits),
         isWhole_(call.kernelSize <= kTaps),
         isSymmetric_(Traits::isExact && isWhole_ && call.IsSymmetric()) {
     if (isWhole_) TakeTaps(0, call.kernelSize);
@@ -230,7 +229,7 @@ class SeparableTile {
 
   const Call& call_;
   const SeparableWindow<Pixel> window_;
-  const Traits traits_;
+  const Traits traits_ = {};
   const bool isWhole_;      // all taps are taken at once
   const bool isSymmetric_;  // opposite taps are equal and all are here, in exact sums
   F64x2 taps_[kTaps];

@@ -1,14 +1,11 @@
 #pragma once
 
+#include "filter/filter.h"
 #include "frame/memory.h"
-#include "frame/status.h"
-#include "frame/types.h"
 
 // What the row and the column filters share: a column filter is a row filter whose taps lie a row apart.
 
 namespace norvala {
-
-enum class Axis { Row, Column };  // along which the taps lie
 
 // The arguments of one separable filter.
 template <class Pixel, class Tap>
@@ -22,16 +19,14 @@ struct SeparableCall {
   const Tap* kernel;
   std::int32_t kernelSize;
   std::int32_t anchor;
-
-  StatusCode CheckPointersAndSizes() const {
-    if (src == nullptr || dst == nullptr || kernel == nullptr) return StatusCode::NullPointer;
-    if (IsEmpty(size) || kernelSize < 1) return StatusCode::NonPositiveSize;
-    return StatusCode::Success;
-  }
+  std::int32_t divisor = 1;  // of sums
 
   // Only the filters along rows demand a source step that holds the kernel's reach.
-  StatusCode CheckSteps() const {
+  StatusCode Check() const {
     constexpr std::int64_t kPixel = sizeof(Pixel);
+    if (src == nullptr || dst == nullptr || kernel == nullptr) return StatusCode::NullPointer;
+    if (IsEmpty(size) || kernelSize < 1) return StatusCode::NonPositiveSize;
+    if (divisor == 0) return StatusCode::ZeroDivisor;
     const std::int64_t reach = axis == Axis::Row ? std::int64_t{kernelSize} - 1 : 0;
     if (srcStep < (size.width + reach) * kPixel || dstStep < size.width * kPixel) return StatusCode::NonPositiveStep;
     return StatusCode::Success;

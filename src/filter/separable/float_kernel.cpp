@@ -6,10 +6,37 @@
 #include "frame/aligned_memory.h"
 #include "frame/memory.h"
 
-// 16-bit pixels are read and written as signed.
+// The filters of float and 16-bit pixels. Those of 16 bits are read and written as signed.
 
 namespace norvala {
 namespace {
+
+// ---- Float pixels ----
+
+struct FloatTraits {
+  using Pixel = FLOAT32;
+  static constexpr bool isExact = false;
+  static constexpr double tapScale = 1.0;
+  // The six sums of a block, a tap and a product are as many as the registers of a 32-bit build.
+  static constexpr int vectors = sizeof(void*) == 8 ? 4 : 6;
+
+  void Widen(const void* pixels, F64x2 (&values)[vectors]) const {
+    const Unaligned<FLOAT32>* const from = static_cast<const Unaligned<FLOAT32>*>(pixels);
+    for (int k = 0; k < vectors; k += 2) {
+      const F64x2x2 four = ConvertToDoubles(LoadUnaligned<F32x4>(from + 2 * k));
+      values[k] = four.low;
+      values[k + 1] = four.high;
+    }
+  }
+  void Narrow(const F64x2 (&sums)[vectors], void* pixels) const {
+    Unaligned<FLOAT32>* const to = static_cast<Unaligned<FLOAT32>*>(pixels);
+    for (int k = 0; k < vectors; k += 2) StoreUnaligned(to + 2 * k, ConvertFromDoubles<F32x4>(sums[k], sums[k + 1]));
+  }
+};
+
+void FilterRegion(const SeparableCall<FLOAT32, FLOAT32>& call) { SeparableTile<FloatTraits>(call).Filter(); }
+
+// ---- 16-bit pixels ----
 
 // Exact sums are those whose products may be added in any order; they are always numbers. Sums of kernels that stay in
 // the range of the pixels need no clamping.
@@ -94,9 +121,7 @@ bool SumsStayInRange(const SeparableCall<BW16, FLOAT32>& call) {
   return positive * 32767.0 - negative * 32768.0 < 32767.4 && positive * 32768.0 - negative * 32767.0 < 32768.4;
 }
 
-StatusCode FilterFloatKernel(const SeparableCall<BW16, FLOAT32>& call) {
-  if (const StatusCode status = call.CheckPointersAndSizes(); status != StatusCode::Success) return status;
-  if (const StatusCode status = call.CheckSteps(); status != StatusCode::Success) return status;
+void FilterRegion(const SeparableCall<BW16, FLOAT32>& call) {
   if (!SumsAreExact(call)) {
     SeparableTile<ShortTraits<false, true>>(call).Filter();
   } else if (SumsStayInRange(call)) {
@@ -104,15 +129,28 @@ StatusCode FilterFloatKernel(const SeparableCall<BW16, FLOAT32>& call) {
   } else {
     SeparableTile<ShortTraits<true, true>>(call).Filter();
   }
-  return StatusCode::Success;
 }
 
-using FloatKernelTable = PrimitiveTable<decltype(FilterRow32fBW16)>;
+}  // namespace
+
+template <Axis axis, class T>
+StatusCode Filter32f(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep, RegionSize size,
+                     const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor) {
+  const SeparableCall<T, FLOAT32> call = {axis, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor};
+  const StatusCode status = call.Check();
+  if (status == StatusCode::Success) FilterRegion(call);
+  return status;
+}
+
+template decltype(Filter32f<Axis::Row, BW16>) Filter32f<Axis::Row, BW16>;
+template decltype(Filter32f<Axis::Column, BW16>) Filter32f<Axis::Column, BW16>;
+template decltype(Filter32f<Axis::Row, FLOAT32>) Filter32f<Axis::Row, FLOAT32>;
+template decltype(Filter32f<Axis::Column, FLOAT32>) Filter32f<Axis::Column, FLOAT32>;
 
 // The divisor scales the taps, not the sums.
-StatusCode FilterIntegerKernel(const FloatKernelTable& filter, const BW16* src, std::int32_t srcStep, BW16* dst,
-                               std::int32_t dstStep, RegionSize size, const std::int32_t* kernel,
-                               std::int32_t kernelSize, std::int32_t anchor, std::int32_t divisor) {
+template <Axis axis>
+StatusCode FilterBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
+                      const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor, std::int32_t divisor) {
   if (kernel == nullptr) return StatusCode::NullPointer;
   if (kernelSize < 1) return StatusCode::NonPositiveSize;
   if (divisor == 0) return StatusCode::ZeroDivisor;
@@ -123,32 +161,11 @@ StatusCode FilterIntegerKernel(const FloatKernelTable& filter, const BW16* src, 
   for (std::int32_t i = 0; i < kernelSize; ++i) {
     scaled[i] = static_cast<FLOAT32>(LoadUnaligned<std::int32_t>(kernel + i)) * factor;
   }
-  return filter(src, srcStep, dst, dstStep, size, scaled.data(), kernelSize, anchor);
+  constexpr auto& kFilter = axis == Axis::Row ? kFilterRow32fBW16 : kFilterColumn32fBW16;
+  return kFilter(src, srcStep, dst, dstStep, size, scaled.data(), kernelSize, anchor);
 }
 
-}  // namespace
-
-StatusCode FilterRow32fBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
-                            const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor) {
-  return FilterFloatKernel({Axis::Row, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor});
-}
-
-StatusCode FilterColumn32fBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
-                               const FLOAT32* kernel, std::int32_t kernelSize, std::int32_t anchor) {
-  return FilterFloatKernel({Axis::Column, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor});
-}
-
-StatusCode FilterRowBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
-                         const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
-                         std::int32_t divisor) {
-  return FilterIntegerKernel(kFilterRow32fBW16, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor, divisor);
-}
-
-StatusCode FilterColumnBW16(const BW16* src, std::int32_t srcStep, BW16* dst, std::int32_t dstStep, RegionSize size,
-                            const std::int32_t* kernel, std::int32_t kernelSize, std::int32_t anchor,
-                            std::int32_t divisor) {
-  return FilterIntegerKernel(kFilterColumn32fBW16, src, srcStep, dst, dstStep, size, kernel, kernelSize, anchor,
-                             divisor);
-}
+template decltype(FilterBW16<Axis::Row>) FilterBW16<Axis::Row>;
+template decltype(FilterBW16<Axis::Column>) FilterBW16<Axis::Column>;
 
 }  // namespace norvala
