@@ -3,11 +3,128 @@
 #include "filter/filter.h"
 #include "filter/pyramid/layer.h"
 #include "filter/pyramid/layer_filter.h"
-#include "filter/pyramid/layer_interpolate.h"
+#include "frame/lanes.h"
 #include "frame/memory.h"
 
 namespace norvala {
 namespace {
+
+// ---- Interpolation ----
+//
+// Linear interpolation between the pixels of filtered rows and between resampled rows, for any filtered values and for
+// small ones. Each class makes a resampled row from a filtered one, and destination pixels from two resampled rows.
+
+// The distance f of a position from the pixel on its left, 0 <= f < 1. Rates above 1 have at most 23 fractional bits
+// and so have their multiples: f = coarse / 2^12 + fine / 2^23, exactly. `coarse` counts in steps of 2 (11 bits of f),
+// `fine` has the next 12.
+struct Fraction {
+  std::uint16_t coarse;
+  std::uint16_t fine;
+};
+
+// The place of a destination pixel in a direction of the source.
+struct SourcePosition {
+  std::int32_t left;  // pixel on the left or above
+  Fraction fraction;  // 0 where that is the last pixel
+};
+
+// Of destination pixel i in a source of `srcCount`. Only the last destination pixel may lie on the last source pixel.
+SourcePosition PositionOf(std::int32_t i, std::int32_t srcCount, FLOAT32 rate) {
+  const double exact = i * double{rate};
+  const std::int64_t whole = std::min(static_cast<std::int64_t>(exact), std::int64_t{srcCount} - 1);
+  if (whole + 1 >= srcCount) return {static_cast<std::int32_t>(whole), {0, 0}};
+  const auto bits = static_cast<std::uint32_t>((exact - static_cast<double>(whole)) * (1 << 23));
+  const auto coarse = static_cast<std::uint16_t>(bits >> 12 << 1);
+  return {static_cast<std::int32_t>(whole), {coarse, static_cast<std::uint16_t>(bits & 4095)}};
+}
+
+// A filtered value has 3 fractional bits.
+BW8 PixelOf(std::int16_t value) { return static_cast<BW8>(std::clamp((value + 4) >> 3, 0, 255)); }
+
+// Linear interpolation of any values: trunc(left * (1 - f) + right * f + 0.5), truncating towards zero. Every step is
+// exact in double.
+struct DoubleInterpolation {
+  static std::int16_t Between(std::int16_t left, std::int16_t right, Fraction fraction) {
+    const double f = (fraction.coarse * 2048.0 + fraction.fine) / (1 << 23);
+    return static_cast<std::int16_t>(left * (1 - f) + right * f + 0.5);
+  }
+
+  // A last destination pixel on the last source pixel keeps its value: interpolation would round negative ones up.
+  static void Row(const std::int16_t* filtered, std::int32_t srcCount, std::int32_t count, const LayerLines& lines,
+                  std::int16_t* resampled) {
+    for (std::int32_t i = 0; i < count; ++i) {
+      const std::int32_t left = lines.left[i];
+      resampled[i] = left + 1 < srcCount ? Between(filtered[left], filtered[left + 1], {lines.coarse[i], lines.fine[i]})
+                                         : filtered[left];
+    }
+  }
+
+  static void Column(const std::int16_t* above, const std::int16_t* below, std::int32_t count, Fraction fraction,
+                     BW8* dst) {
+    for (std::int32_t i = 0; i < count; ++i) dst[i] = PixelOf(Between(above[i], below[i], fraction));
+  }
+};
+
+// The same for values of SumsAreNarrow: they are not negative, so the result is left plus
+// floor((right - left) * f + 0.5), formed in 16 bits from the high and low half of the difference times the coarse part
+// and the difference times the fine part.
+struct NarrowInterpolation {
+  static std::int16_t Between(std::int16_t left, std::int16_t right, std::uint16_t coarse, std::uint16_t fine) {
+    const auto difference = static_cast<std::int16_t>((right - left) << 4);
+    // The product is written twice, in two types: GCC takes each half of it with one 16-bit multiplication as long as
+    // they do not share a 32-bit one.
+    const auto high = static_cast<std::int16_t>((difference * static_cast<std::int16_t>(coarse)) >> 16);
+    const auto low = static_cast<std::uint16_t>(static_cast<std::uint16_t>(difference) * unsigned{coarse});
+    const auto fineHigh = static_cast<std::int16_t>((difference * static_cast<std::int16_t>(fine)) >> 16);
+    const auto rest = static_cast<std::int16_t>((low >> 5) + fineHigh + 1024);
+    return static_cast<std::int16_t>(left + high + static_cast<std::int16_t>(rest >> 11));
+  }
+
+  // kColumnsAtOnce pixels and the right neighbours of each, from two loads of 32 bits an element.
+  static void Gather(const std::int16_t* filtered, const std::int32_t* columns, std::int16_t* left,
+                     std::int16_t* right) {
+    const auto two = [&](int k) {
+      const U32x4 a = {LoadUnaligned<std::uint32_t>(filtered + columns[k])};
+      const U32x4 b = {LoadUnaligned<std::uint32_t>(filtered + columns[k + 1])};
+      return BitCastLanes<I32x4>(
+          __builtin_shufflevector(BitCastLanes<I16x8>(a), BitCastLanes<I16x8>(b), 0, 8, 1, 9, 2, 10, 3, 11));
+    };
+    const auto four = [&](int k) {
+      return BitCastLanes<F64x2>(__builtin_shufflevector(two(k), two(k + 2), 0, 4, 1, 5));
+    };
+    const F64x2 low = four(0);
+    const F64x2 high = four(4);
+    StoreUnaligned(left, __builtin_shufflevector(low, high, 0, 2));
+    StoreUnaligned(right, __builtin_shufflevector(low, high, 1, 3));
+  }
+
+  static void Row(const std::int16_t* __restrict filtered, std::int32_t, std::int32_t, const LayerLines& lines,
+                  std::int16_t* __restrict resampled) {
+    constexpr std::int32_t kBlock = 64;
+    const std::uint16_t* __restrict const coarse = lines.coarse;
+    const std::uint16_t* __restrict const fine = lines.fine;
+    for (std::int32_t begin = 0; begin < lines.columns; begin += kBlock) {
+      const std::int32_t count = std::min(kBlock, lines.columns - begin);
+      std::int16_t left[kBlock];
+      std::int16_t right[kBlock];
+      for (std::int32_t i = 0; i < count; i += kColumnsAtOnce)
+        Gather(filtered, lines.left + begin + i, left + i, right + i);
+      for (std::int32_t i = 0; i < count; ++i) {
+        resampled[begin + i] = Between(left[i], right[i], coarse[begin + i], fine[begin + i]);
+      }
+    }
+  }
+
+  static void Column(const std::int16_t* __restrict above, const std::int16_t* __restrict below, std::int32_t count,
+                     Fraction fraction, BW8* __restrict dst) {
+    const auto [coarse, fine] = fraction;
+    for (std::int32_t i = 0; i < count; ++i) {
+      dst[i] = static_cast<BW8>(static_cast<std::int16_t>(Between(above[i], below[i], coarse, fine) + 4) >> 3);
+    }
+  }
+};
+
+// ---- Reduction ----
 
 // Pixels of a direction after reduction: the least d from 1 on with size <= upper(d). upper(d) is d * rate, rounded to
 // single precision and then truncated, but at least d + 1, so that a size above 1 always shrinks. It never falls:
@@ -79,23 +196,6 @@ void Reduce(const BW8* src, std::int32_t srcStep, RegionSize srcSize, BW8* dst, 
   }
 }
 
-// Chooses the narrowest arithmetic that serves.
-void ReduceLayer(const BW8* src, std::int32_t srcStep, RegionSize srcSize, BW8* dst, std::int32_t dstStep,
-                 RegionSize dstSize, const PyramidLayerState& state) {
-  const auto reduce = [&](auto* run) { run(src, srcStep, srcSize, dst, dstStep, dstSize, state); };
-  if (srcSize.width <= state.kernelSize || srcSize.height <= state.kernelSize) {
-    reduce(Reduce<AnyFilter<true>, DoubleInterpolation>);
-  } else if (IntegerFilter<1>::Serves(state)) {
-    reduce(Reduce<IntegerFilter<1>, NarrowInterpolation>);
-  } else if (IntegerFilter<2>::Serves(state)) {
-    reduce(Reduce<IntegerFilter<2>, NarrowInterpolation>);
-  } else if (NarrowFilter::Serves(state)) {
-    reduce(Reduce<NarrowFilter, NarrowInterpolation>);
-  } else {
-    reduce(Reduce<AnyFilter<false>, DoubleInterpolation>);
-  }
-}
-
 }  // namespace
 
 LayerLines::LayerLines(std::uint8_t* work, std::int32_t width, std::int32_t kernelSize)
@@ -123,7 +223,20 @@ StatusCode PyramidLayerDownBW8(const BW8* src, std::int32_t srcStep, RegionSize 
     return StatusCode::NonPositiveSize;
   }
   if (srcSize.width > state->width || srcSize.height > state->height) return StatusCode::NonPositiveSize;
-  ReduceLayer(src, srcStep, srcSize, dst, dstStep, dstSize, *state);
+
+  // The narrowest arithmetic that serves.
+  const auto reduce = [&](auto* run) { run(src, srcStep, srcSize, dst, dstStep, dstSize, *state); };
+  if (srcSize.width <= state->kernelSize || srcSize.height <= state->kernelSize) {
+    reduce(Reduce<AnyFilter<true>, DoubleInterpolation>);
+  } else if (IntegerFilter<1>::Serves(*state)) {
+    reduce(Reduce<IntegerFilter<1>, NarrowInterpolation>);
+  } else if (IntegerFilter<2>::Serves(*state)) {
+    reduce(Reduce<IntegerFilter<2>, NarrowInterpolation>);
+  } else if (NarrowFilter::Serves(*state)) {
+    reduce(Reduce<NarrowFilter, NarrowInterpolation>);
+  } else {
+    reduce(Reduce<AnyFilter<false>, DoubleInterpolation>);
+  }
   return StatusCode::Success;
 }
 

@@ -73,20 +73,17 @@ bool NormaliseKernel(const std::int16_t* kernel, std::int32_t size, std::int16_t
     left += tap(i);
   }
   const std::int64_t sum = tap(centre) + 2 * left;
-  // There is no sum to scale by: the taps are stored as they are. By contract the left half is mirrored one place too
-  // far right, so that the copy of the first comes to lie behind the last.
-  if (sum == 0) {
-    normalised[centre] = tap(centre);
-    for (std::ptrdiff_t i = 0; i < centre; ++i) normalised[i] = normalised[size - i] = tap(i);
-    return symmetric;
-  }
   const double half = 4.0 * static_cast<double>(sum) * 0.5;
-  const auto scaled = [&](std::int16_t value) {
+  // Without a sum to scale by the taps are stored as they are. By contract the left half is mirrored one place too far
+  // right then, so that the copy of the first comes to lie behind the last.
+  const auto stored = [&](std::int16_t value) {
+    if (sum == 0) return value;
     const auto fourteenBits = static_cast<std::int32_t>(4.0 * value / half * 8192 + 0.5);
     return static_cast<std::int16_t>(static_cast<std::int16_t>(fourteenBits) >> 1);
   };
-  normalised[centre] = scaled(tap(centre));
-  for (std::ptrdiff_t i = 0; i < centre; ++i) normalised[i] = normalised[last - i] = scaled(tap(i));
+  const std::ptrdiff_t mirrorOfFirst = sum == 0 ? size : last;
+  normalised[centre] = stored(tap(centre));
+  for (std::ptrdiff_t i = 0; i < centre; ++i) normalised[i] = normalised[mirrorOfFirst - i] = stored(tap(i));
   return symmetric;
 }
 

@@ -16,21 +16,14 @@ namespace {
 
 std::int32_t HalfSize(std::int32_t size) { return size / 2 + size % 2; }
 
-// The six row accumulators in the caller's buffer, each with 4 bytes a destination pixel. Row y uses accumulator
-// y mod 6, so the five rows around an output row are always there together.
+// The accumulator of a row among the six in the caller's buffer, each with 4 bytes a destination pixel. Row y uses
+// accumulator y mod 6, so the five rows around an output row are always there together.
 template <class Sum>
-class RowAccumulators {
- public:
-  RowAccumulators(std::uint8_t* buffer, std::int32_t dstWidth)
-      : first_(AlignUp(buffer, 32)), size_(AlignUp<std::size_t>(static_cast<std::size_t>(dstWidth) * 4, 16)) {}
-
-  Sum* Of(std::int64_t row) const { return reinterpret_cast<Sum*>(first_ + static_cast<std::size_t>(row % 6) * size_); }
-
- private:
+Sum* AccumulatorOf(std::int64_t row, std::uint8_t* buffer, std::int32_t dstWidth) {
   static_assert(sizeof(Sum) <= 4);
-  std::uint8_t* first_;
-  std::size_t size_;
-};
+  const auto size = AlignUp<std::size_t>(static_cast<std::size_t>(dstWidth) * 4, 16);
+  return reinterpret_cast<Sum*>(AlignUp(buffer, 32) + static_cast<std::size_t>(row % 6) * size);
+}
 
 // Shared checks; `pixelSize` in bytes.
 StatusCode CheckPyramidStep(const void* src, std::int32_t srcStep, const void* dst, std::int32_t dstStep,
@@ -40,24 +33,8 @@ StatusCode CheckPyramidStep(const void* src, std::int32_t srcStep, const void* d
   if (srcStep < size.width * pixelSize || dstStep < HalfSize(size.width) * pixelSize) {
     return StatusCode::NonPositiveStep;
   }
+  if (srcStep % pixelSize != 0 || dstStep % pixelSize != 0) return StatusCode::MisalignedStep;
   return StatusCode::Success;
-}
-
-// Runs the step from top to bottom: filterRow(source row, accumulator) for every source row once, then
-// combineRows(the accumulators of rows 2k-2 to 2k+2, destination row) for every output row k.
-template <class Pixel, class Sum, class FilterRow, class CombineRows>
-void ReduceRows(const Pixel* src, std::int32_t srcStep, Pixel* dst, std::int32_t dstStep, RegionSize size,
-                const RowAccumulators<Sum>& accumulators, FilterRow filterRow, CombineRows combineRows) {
-  const std::int64_t height = size.height;
-  std::int64_t filtered = 0;
-  for (std::int64_t y = 0; y < height; y += 2) {
-    for (; filtered < std::min(y + 3, height); ++filtered) {
-      filterRow(Row(src, srcStep, static_cast<std::ptrdiff_t>(filtered)), accumulators.Of(filtered));
-    }
-    const Sum* rows[5];
-    for (int i = 0; i < 5; ++i) rows[i] = accumulators.Of(MirrorIndex(y - 2 + i, height));
-    combineRows(rows, Row(dst, dstStep, static_cast<std::ptrdiff_t>(y / 2)));
-  }
 }
 
 // ---- Bytes ----
@@ -74,16 +51,22 @@ WordSum RowSum(const BW8* src, std::int64_t width, std::int64_t x) {
 void FilterRow(const BW8* __restrict src, std::int32_t width, WordSum* __restrict sums) {
   const std::int32_t count = HalfSize(width);
   sums[0] = RowSum(src, width, 0);
-  std::int32_t j = 1;
   // A vector of eight sums reads the 20 pixels from 2j - 2; as 16-bit lanes, even columns are the low bytes.
-  for (; j <= width / 2 - 9; j += 8) {
-    const BW8* p = src + 2 * std::ptrdiff_t{j};
+  const auto sumEight = [=](std::int32_t j) {
+    const BW8* const p = src + 2 * std::ptrdiff_t{j};
     const auto left = LoadUnaligned<U16x8>(p - 2);
     const auto centre = LoadUnaligned<U16x8>(p);
     const auto right = LoadUnaligned<U16x8>(p + 2);
     const U16x8 odd = (left >> 8) + (centre >> 8);
     const U16x8 outer = (left & 255) + (right & 255);
     StoreUnaligned(sums + j, (centre & 255) * 6 + (odd << 2) + outer);
+  };
+  const std::int32_t last = width / 2 - 9;
+  std::int32_t j = 1;
+  for (; j <= last; j += 8) sumEight(j);
+  if (last > 0) {
+    sumEight(last);
+    j = last + 8;
   }
   for (; j < count; ++j) sums[j] = RowSum(src, width, 2 * std::int64_t{j});
 }
@@ -179,12 +162,11 @@ void CombineRows(const FLOAT32* const (&rows)[5], std::int32_t count, FloatPixel
 }
 
 // One or two rows: the row sums of the first and the last row.
-void ReduceLow(const FLOAT32* src, std::int32_t srcStep, FloatPixel* dst, RegionSize size,
-               const RowAccumulators<FLOAT32>& accumulators) {
-  FLOAT32* const first = accumulators.Of(0);
-  FLOAT32* const last = accumulators.Of(size.height - 1);
-  for (std::int32_t y = 0; y < size.height; ++y) FilterRow(Row(src, srcStep, y), size.width, accumulators.Of(y));
-  for (std::int32_t j = 0; j < HalfSize(size.width); ++j) dst[j] = TwoSums(first[j], last[j]);
+void ReduceLow(const FLOAT32* src, std::int32_t srcStep, FloatPixel* dst, RegionSize size, std::uint8_t* buffer) {
+  const std::int32_t dstWidth = HalfSize(size.width);
+  const auto sums = [&](std::int32_t y) { return AccumulatorOf<FLOAT32>(y, buffer, dstWidth); };
+  for (std::int32_t y = 0; y < size.height; ++y) FilterRow(Row(src, srcStep, y), size.width, sums(y));
+  for (std::int32_t j = 0; j < dstWidth; ++j) dst[j] = TwoSums(sums(0)[j], sums(size.height - 1)[j]);
 }
 
 // One or two columns of three rows or more: the column sums of the first and the last column.
@@ -198,6 +180,27 @@ void ReduceNarrow(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::i
   for (std::int32_t k = 0; k < HalfSize(size.height); ++k) {
     const std::int64_t y = 2 * std::int64_t{k};
     Row(dst, dstStep, k)[0] = TwoSums(columnSum(0, y), columnSum(size.width - 1, y));
+  }
+}
+
+// ---- Rows ----
+
+// Runs the step from top to bottom: filters every source row once and combines the rows 2k - 2 to 2k + 2 to every
+// output row k.
+template <class Sum, class Pixel>
+void ReduceRows(const Pixel* src, std::int32_t srcStep, Pixel* dst, std::int32_t dstStep, RegionSize size,
+                std::uint8_t* buffer) {
+  const std::int64_t height = size.height;
+  const std::int32_t dstWidth = HalfSize(size.width);
+  const auto sums = [&](std::int64_t y) { return AccumulatorOf<Sum>(y, buffer, dstWidth); };
+  std::int64_t filtered = 0;
+  for (std::int64_t y = 0; y < height; y += 2) {
+    for (; filtered < std::min(y + 3, height); ++filtered) {
+      FilterRow(Row(src, srcStep, static_cast<std::ptrdiff_t>(filtered)), size.width, sums(filtered));
+    }
+    const Sum* rows[5];
+    for (int i = 0; i < 5; ++i) rows[i] = sums(MirrorIndex(y - 2 + i, height));
+    CombineRows(rows, dstWidth, Row(dst, dstStep, static_cast<std::ptrdiff_t>(y / 2)));
   }
 }
 
@@ -220,11 +223,7 @@ StatusCode PyrDownGauss5x5BW8(const BW8* src, std::int32_t srcStep, BW8* dst, st
                               std::uint8_t* buffer) {
   const StatusCode status = CheckPyramidStep(src, srcStep, dst, dstStep, size, buffer, 1);
   if (status != StatusCode::Success) return status;
-  const std::int32_t dstWidth = HalfSize(size.width);
-  ReduceRows(
-      src, srcStep, dst, dstStep, size, RowAccumulators<WordSum>(buffer, dstWidth),
-      [&](const BW8* row, WordSum* sums) { FilterRow(row, size.width, sums); },
-      [&](const WordSum* const(&rows)[5], BW8* row) { CombineRows(rows, dstWidth, row); });
+  ReduceRows<WordSum>(src, srcStep, dst, dstStep, size, buffer);
   return StatusCode::Success;
 }
 
@@ -232,18 +231,12 @@ StatusCode PyrDownGauss5x5FLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOA
                                   RegionSize size, std::uint8_t* buffer) {
   const StatusCode status = CheckPyramidStep(src, srcStep, dst, dstStep, size, buffer, sizeof(FLOAT32));
   if (status != StatusCode::Success) return status;
-  if (srcStep % 4 != 0 || dstStep % 4 != 0) return StatusCode::MisalignedStep;
-  const std::int32_t dstWidth = HalfSize(size.width);
-  const RowAccumulators<FLOAT32> accumulators(buffer, dstWidth);
   if (size.height < 3) {
-    ReduceLow(src, srcStep, Row(dst, dstStep, 0), size, accumulators);
+    ReduceLow(src, srcStep, dst, size, buffer);
   } else if (size.width < 3) {
     ReduceNarrow(src, srcStep, dst, dstStep, size);
   } else {
-    ReduceRows(
-        src, srcStep, dst, dstStep, size, accumulators,
-        [&](const FloatPixel* row, FLOAT32* sums) { FilterRow(row, size.width, sums); },
-        [&](const FLOAT32* const(&rows)[5], FloatPixel* row) { CombineRows(rows, dstWidth, row); });
+    ReduceRows<FLOAT32>(src, srcStep, dst, dstStep, size, buffer);
   }
   return StatusCode::Success;
 }
