@@ -12,8 +12,7 @@ inline F32x4 FourModuli(const ComplexFLOAT32Number* src) {
   const auto rootsOfTwo = [](const ComplexFLOAT32Number* two) {
     F64x2x2 parts = ConvertToDoubles(LoadUnaligned<F32x4>(two));
     parts = parts * parts;
-    const F64x2 sums =
-        __builtin_shufflevector(parts.low, parts.high, 0, 2) + __builtin_shufflevector(parts.low, parts.high, 1, 3);
+    const F64x2 sums = EvenLanes(parts.low, parts.high) + OddLanes(parts.low, parts.high);
     return F64x2{std::sqrt(sums[0]), std::sqrt(sums[1])};
   };
   return ConvertFromDoubles<F32x4>(rootsOfTwo(src), rootsOfTwo(src + 2));
@@ -36,8 +35,8 @@ inline F32x4 FourModuli(const ComplexFLOAT32Number* src) {
 inline bool FastModuli(const ComplexFLOAT32Number* src, F32x4& moduli) {
   const auto first = LoadUnaligned<F32x4>(src);
   const auto second = LoadUnaligned<F32x4>(src + 2);
-  const F32x4 re = __builtin_shufflevector(first, second, 0, 2, 4, 6);
-  const F32x4 im = __builtin_shufflevector(first, second, 1, 3, 5, 7);
+  const F32x4 re = EvenLanes(first, second);
+  const F32x4 im = OddLanes(first, second);
   const F64x2x2 wideRe = ConvertToDoubles(re), wideIm = ConvertToDoubles(im);
   const F64x2x2 wideSums = wideRe * wideRe + wideIm * wideIm;
   const auto sums = ConvertFromDoubles<F32x4>(wideSums);

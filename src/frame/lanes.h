@@ -33,6 +33,9 @@ using I64x2 = Lanes<std::int64_t, 2>;
 using F64x2 = Lanes<double, 2>;
 using F64x4 = Lanes<double, 4>;
 
+template <class V>
+inline constexpr int kLaneCount = sizeof(V) / sizeof(V{}[0]);
+
 // Every lane the same value.
 template <class V, class T>
 inline V Splat(T value) {
@@ -77,33 +80,62 @@ inline V ConvertFromDoubles(F64x2x2 v) {
   return ConvertFromDoubles<V>(v.low, v.high);
 }
 
-// The lower and the upper half of the lanes, each widened by zeros.
-inline U16x8 WidenLow(U8x16 v) {
-  return BitCastLanes<U16x8>(
-      __builtin_shufflevector(v, U8x16{}, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23));
+// The lower and the upper halves of both in turns: a[0], b[0], a[1], b[1] and so on.
+template <class V>
+inline V InterleaveLow(V a, V b) {
+  if constexpr (kLaneCount<V> == 4) return __builtin_shufflevector(a, b, 0, 4, 1, 5);
+  if constexpr (kLaneCount<V> == 8) return __builtin_shufflevector(a, b, 0, 8, 1, 9, 2, 10, 3, 11);
+  if constexpr (kLaneCount<V> == 16) {
+    return __builtin_shufflevector(a, b, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+  }
 }
-inline U16x8 WidenHigh(U8x16 v) {
-  return BitCastLanes<U16x8>(
-      __builtin_shufflevector(v, U8x16{}, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31));
-}
-inline U32x4 WidenLow(U16x8 v) {
-  return BitCastLanes<U32x4>(__builtin_shufflevector(v, U16x8{}, 0, 8, 1, 9, 2, 10, 3, 11));
-}
-inline U32x4 WidenHigh(U16x8 v) {
-  return BitCastLanes<U32x4>(__builtin_shufflevector(v, U16x8{}, 4, 12, 5, 13, 6, 14, 7, 15));
+template <class V>
+inline V InterleaveHigh(V a, V b) {
+  if constexpr (kLaneCount<V> == 4) return __builtin_shufflevector(a, b, 2, 6, 3, 7);
+  if constexpr (kLaneCount<V> == 8) return __builtin_shufflevector(a, b, 4, 12, 5, 13, 6, 14, 7, 15);
+  if constexpr (kLaneCount<V> == 16) {
+    return __builtin_shufflevector(a, b, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+  }
 }
 
 // The bytes of the lower half and of the upper half in turn.
 inline U8x16 InterleaveHalves(U8x16 v) {
   // The upper half moves by lanes of 64 bits: GCC takes the bytes one by one through other registers otherwise.
   const auto halves = BitCastLanes<I64x2>(v);
-  const auto upper = BitCastLanes<U8x16>(__builtin_shufflevector(halves, halves, 1, 1));
-  return __builtin_shufflevector(v, upper, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+  return InterleaveLow(v, BitCastLanes<U8x16>(__builtin_shufflevector(halves, halves, 1, 1)));
 }
 
-// The lower and the upper halves of both in turns: a[0], b[0], a[1], b[1] and so on.
-inline I16x8 InterleaveLow(I16x8 a, I16x8 b) { return __builtin_shufflevector(a, b, 0, 8, 1, 9, 2, 10, 3, 11); }
-inline I16x8 InterleaveHigh(I16x8 a, I16x8 b) { return __builtin_shufflevector(a, b, 4, 12, 5, 13, 6, 14, 7, 15); }
+// The lower and the upper half of the lanes, each widened by zeros.
+inline U16x8 WidenLow(U8x16 v) { return BitCastLanes<U16x8>(InterleaveLow(v, U8x16{})); }
+inline U16x8 WidenHigh(U8x16 v) { return BitCastLanes<U16x8>(InterleaveHigh(v, U8x16{})); }
+inline U32x4 WidenLow(U16x8 v) { return BitCastLanes<U32x4>(InterleaveLow(v, U16x8{})); }
+inline U32x4 WidenHigh(U16x8 v) { return BitCastLanes<U32x4>(InterleaveHigh(v, U16x8{})); }
+
+// The lanes at even or odd places of `a`, then those of `b`: on a little-endian processor the low or high halves of
+// lanes twice as wide.
+template <class V>
+inline V EvenLanes(V a, V b) {
+  if constexpr (kLaneCount<V> == 2) return __builtin_shufflevector(a, b, 0, 2);
+  if constexpr (kLaneCount<V> == 4) return __builtin_shufflevector(a, b, 0, 2, 4, 6);
+  if constexpr (kLaneCount<V> == 16) {
+    return __builtin_shufflevector(a, b, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+  }
+}
+template <class V>
+inline V OddLanes(V a, V b) {
+  if constexpr (kLaneCount<V> == 2) return __builtin_shufflevector(a, b, 1, 3);
+  if constexpr (kLaneCount<V> == 4) return __builtin_shufflevector(a, b, 1, 3, 5, 7);
+  if constexpr (kLaneCount<V> == 16) {
+    return __builtin_shufflevector(a, b, 1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
+  }
+}
+// By lanes twice as wide, whose even or odd places are one instruction; compilers unpack the lanes of 16 bits in three
+// rounds.
+inline U16x8 EvenLanes(U16x8 a, U16x8 b) {
+  const auto wideA = BitCastLanes<U32x4>(a);
+  const auto wideB = BitCastLanes<U32x4>(b);
+  return BitCastLanes<U16x8>((EvenLanes(wideA, wideB) & 0xFFFFU) | (OddLanes(wideA, wideB) << 16));
+}
 
 // The smaller and the larger lanes; the second operand where one is not a number. With float bounds from Opaque these
 // are one instruction each: GCC does not see that a compared and a selected constant are the same.
@@ -121,21 +153,6 @@ template <class T>
 inline T Opaque(T value) {
   volatile T hidden = value;
   return hidden;
-}
-
-// The lanes at even places of `a`, then those of `b`: on a little-endian processor the low halves of lanes twice as
-// wide.
-inline U8x16 EvenLanes(U8x16 a, U8x16 b) {
-  return __builtin_shufflevector(a, b, 0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
-}
-// By lanes twice as wide, whose even or odd places are one instruction; compilers unpack the lanes of 16 bits in three
-// rounds.
-inline U16x8 EvenLanes(U16x8 a, U16x8 b) {
-  const auto wideA = BitCastLanes<U32x4>(a);
-  const auto wideB = BitCastLanes<U32x4>(b);
-  const U32x4 even = __builtin_shufflevector(wideA, wideB, 0, 2, 4, 6);
-  const U32x4 odd = __builtin_shufflevector(wideA, wideB, 1, 3, 5, 7);
-  return BitCastLanes<U16x8>((even & 0xFFFFU) | (odd << 16));
 }
 
 // ---- Operations that generic vectors lack ----
@@ -249,10 +266,10 @@ inline F64x2 LoadFloatsAsDoubles(const void* source) {
 
 // Rows to columns of four vectors of four.
 inline void TransposeLanes(F32x4 (&v)[4]) {
-  const F32x4 low01 = __builtin_shufflevector(v[0], v[1], 0, 4, 1, 5);
-  const F32x4 high01 = __builtin_shufflevector(v[0], v[1], 2, 6, 3, 7);
-  const F32x4 low23 = __builtin_shufflevector(v[2], v[3], 0, 4, 1, 5);
-  const F32x4 high23 = __builtin_shufflevector(v[2], v[3], 2, 6, 3, 7);
+  const F32x4 low01 = InterleaveLow(v[0], v[1]);
+  const F32x4 high01 = InterleaveHigh(v[0], v[1]);
+  const F32x4 low23 = InterleaveLow(v[2], v[3]);
+  const F32x4 high23 = InterleaveHigh(v[2], v[3]);
   v[0] = __builtin_shufflevector(low01, low23, 0, 1, 4, 5);
   v[1] = __builtin_shufflevector(low01, low23, 2, 3, 6, 7);
   v[2] = __builtin_shufflevector(high01, high23, 0, 1, 4, 5);

@@ -48,7 +48,7 @@ void TransformBlocks(FLOAT32* columns, std::int32_t step, int count, const DftSp
   };
   forEachRowOfBlocks([](const unsigned char* from, ComplexLanes& values) {
     const auto a = LoadUnaligned<F32x4>(from), b = LoadUnaligned<F32x4>(from + sizeof a);
-    values = {__builtin_shufflevector(a, b, 0, 2, 4, 6), __builtin_shufflevector(a, b, 1, 3, 5, 7)};
+    values = {EvenLanes(a, b), OddLanes(a, b)};
   });
   for (int i = 0; i < count; ++i) {
     // A result in the work area stays there; the block's own memory serves the next one.
@@ -57,8 +57,8 @@ void TransformBlocks(FLOAT32* columns, std::int32_t step, int count, const DftSp
     spec.normalisation.ScaleForward(result, kBlockWidth * height);
   }
   forEachRowOfBlocks([](unsigned char* to, const ComplexLanes& values) {
-    StoreUnaligned(to, __builtin_shufflevector(values.re, values.im, 0, 4, 1, 5));
-    StoreUnaligned(to + sizeof values.re, __builtin_shufflevector(values.re, values.im, 2, 6, 3, 7));
+    StoreUnaligned(to, InterleaveLow(values.re, values.im));
+    StoreUnaligned(to + sizeof values.re, InterleaveHigh(values.re, values.im));
   });
 }
 

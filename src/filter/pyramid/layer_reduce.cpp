@@ -86,16 +86,13 @@ struct NarrowInterpolation {
     const auto two = [&](int k) {
       const U32x4 a = {LoadUnaligned<std::uint32_t>(filtered + columns[k])};
       const U32x4 b = {LoadUnaligned<std::uint32_t>(filtered + columns[k + 1])};
-      return BitCastLanes<I32x4>(
-          __builtin_shufflevector(BitCastLanes<I16x8>(a), BitCastLanes<I16x8>(b), 0, 8, 1, 9, 2, 10, 3, 11));
+      return BitCastLanes<I32x4>(InterleaveLow(BitCastLanes<I16x8>(a), BitCastLanes<I16x8>(b)));
     };
-    const auto four = [&](int k) {
-      return BitCastLanes<F64x2>(__builtin_shufflevector(two(k), two(k + 2), 0, 4, 1, 5));
-    };
+    const auto four = [&](int k) { return BitCastLanes<F64x2>(InterleaveLow(two(k), two(k + 2))); };
     const F64x2 low = four(0);
     const F64x2 high = four(4);
-    StoreUnaligned(left, __builtin_shufflevector(low, high, 0, 2));
-    StoreUnaligned(right, __builtin_shufflevector(low, high, 1, 3));
+    StoreUnaligned(left, EvenLanes(low, high));
+    StoreUnaligned(right, OddLanes(low, high));
   }
 
   static void Row(const std::int16_t* __restrict filtered, std::int32_t, std::int32_t, const LayerLines& lines,

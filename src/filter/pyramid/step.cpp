@@ -86,8 +86,7 @@ void CombineRows(const WordSum* const (&rows)[5], std::int32_t count, BW8* __res
   for (; j <= count - 16; j += 16) {
     const auto low = BitCastLanes<U8x16>(sum(j));
     const auto high = BitCastLanes<U8x16>(sum(j + 8));
-    StoreUnaligned(dst + j,
-                   __builtin_shufflevector(low, high, 1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31));
+    StoreUnaligned(dst + j, OddLanes(low, high));
   }
   for (; j < count; ++j) {
     dst[j] = static_cast<BW8>(ColumnSum<std::int32_t>(rows[0][j], rows[1][j], rows[2][j], rows[3][j], rows[4][j]) >> 8);

@@ -132,11 +132,11 @@ class ColumnPairs {
     };
     const U8x16 a = Load(pixels);
     const U8x16 b = Load(pixels + step);
-    const U8x16 low = __builtin_shufflevector(a, b, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+    const U8x16 low = InterleaveLow(a, b);
     add(WidenLow(low), 0);
     add(WidenHigh(low), 1);
     if constexpr (kColumns == 16) {
-      const U8x16 high = __builtin_shufflevector(a, b, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+      const U8x16 high = InterleaveHigh(a, b);
       add(WidenLow(high), 2);
       add(WidenHigh(high), 3);
     }

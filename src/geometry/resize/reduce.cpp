@@ -108,8 +108,7 @@ bool HalveRow(SrcRow upper, SrcRow lower, DstRow dst, std::ptrdiff_t extent) {
   for (; x + 4 <= extent; x += 4) {
     const auto left = LoadUnaligned<F32x4>(upper + 2 * x) + LoadUnaligned<F32x4>(lower + 2 * x);
     const auto right = LoadUnaligned<F32x4>(upper + 2 * x + 4) + LoadUnaligned<F32x4>(lower + 2 * x + 4);
-    const F32x4 sum =
-        __builtin_shufflevector(left, right, 0, 2, 4, 6) + __builtin_shufflevector(left, right, 1, 3, 5, 7);
+    const F32x4 sum = EvenLanes(left, right) + OddLanes(left, right);
     total += sum;
     StoreUnaligned(dst + x, sum * 0.25F);
   }

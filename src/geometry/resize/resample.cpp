@@ -93,8 +93,8 @@ inline void LoadColumns(SrcRow src, const std::int32_t (&first)[4], F32x4 (&pixe
   const auto pair = [&](int i) { return LoadUnaligned<double>(src + first[i]); };
   const auto a = BitCastLanes<F32x4>(F64x2{pair(0), pair(1)});
   const auto b = BitCastLanes<F32x4>(F64x2{pair(2), pair(3)});
-  pixels[0] = __builtin_shufflevector(a, b, 0, 2, 4, 6);
-  pixels[1] = __builtin_shufflevector(a, b, 1, 3, 5, 7);
+  pixels[0] = EvenLanes(a, b);
+  pixels[1] = OddLanes(a, b);
 }
 
 template <int taps>

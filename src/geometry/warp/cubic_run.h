@@ -38,8 +38,8 @@ inline void Cubic<FLOAT32>::SampleRun(const SourceImage& source, SamplingHistory
     const auto weighRow = [&, w = weights[k].x](std::ptrdiff_t offset) {
       const auto left = LoadUnaligned<F32x4>(a + offset);
       const auto right = LoadUnaligned<F32x4>(b + offset);
-      const F64x2x2 p01 = ToDoubles(__builtin_shufflevector(left, right, 0, 4, 1, 5));
-      const F64x2x2 p23 = ToDoubles(__builtin_shufflevector(left, right, 2, 6, 3, 7));
+      const F64x2x2 p01 = ToDoubles(InterleaveLow(left, right));
+      const F64x2x2 p23 = ToDoubles(InterleaveHigh(left, right));
       return w[0] * p01.low + w[1] * p01.high + w[2] * p23.low + w[3] * p23.high;
     };
     const F64x2* w = weights[k].y;

@@ -23,7 +23,7 @@ inline Neighbours LoadNeighbours(const FLOAT32*, const char* const (&from)[kGrou
   const auto pair = [&](int i) { return LoadUnaligned<double>(from[i] + offset); };
   const auto a = BitCastLanes<F32x4>(F64x2{pair(0), pair(1)});
   const auto b = BitCastLanes<F32x4>(F64x2{pair(2), pair(3)});
-  return {ToDoubles(__builtin_shufflevector(a, b, 0, 2, 4, 6)), ToDoubles(__builtin_shufflevector(a, b, 1, 3, 5, 7))};
+  return {ToDoubles(EvenLanes(a, b)), ToDoubles(OddLanes(a, b))};
 }
 
 template <class T>
@@ -119,12 +119,12 @@ class LinearInSingles {
     void Set(const Position* p) {
       U32x4 words[kGroup];
       for (int i = 0; i < kGroup; ++i) words[i] = BitCastLanes<U32x4>(p[i] + kPlaceBias);
-      StoreUnaligned(whole[0], __builtin_shufflevector(words[0], words[1], 1, 3, 5, 7));
-      StoreUnaligned(whole[2], __builtin_shufflevector(words[2], words[3], 1, 3, 5, 7));
-      const F32x4 f01 = Fraction(__builtin_shufflevector(words[0], words[1], 0, 2, 4, 6));
-      const F32x4 f23 = Fraction(__builtin_shufflevector(words[2], words[3], 0, 2, 4, 6));
-      fx = __builtin_shufflevector(f01, f23, 0, 2, 4, 6) * 0x1p-24F;
-      fy = __builtin_shufflevector(f01, f23, 1, 3, 5, 7) * 0x1p-24F;
+      StoreUnaligned(whole[0], OddLanes(words[0], words[1]));
+      StoreUnaligned(whole[2], OddLanes(words[2], words[3]));
+      const F32x4 f01 = Fraction(EvenLanes(words[0], words[1]));
+      const F32x4 f23 = Fraction(EvenLanes(words[2], words[3]));
+      fx = EvenLanes(f01, f23) * 0x1p-24F;
+      fy = OddLanes(f01, f23) * 0x1p-24F;
     }
 
     static F32x4 Fraction(U32x4 low) { return ToFloats(low >> 8); }
@@ -140,7 +140,7 @@ class LinearInSingles {
       bottom[i] = LoadUnaligned<std::uint16_t>(reinterpret_cast<const void*>(origin + step + offset));
     }
     Prefetch(reinterpret_cast<const void*>(origin + offset), prefetchOffset);
-    const auto all = BitCastLanes<U32x4>(__builtin_shufflevector(top, bottom, 0, 8, 1, 9, 2, 10, 3, 11));
+    const auto all = BitCastLanes<U32x4>(InterleaveLow(top, bottom));
     const F32x4 topLeft = ToFloats(all & 255);
     const F32x4 bottomLeft = ToFloats(all >> 16 & 255);
     const F32x4 atTop = topLeft + (ToFloats(all >> 8 & 255) - topLeft) * group.fx;

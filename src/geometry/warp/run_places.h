@@ -20,8 +20,8 @@ constexpr std::int32_t kRun = 64;
 constexpr double kBias = 0x1p52;
 inline F64x2x2 ToDoubles(U32x4 v) {
   const auto exponent = Splat<U32x4>(0x43300000U);
-  return {BitCastLanes<F64x2>(__builtin_shufflevector(v, exponent, 0, 4, 1, 5)) - kBias,
-          BitCastLanes<F64x2>(__builtin_shufflevector(v, exponent, 2, 6, 3, 7)) - kBias};
+  return {BitCastLanes<F64x2>(InterleaveLow(v, exponent)) - kBias,
+          BitCastLanes<F64x2>(InterleaveHigh(v, exponent)) - kBias};
 }
 
 // The high lanes go down within the register: converted in place they would pass through memory where registers are
@@ -51,8 +51,8 @@ class Places {
                 static_cast<std::uintptr_t>(std::bit_cast<std::uint64_t>(kBias))) {
     const auto step = static_cast<double>(source.step);
     for (std::int32_t k = 0; k < count; k += 2) {
-      const F64x2 x = __builtin_shufflevector(p[k], p[k + 1], 0, 2);
-      const F64x2 y = __builtin_shufflevector(p[k], p[k + 1], 1, 3);
+      const F64x2 x = EvenLanes(p[k], p[k + 1]);
+      const F64x2 y = OddLanes(p[k], p[k + 1]);
       const F64x2x2 shifted = {x + kPositionTolerance, y + kPositionTolerance};
       const F64x2x2 whole = ToDoubles(BitCastLanes<U32x4>(ConvertFromDoubles<I32x4>(shifted)));
       offsets_[k / 2] = whole.high * step + (whole.low * pixelBytes + kBias);
