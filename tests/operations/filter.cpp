@@ -332,7 +332,8 @@ Arguments DrawStep(Trial& t) {
   Image& src = t.New<Pixel>(size, {.multiple = sizeof(Pixel)});
   const int period = t.OneOf({0, 0, 1, 6, 6});
   const auto pixel = [&, i = 0]() mutable {
-    const double number = t.OneOf({1, 3, -4}) * (t.OneIn(2) ? 1 : 0x1p60);
+    const double scale = t.OneIn(2) ? 1 : 0x1p60;
+    const double number = t.OneOf({1, 3, -4}) * scale;
     const int level = t.OneIn(4) ? t.Int(0, 255) : 255;
     const bool isZero = i++ / size.width % period != 0;
     return static_cast<Pixel>(sizeof(Pixel) == 1 ? level : isZero ? 0 : number);
