@@ -24,12 +24,13 @@ bool IsKnown(ResizeInterpolation interpolation, double xFactor, double yFactor) 
 
 // The interpolation that the source image has enough pixels for.
 ResizeInterpolation LimitToSource(ResizeInterpolation interpolation, RegionSize srcSize) {
+  if (interpolation == ResizeInterpolation::Reduce) return interpolation;
   const std::int32_t side = std::min(srcSize.width, srcSize.height);
-  if (side >= 8 || interpolation == ResizeInterpolation::Reduce) return interpolation;
-  if (interpolation == ResizeInterpolation::EightPoint) interpolation = ResizeInterpolation::Cubic;
-  if (side >= 4) return interpolation;
-  if (interpolation == ResizeInterpolation::Cubic) interpolation = ResizeInterpolation::Linear;
-  return side >= 2 ? interpolation : ResizeInterpolation::Nearest;
+  const auto widest = side >= 8   ? ResizeInterpolation::EightPoint
+                      : side >= 4 ? ResizeInterpolation::Cubic
+                      : side >= 2 ? ResizeInterpolation::Linear
+                                  : ResizeInterpolation::Nearest;
+  return std::min(interpolation, widest);
 }
 
 // Extends over no pixel where the result is less than half a pixel long.

@@ -36,8 +36,8 @@ StatusCode WarpRequest::CheckQuads(const double* srcQuad, const double* dstQuad,
 
 Interpolation WarpRequest::Kernel() const {
   const std::int32_t side = std::min(srcSize.width, srcSize.height);
-  if (side == 1) return Interpolation::Nearest;
-  return AskedKernel() == Interpolation::Cubic && side < 4 ? Interpolation::Linear : AskedKernel();
+  const auto widest = side >= 4 ? Interpolation::Cubic : side >= 2 ? Interpolation::Linear : Interpolation::Nearest;
+  return std::min(AskedKernel(), widest);
 }
 
 Box WarpRequest::DestinationBox() const {
