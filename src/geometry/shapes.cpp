@@ -14,9 +14,7 @@ struct Side {
 
   Point Crossing(const Point& p, const Point& q) const {
     // Measured from the same end for both directions of the edge.
-    const bool ordered = p.*along <= q.*along;
-    const Point& from = ordered ? p : q;
-    const Point& to = ordered ? q : p;
+    const auto [from, to] = std::minmax(p, q, [&](const Point& a, const Point& b) { return a.*along < b.*along; });
     Point crossing;
     crossing.*along = limit;
     crossing.*across = (limit - from.*along) * ((to.*across - from.*across) / (to.*along - from.*along)) + from.*across;
@@ -47,7 +45,7 @@ QuadrilateralShape ClassifyQuadrilateral(const Quadrilateral& quad) {
     const Point& before = quad.vertices[(k + 3) % 4];
     const Point& corner = quad.vertices[k];
     const Point& after = quad.vertices[(k + 1) % 4];
-    const double cross = (corner.x - before.x) * (after.y - corner.y) - (corner.y - before.y) * (after.x - corner.x);
+    const double cross = Cross(corner - before, after - corner);
     if (!(cross < 0 || cross > 0)) return QuadrilateralShape::NotConvex;
     if (cross > 0) ++positive;
   }

@@ -13,6 +13,12 @@ struct Point {
   double y;
 };
 
+inline Point operator+(const Point& a, const Point& b) { return {a.x + b.x, a.y + b.y}; }
+inline Point operator-(const Point& a, const Point& b) { return {a.x - b.x, a.y - b.y}; }
+
+// Positive where `b` points clockwise from `a` on the screen.
+inline double Cross(const Point& a, const Point& b) { return a.x * b.y - a.y * b.x; }
+
 // A rectangle's image lists top-left, top-right, bottom-right, bottom-left.
 struct Quadrilateral {
   Point vertices[4];

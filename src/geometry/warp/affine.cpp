@@ -11,33 +11,27 @@ namespace {
 
 // ---- Coefficients ----
 
-// Relative to c00 c11, or absolute where that is tiny.
-bool IsSingular(const AffineCoefficients& c) {
-  const double p = c.c00 * c.c11;
-  const double q = c.c01 * c.c10;
-  const double test = std::fabs(p) > 1e-200 ? std::fabs((p - q) / p) : std::fabs(q);
-  return !(test > 1e-12);
+// By their difference relative to the first value or, where that is tiny, by the second value alone.
+bool AreNearlyEqual(double a, double b) {
+  const double difference = std::fabs(a) > 1e-200 ? std::fabs((a - b) / a) : std::fabs(b);
+  return !(difference > 1e-12);
 }
 
 // The map from the quadrilateral back to the rectangle.
 AffineCoefficients InvertToRectangle(const Quadrilateral& quad, const Box& box) {
-  const Point& q0 = quad.vertices[0];
-  const Point& q1 = quad.vertices[1];
-  const Point& q2 = quad.vertices[2];
-  const double a = q1.x - q0.x;
-  const double b = q2.x - q1.x;
-  const double c = q1.y - q0.y;
-  const double e = q2.y - q1.y;
-  const double determinant = a * e - b * c;
+  const auto& v = quad.vertices;
+  const Point a = v[1] - v[0];
+  const Point b = v[2] - v[1];
+  const double determinant = Cross(a, b);
   const double sx = (box.right - box.left) / determinant;
   const double sy = (box.bottom - box.top) / determinant;
   AffineCoefficients d;
-  d.c00 = e * sx;
-  d.c01 = -b * sx;
-  d.c02 = box.left - d.c01 * q0.y - d.c00 * q0.x;
-  d.c10 = -c * sy;
-  d.c11 = a * sy;
-  d.c12 = box.top - d.c10 * q0.x - d.c11 * q0.y;
+  d.c00 = b.y * sx;
+  d.c01 = -b.x * sx;
+  d.c02 = box.left - d.c01 * v[0].y - d.c00 * v[0].x;
+  d.c10 = -a.y * sy;
+  d.c11 = a.x * sy;
+  d.c12 = box.top - d.c10 * v[0].x - d.c11 * v[0].y;
   return d;
 }
 
@@ -45,28 +39,19 @@ AffineCoefficients InvertToRectangle(const Quadrilateral& quad, const Box& box) 
 AffineCoefficients MapThreeVertices(const Quadrilateral& s, const Quadrilateral& t) {
   const auto& v = s.vertices;
   const auto& w = t.vertices;
-  const double a = v[1].x - v[0].x;
-  const double b = v[2].x - v[1].x;
-  const double c = v[1].y - v[0].y;
-  const double e = v[2].y - v[1].y;
-  const double k = 1 / (a * e - b * c);
-  const double p = w[1].x - w[0].x;
-  const double q = w[2].x - w[1].x;
-  const double r = w[1].y - w[0].y;
-  const double u = w[2].y - w[1].y;
+  const Point a = v[1] - v[0];
+  const Point b = v[2] - v[1];
+  const Point p = w[1] - w[0];
+  const Point q = w[2] - w[1];
+  const double k = 1 / Cross(a, b);
   AffineCoefficients m;
-  m.c00 = (e * p - q * c) * k;
-  m.c01 = (q * a - p * b) * k;
+  m.c00 = (p.x * b.y - a.y * q.x) * k;
+  m.c01 = (a.x * q.x - p.x * b.x) * k;
   m.c02 = w[2].x - m.c00 * v[2].x - m.c01 * v[2].y;
-  m.c10 = (e * r - c * u) * k;
-  m.c11 = (u * a - b * r) * k;
+  m.c10 = (p.y * b.y - a.y * q.y) * k;
+  m.c11 = (a.x * q.y - p.y * b.x) * k;
   m.c12 = w[2].y - m.c10 * v[2].x - m.c11 * v[2].y;
   return m;
-}
-
-// Relative to the mapped coordinate, or absolute where that is tiny.
-bool Fits(double mapped, double target) {
-  return !(std::fabs(mapped) > 1e-200 ? std::fabs((mapped - target) / mapped) > 1e-12 : std::fabs(target) > 1e-12);
 }
 
 // ---- Rows ----
@@ -143,7 +128,8 @@ StatusCode WarpAffine(const void* src, RegionSize srcSize, std::int32_t srcStep,
   const WarpRequest request = {src, srcSize, srcStep, srcRegion, dst, dstStep, dstRegion, depth, interpolation};
   if (const StatusCode status = request.Check(); status != StatusCode::Success) return status;
   const auto forward = LoadUnaligned<AffineCoefficients>(coefficients);
-  if (IsSingular(forward)) return StatusCode::BadCoefficients;
+  const bool isSingular = AreNearlyEqual(forward.c00 * forward.c11, forward.c01 * forward.c10);
+  if (isSingular) return StatusCode::BadCoefficients;
   if (Misses(srcRegion, srcSize)) return StatusCode::NoSourceOverlap;
   const Rect region = request.EffectiveRegion();
   if (region.width < 2 || region.height < 2) return StatusCode::RegionTooSmall;
@@ -182,7 +168,8 @@ StatusCode WarpAffineQuad(const void* src, RegionSize srcSize, std::int32_t srcS
 
   const Point fourth = Map(forward, quads.source.vertices[3].x, quads.source.vertices[3].y);
   const Point& target = quads.destination.vertices[3];
-  return Fits(fourth.x, target.x) && Fits(fourth.y, target.y) ? StatusCode::Success : StatusCode::QuadNotAffine;
+  const bool isAffine = AreNearlyEqual(fourth.x, target.x) && AreNearlyEqual(fourth.y, target.y);
+  return isAffine ? StatusCode::Success : StatusCode::QuadNotAffine;
 }
 
 }  // namespace norvala

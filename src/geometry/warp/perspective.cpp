@@ -18,15 +18,12 @@ struct Projection {
 // Warping", 1989).
 Projection SquareToQuadrilateral(const Quadrilateral& quad) {
   const auto& v = quad.vertices;
-  const double sumX = v[0].x - v[1].x + v[2].x - v[3].x;
-  const double sumY = v[0].y - v[1].y + v[2].y - v[3].y;
-  const double x1 = v[1].x - v[2].x;
-  const double y1 = v[1].y - v[2].y;
-  const double x2 = v[3].x - v[2].x;
-  const double y2 = v[3].y - v[2].y;
-  const double reciprocal = 1 / (x1 * y2 - x2 * y1);
-  const double g = (sumX * y2 - x2 * sumY) * reciprocal;
-  const double h = (x1 * sumY - sumX * y1) * reciprocal;
+  const Point sum = v[0] - v[1] + v[2] - v[3];
+  const Point a = v[1] - v[2];
+  const Point b = v[3] - v[2];
+  const double reciprocal = 1 / Cross(a, b);
+  const double g = Cross(sum, b) * reciprocal;
+  const double h = Cross(a, sum) * reciprocal;
   return {{{v[1].x - v[0].x + g * v[1].x, v[3].x - v[0].x + h * v[3].x, v[0].x},
            {v[1].y - v[0].y + g * v[1].y, v[3].y - v[0].y + h * v[3].y, v[0].y},
            {g, h, 1}}};

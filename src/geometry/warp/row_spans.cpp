@@ -37,18 +37,13 @@ struct Columns {
 RowSpans::RowSpans(const Polygon& whole, const Box& region, bool clockwise) {
   const Polygon polygon = ClipPolygon(whole, region);
   if (polygon.count == 0) return;
-  const Point* v = polygon.vertices;
-  Point low = v[0];
-  Point high = v[0];
-  int top = 0;
-  for (int i = 1; i < polygon.count; ++i) {
-    if (v[i].y < v[top].y) top = i;
-    low = {std::min(low.x, v[i].x), std::min(low.y, v[i].y)};
-    high = {std::max(high.x, v[i].x), std::max(high.y, v[i].y)};
-  }
-  const double firstRow = std::ceil(low.y);
-  const double lastRow = std::floor(high.y);
-  if (firstRow > lastRow || std::ceil(low.x) > std::floor(high.x)) return;
+  const Point* const begin = polygon.vertices;
+  const Point* const end = begin + polygon.count;
+  const auto [left, right] = std::ranges::minmax_element(begin, end, {}, &Point::x);
+  const auto [top, bottom] = std::ranges::minmax_element(begin, end, {}, &Point::y);
+  const double firstRow = std::ceil(top->y);
+  const double lastRow = std::floor(bottom->y);
+  if (firstRow > lastRow || std::ceil(left->x) > std::floor(right->x)) return;
 
   const Columns columns = {region.left, region.right};
   firstRow_ = static_cast<std::int32_t>(firstRow);
@@ -56,22 +51,21 @@ RowSpans::RowSpans(const Polygon& whole, const Box& region, bool clockwise) {
   table_ = AlignedVector<RowSpan>(rows_);
   if (!table_) return;
 
-  if (low.y == high.y) {
-    table_[0] = {columns.First(low.x), columns.Last(high.x)};
+  if (top->y == bottom->y) {
+    table_[0] = {columns.First(left->x), columns.Last(right->x)};
     return;
   }
   // From the top vertex down both chains. Where two edges meet on a row, the lower one starts exactly at their vertex.
   for (const bool increasing : {false, true}) {
     const bool isLeft = increasing != clockwise;
-    for (int i = top; v[i].y < high.y;) {
-      const int next = increasing ? (i + 1) % polygon.count : (i + polygon.count - 1) % polygon.count;
-      const Point from = v[i];
-      const Point to = v[next];
-      i = next;
+    for (auto i = top - begin; begin[i].y < bottom->y;) {
+      const Point from = begin[i];
+      i = (i + (increasing ? 1 : polygon.count - 1)) % polygon.count;
+      const Point to = begin[i];
       if (!(to.y > from.y)) continue;
       const double slope = (to.x - from.x) / (to.y - from.y);
-      const double end = std::floor(to.y);
-      for (double y = std::ceil(from.y); y <= end; ++y) {
+      const double last = std::floor(to.y);
+      for (double y = std::ceil(from.y); y <= last; ++y) {
         const double x = (y - from.y) * slope + from.x;
         RowSpan& span = table_[static_cast<std::int32_t>(y) - firstRow_];
         if (isLeft) {

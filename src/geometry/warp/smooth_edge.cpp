@@ -28,9 +28,7 @@ void BlendEdge(const WarpRequest& request, const Box& region, const Point& p, co
   // right and for a steep one upwards, that is where the coordinate across the edge is larger.
   const bool largerIsInside = (isFlat ? q.x > p.x : q.y < p.y) == clockwise;
   const std::int32_t inward = largerIsInside ? 1 : -1;
-  const bool ordered = p.*along <= q.*along;
-  const Point& from = ordered ? p : q;
-  const Point& to = ordered ? q : p;
+  const auto [from, to] = std::minmax(p, q, [&](const Point& a, const Point& b) { return a.*along < b.*along; });
   const double slope = (to.*across - from.*across) / (to.*along - from.*along);
   const double end = std::floor(to.*along);
   for (double a = std::ceil(from.*along); a <= end; ++a) {
