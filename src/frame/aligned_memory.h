@@ -69,7 +69,12 @@ template <class T>
 class AlignedVector {
  public:
   AlignedVector() = default;
-  explicit AlignedVector(std::int64_t count) : data_(Allocate(count)) {}
+  explicit AlignedVector(std::int64_t count) {
+    if (count < 1 || count > INT32_MAX) return;
+    // In units of the largest elements that the allocator has.
+    const std::int64_t units = (count * static_cast<std::int64_t>(sizeof(T)) + 7) / 8;
+    if (units <= INT32_MAX) data_ = static_cast<T*>(kMalloc1DFLOAT64(static_cast<std::int32_t>(units)));
+  }
   AlignedVector(AlignedVector&& other) noexcept : data_(other.Release()) {}
   AlignedVector& operator=(AlignedVector&& other) noexcept {
     std::swap(data_, other.data_);
@@ -85,15 +90,6 @@ class AlignedVector {
   T* Release() { return std::exchange(data_, nullptr); }
 
  private:
-  static T* Allocate(std::int64_t count) {
-    if (count < 1 || count > INT32_MAX) return nullptr;
-    const auto n = static_cast<std::int32_t>(count);
-    if constexpr (sizeof(T) == 8) return static_cast<T*>(kMalloc1DFLOAT64(n));
-    if constexpr (sizeof(T) == 4) return static_cast<T*>(kMalloc1DFLOAT32(n));
-    constexpr auto size = static_cast<std::int64_t>(sizeof(T));
-    return count > INT32_MAX / size ? nullptr : static_cast<T*>(kMalloc1DBW8(static_cast<std::int32_t>(count * size)));
-  }
-
   T* data_ = nullptr;
 };
 
