@@ -20,33 +20,20 @@ bool IsVerified(const ProcessorIdentity& identity) {
   return identity.identificationFlag && std::string_view(identity.vendor) == "GenuineIntel";
 }
 
-constexpr bool HasBit(std::uint32_t word, int bit) { return (word >> bit & 1) != 0; }
+constexpr std::uint32_t Bit(std::uint32_t word, int bit) { return word >> bit & 1; }
+
+// The level of a processor code, or -1 for a code outside the table.
+std::int32_t LevelOfProcessorCode(std::int32_t code) {
+  struct Entry {
+    std::int32_t code, level;
+  };
+  constexpr Entry kEntries[] = {{-1, 0}, {0, 0}, {1, 0}, {2, 0},  {3, 0}, {4, 0},  {5, 1},  {16, 1}, {17, 1}, {64, 1},
+                                {6, 2},  {7, 2}, {9, 2}, {65, 2}, {8, 3}, {10, 3}, {32, 3}, {66, 3}, {33, 4}, {34, 4}};
+  const auto* const entry = std::ranges::find(kEntries, code, &Entry::code);
+  return entry == std::end(kEntries) ? -1 : entry->level;
+}
 
 }  // namespace
-
-ProcessorFeatures ReadProcessorFeatures(ProcessorLeafReader read) {
-  const std::uint32_t highestLeaf = read(0, 0).eax;
-  const ProcessorLeaf leaf1 = read(1, 0);
-  ProcessorFeatures features{};
-  features.family = leaf1.eax >> 8 & 0xF;
-  features.stepping = leaf1.eax & 0xF;
-  features.model = leaf1.eax >> 4 & 0xF;
-  features.processorType = features.family >> 11 & 3;
-  features.featureWord = leaf1.edx;
-  const ProcessorLeaf leaf2 = read(2, 0);
-  features.cacheWord1 = leaf2.eax;
-  features.cacheWord4 = leaf2.edx;
-  features.mmx = HasBit(leaf1.edx, 23);
-  features.sse = HasBit(leaf1.edx, 25);
-  features.sse2 = HasBit(leaf1.edx, 26);
-  features.severalLogicalProcessors = HasBit(leaf1.edx, 28) && (leaf1.ebx >> 16 & 0xFF) > 1;
-  features.sse3 = HasBit(leaf1.ecx, 0);
-  constexpr std::uint32_t kExtended = 0x80000000U;
-  features.extension64 = read(kExtended, 0).eax > kExtended && HasBit(read(kExtended + 1, 0).edx, 29);
-  features.ssse3 = HasBit(leaf1.ecx, 9);
-  features.coresPerPackage = highestLeaf >= 4 ? (read(4, 0).eax >> 26) + 1 : 1;
-  return features;
-}
 
 ProcessorLeafReader* IdentificationInstruction() {
 #if defined(__i386__) || defined(__x86_64__)
@@ -65,14 +52,32 @@ ProcessorLeafReader* IdentificationInstruction() {
 }
 
 ProcessorIdentity IdentifyProcessor(ProcessorLeafReader* read) {
-  ProcessorIdentity identity{};
-  if (read == nullptr) return identity;
-  identity.identificationFlag = true;
-  const ProcessorLeaf leaf0 = read(0, 0);
-  std::memcpy(identity.vendor, &leaf0.ebx, 4);
-  std::memcpy(identity.vendor + 4, &leaf0.edx, 4);
-  std::memcpy(identity.vendor + 8, &leaf0.ecx, 4);
-  identity.features = ReadProcessorFeatures(read);
+  if (read == nullptr) return {};
+  const ProcessorLeaf leaf0 = read(0, 0), leaf1 = read(1, 0), leaf2 = read(2, 0);
+  constexpr std::uint32_t kExtended = 0x80000000U;
+  const std::uint32_t family = leaf1.eax >> 8 & 0xF;
+  ProcessorIdentity identity{
+      .identificationFlag = true,
+      .vendor = {},
+      .features = {
+          .family = family,
+          .stepping = leaf1.eax & 0xF,
+          .model = leaf1.eax >> 4 & 0xF,
+          .processorType = family >> 11 & 3,
+          .featureWord = leaf1.edx,
+          .cacheWord1 = leaf2.eax,
+          .cacheWord4 = leaf2.edx,
+          .mmx = Bit(leaf1.edx, 23),
+          .sse = Bit(leaf1.edx, 25),
+          .sse2 = Bit(leaf1.edx, 26),
+          .severalLogicalProcessors = Bit(leaf1.edx, 28) != 0 && (leaf1.ebx >> 16 & 0xFF) > 1,
+          .sse3 = Bit(leaf1.ecx, 0),
+          .extension64 = read(kExtended, 0).eax > kExtended ? Bit(read(kExtended + 1, 0).edx, 29) : 0,
+          .ssse3 = Bit(leaf1.ecx, 9),
+          .coresPerPackage = leaf0.eax >= 4 ? (read(4, 0).eax >> 26) + 1 : 1,
+      }};
+  const std::uint32_t vendor[] = {leaf0.ebx, leaf0.edx, leaf0.ecx};
+  std::memcpy(identity.vendor, vendor, sizeof vendor);
   return identity;
 }
 
@@ -100,16 +105,6 @@ std::int32_t DetectProcessorCode(const ProcessorIdentity& identity) {
     }
   }
   return f.ssse3 ? 33 : f.sse3 ? 66 : f.sse2 ? 65 : f.sse ? 64 : 0;
-}
-
-std::int32_t LevelOfProcessorCode(std::int32_t code) {
-  struct Entry {
-    std::int32_t code, level;
-  };
-  constexpr Entry kEntries[] = {{-1, 0}, {0, 0}, {1, 0}, {2, 0},  {3, 0}, {4, 0},  {5, 1},  {16, 1}, {17, 1}, {64, 1},
-                                {6, 2},  {7, 2}, {9, 2}, {65, 2}, {8, 3}, {10, 3}, {32, 3}, {66, 3}, {33, 4}, {34, 4}};
-  const auto* const entry = std::ranges::find(kEntries, code, &Entry::code);
-  return entry == std::end(kEntries) ? -1 : entry->level;
 }
 
 StatusCode SelectProcessorLevel(std::int32_t code) {

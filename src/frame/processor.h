@@ -41,14 +41,10 @@ using ProcessorLeafReader = ProcessorLeaf(std::uint32_t leaf, std::uint32_t subl
 // The running processor's identification instruction; null where it has none.
 ProcessorLeafReader* IdentificationInstruction();
 
-ProcessorFeatures ReadProcessorFeatures(ProcessorLeafReader read);
 ProcessorIdentity IdentifyProcessor(ProcessorLeafReader* read = IdentificationInstruction());
 
 // The code of a processor, by default of the running one.
 std::int32_t DetectProcessorCode(const ProcessorIdentity& identity = IdentifyProcessor());
-
-// Level of a processor code, or -1 for a code outside the table.
-std::int32_t LevelOfProcessorCode(std::int32_t code);
 
 // Sets ProcessorLevel from a code. An unknown code gives UnknownProcessorCode and leaves the level alone.
 // Not to be called while other threads run primitives.

@@ -77,7 +77,7 @@ Leaves leaves;
 ProcessorLeaf Leaf(std::uint32_t leaf, std::uint32_t) { return leaves.at(leaf < 5 ? leaf : leaf - 0x80000000 + 5); }
 ProcessorFeatures Read(const Leaves& answers) {
   leaves = answers;
-  return ReadProcessorFeatures(Leaf);
+  return IdentifyProcessor(Leaf).features;
 }
 
 TEST(ProcessorFeaturesTest, ReadsTheLeavesThatThereAre) {
