@@ -145,15 +145,11 @@ struct Pass {
     }
   }
 
-  void StoreDistances(std::int32_t y, std::int32_t x, F32x4 (&columns)[4]) const {
-    if constexpr (forward) {
-      TransposeLanes(columns);
-      for (int row = 0; row < 4; ++row) StoreUnaligned(&Distance(y + row, x - 2 * row), columns[row]);
-    } else {
-      F32x4 rows[4] = {columns[3], columns[2], columns[1], columns[0]};
-      TransposeLanes(rows);
-      for (int row = 0; row < 4; ++row) StoreUnaligned(&Distance(y + row, x - 2 * row + 3), rows[row]);
-    }
+  void StoreDistances(std::int32_t y, std::int32_t x, const F32x4 (&columns)[4]) const {
+    F32x4 rows[4];
+    for (int column = 0; column < 4; ++column) rows[column] = columns[forward ? column : 3 - column];
+    TransposeLanes(rows);
+    for (int row = 0; row < 4; ++row) StoreUnaligned(&Distance(y + row, x - 2 * row + (forward ? 0 : 3)), rows[row]);
   }
 };
 

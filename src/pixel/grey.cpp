@@ -26,29 +26,17 @@ inline void Shuffle(U8x16& a, U8x16& b, U8x16& c) {
   c = evenHigh;
 }
 
-// The grey values times 256, modulo 2^16. With every weight split into 16 * high + low, floor(sum / 16) = sum of
-// high * c + floor(sum of low * c / 16), where only the first part can wrap.
-class LaneWeights {
- public:
-  explicit LaneWeights(const Weights& weights) {
-    for (int i = 0; i < 3; ++i) {
-      high_[i] = Splat<U16x8>(weights[i] >> 4);
-      low_[i] = Splat<U16x8>(weights[i] & 15);
-    }
-  }
-
-  U16x8 Sum(U16x8 red, U16x8 green, U16x8 blue) const {
-    return red * high_[0] + green * high_[1] + blue * high_[2] +
-           ((red * low_[0] + green * low_[1] + blue * low_[2]) >> 4);
-  }
-
- private:
-  U16x8 high_[3];
-  U16x8 low_[3];
-};
-
 void GreyRow(std::size_t count, const Unaligned<BW8>* src, Unaligned<BW8>* dst, const Weights& weights) {
-  const LaneWeights lanes(weights);
+  // The grey values times 256, modulo 2^16. With every weight split into 16 * high + low, floor(sum / 16) = sum of
+  // high * c + floor(sum of low * c / 16), where only the first part can wrap.
+  U16x8 high[3], low[3];
+  for (int i = 0; i < 3; ++i) {
+    high[i] = Splat<U16x8>(weights[i] >> 4);
+    low[i] = Splat<U16x8>(weights[i] & 15);
+  }
+  const auto weigh = [&](U16x8 red, U16x8 green, U16x8 blue) {
+    return red * high[0] + green * high[1] + blue * high[2] + ((red * low[0] + green * low[1] + blue * low[2]) >> 4);
+  };
   std::size_t x = 0;
   for (; count - x >= 16; x += 16) {
     auto a = LoadUnaligned<U8x16>(src + 3 * x);
@@ -56,8 +44,8 @@ void GreyRow(std::size_t count, const Unaligned<BW8>* src, Unaligned<BW8>* dst, 
     auto c = LoadUnaligned<U8x16>(src + 3 * x + 32);
     for (int i = 0; i < 3; ++i) Shuffle(a, b, c);
     // One shuffle short: the halves in turn are red, green and blue of the even pixels, then of the odd ones.
-    const U16x8 even = lanes.Sum(WidenLow(a), WidenHigh(a), WidenLow(b));
-    const U16x8 odd = lanes.Sum(WidenHigh(b), WidenLow(c), WidenHigh(c));
+    const U16x8 even = weigh(WidenLow(a), WidenHigh(a), WidenLow(b));
+    const U16x8 odd = weigh(WidenHigh(b), WidenLow(c), WidenHigh(c));
     StoreUnaligned(dst + x, (even >> 8) | (odd & 0xFF00));
   }
   for (; x < count; ++x) {
