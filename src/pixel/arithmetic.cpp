@@ -1,4 +1,5 @@
 #include <cmath>
+#include <functional>
 
 #include "pixel/pixel.h"
 #include "pixel/rows.h"
@@ -46,8 +47,7 @@ StatusCode AddFLOAT32_C1IR(const FLOAT32* src, std::int32_t srcStep, FLOAT32* sr
   if (src == nullptr || srcDst == nullptr) return StatusCode::NullPointer;
   if (IsEmpty(size)) return StatusCode::NonPositiveSize;
   const Rows image{srcDst, srcDstStep};
-  MapRows(
-      size, [](auto sum, auto added) { return sum + added; }, image, image, Rows{src, srcStep});
+  MapRows(size, std::plus{}, image, image, Rows{src, srcStep});
   return StatusCode::Success;
 }
 

@@ -29,9 +29,9 @@ inline U8x16 PackBytes(I32x4 a, I32x4 b, I32x4 c, I32x4 d) {
 // Saturates four floats at a time to integers of the range 0 .. 2^n - 1, n at most 16, in the low half of each lane;
 // the high half is not above 0 as a signed number.
 template <class D, bool kRound>
-void NarrowFloats(std::size_t count, const std::uint8_t* srcRow, std::uint8_t* dstRow) {
-  const Unaligned<FLOAT32>* const src = reinterpret_cast<const Unaligned<FLOAT32>*>(srcRow);
-  Unaligned<D>* const dst = reinterpret_cast<Unaligned<D>*>(dstRow);
+void NarrowFloats(std::size_t count, const void* srcRow, void* dstRow) {
+  const Unaligned<FLOAT32>* const src = static_cast<const Unaligned<FLOAT32>*>(srcRow);
+  Unaligned<D>* const dst = static_cast<Unaligned<D>*>(dstRow);
   const auto zero = Splat<F32x4>(Opaque(0.0F)), limit = Splat<F32x4>(Opaque<float>(std::numeric_limits<D>::max()));
   const auto toInteger = [=](F32x4 value) {
     const F32x4 clamped = MinLanes(MaxLanes(value, zero), limit);  // NaN becomes 0
@@ -53,15 +53,15 @@ void NarrowFloats(std::size_t count, const std::uint8_t* srcRow, std::uint8_t* d
 }
 
 template <class S, class D>
-void Widen(std::size_t count, const std::uint8_t* srcRow, std::uint8_t* dstRow) {
-  const Unaligned<S>* const src = reinterpret_cast<const Unaligned<S>*>(srcRow);
-  Unaligned<D>* const dst = reinterpret_cast<Unaligned<D>*>(dstRow);
+void Widen(std::size_t count, const void* srcRow, void* dstRow) {
+  const Unaligned<S>* const src = static_cast<const Unaligned<S>*>(srcRow);
+  Unaligned<D>* const dst = static_cast<Unaligned<D>*>(dstRow);
   for (std::size_t x = 0; x < count; ++x) dst[x] = static_cast<D>(src[x]);
 }
 
-void SaturateWords(std::size_t count, const std::uint8_t* srcRow, std::uint8_t* dstRow) {
-  const Unaligned<BW16>* const src = reinterpret_cast<const Unaligned<BW16>*>(srcRow);
-  Unaligned<BW8>* const dst = reinterpret_cast<Unaligned<BW8>*>(dstRow);
+void SaturateWords(std::size_t count, const void* srcRow, void* dstRow) {
+  const Unaligned<BW16>* const src = static_cast<const Unaligned<BW16>*>(srcRow);
+  Unaligned<BW8>* const dst = static_cast<Unaligned<BW8>*>(dstRow);
   // The smaller of value and 255, both less 2^15: the low byte is the same, and signed lanes have a minimum.
   constexpr std::int16_t kBias = INT16_MIN;
   const I16x8 limit = Splat<I16x8>(Opaque(static_cast<std::int16_t>(kBias + 255)));

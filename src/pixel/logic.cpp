@@ -9,35 +9,25 @@
 namespace norvala {
 namespace {
 
-template <class... T>
-StatusCode Check(RegionSize size, Rows<T>... images) {
-  if ((... || (images.first == nullptr))) return StatusCode::NullPointer;
-  if ((... || (images.step < 1))) return StatusCode::NonPositiveStep;
-  return IsEmpty(size) ? StatusCode::NonPositiveSize : StatusCode::Success;
-}
-
 template <class T, class Op, class... S>
 StatusCode Map(RegionSize size, Op op, Rows<T> dst, Rows<S>... sources) {
-  const StatusCode status = Check(size, dst, sources...);
-  if (status == StatusCode::Success) MapRows(size, op, dst, sources...);
-  return status;
+  if (dst.first == nullptr || (... || (sources.first == nullptr))) return StatusCode::NullPointer;
+  if (dst.step < 1 || (... || (sources.step < 1))) return StatusCode::NonPositiveStep;
+  if (IsEmpty(size)) return StatusCode::NonPositiveSize;
+  MapRows(size, op, dst, sources...);
+  return StatusCode::Success;
 }
 
 // A count beyond the bits of T leaves the sign of a signed number, as the largest count within does, and 0 of others.
 template <class T, class Op>
 StatusCode Shift(RegionSize size, std::uint32_t count, Op op, Rows<T> dst, Rows<const T> src) {
   constexpr std::uint32_t kMost = 8 * sizeof(T) - 1;
-  const StatusCode status = Check(size, dst, src);
-  if (status != StatusCode::Success) return status;
-  if (count == 0) {
-    CopyRows(size, src, dst);
-  } else if (count > kMost && std::is_unsigned_v<T>) {
-    FillRows<T>(0, size, dst);
-  } else {
-    const auto shift = [op, places = std::min(count, kMost)](auto pixels) { return op(pixels, places); };
-    MapRows(size, shift, dst, src);
+  if (count > kMost && std::is_unsigned_v<T>) {
+    return Map(
+        size, [](auto pixels) { return pixels - pixels; }, dst, src);
   }
-  return status;
+  const auto shift = [op, places = std::min(count, kMost)](auto pixels) { return op(pixels, places); };
+  return Map(size, shift, dst, src);
 }
 
 constexpr auto kShiftLeft = [](auto pixels, auto places) { return pixels << places; };

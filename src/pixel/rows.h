@@ -1,7 +1,5 @@
 #pragma once
 
-#include <bit>
-#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
@@ -10,7 +8,7 @@
 #include "frame/memory.h"
 #include "frame/types.h"
 
-// The loops over rows that the pixel-wise operations share: any operation pixel by pixel, copying, filling.
+// The loops over rows that the pixel-wise operations share.
 
 namespace norvala {
 
@@ -55,89 +53,20 @@ inline std::size_t StoreLines(const void* dst, std::size_t bytes, Store store) {
   return at;
 }
 
-// ---- Operations ----
-
-// dst[x] = op(sources[x]...) for a row of T. The operation takes and gives lanes as well as single pixels. The
-// destination may be one of the sources.
-template <class T, class Op, std::same_as<const std::uint8_t*>... Sources>
-inline void MapRow(Op op, std::size_t count, std::uint8_t* dst, Sources... sources) {
-  using V = Lanes<T, 16 / sizeof(T)>;
-  const std::size_t bytes = count * sizeof(T);
-  std::size_t at =
-      StoreLines(dst, bytes, [=](std::size_t i) { StoreUnaligned<V>(dst + i, op(LoadUnaligned<V>(sources + i)...)); });
-  for (; at < bytes; at += sizeof(T)) {
-    StoreUnaligned<T>(dst + at, static_cast<T>(op(LoadUnaligned<T>(sources + at)...)));
-  }
-}
-
+// dst = op(sources...) pixel by pixel. The operation takes and gives lanes as well as single pixels. The destination
+// may be one of the sources.
 template <class T, class Op, class... S>
 inline void MapRows(RegionSize size, Op op, Rows<T> dst, Rows<S>... sources) {
-  const auto map = [op](std::size_t count, std::uint8_t* to, std::convertible_to<const std::uint8_t*> auto... from) {
-    MapRow<T>(op, count, to, static_cast<const std::uint8_t*>(from)...);
+  const auto mapRow = [op](std::size_t count, std::uint8_t* to, const auto*... from) {
+    using V = Lanes<T, 16 / sizeof(T)>;
+    const std::size_t bytes = count * sizeof(T);
+    std::size_t at =
+        StoreLines(to, bytes, [=](std::size_t i) { StoreUnaligned<V>(to + i, op(LoadUnaligned<V>(from + i)...)); });
+    for (; at < bytes; at += sizeof(T)) {
+      StoreUnaligned<T>(to + at, static_cast<T>(op(LoadUnaligned<T>(from + at)...)));
+    }
   };
-  ForEachRow(size, map, dst, sources...);
-}
-
-// ---- Copying and filling ----
-//
-// The runtime's block routines are not used: several of them hand rows of a few kilobytes to string-move instructions,
-// which run many times slower than plain loads and stores when source and destination lie at the same place of their
-// pages, as the rows of two images often do.
-
-// A pixel as a bit pattern, which floating-point operations need not keep.
-template <class T>
-using Bits = std::conditional_t<std::is_same_v<T, FLOAT32>, BW32, T>;
-
-// Copies `count` pixels as a loop from left to right does: a destination that starts inside the source row repeats
-// pixels, every other overlap reads each pixel before it is overwritten.
-template <class T>
-inline void CopyRow(const void* srcRow, void* dstRow, std::size_t count) {
-  const auto* const src = static_cast<const std::uint8_t*>(srcRow);
-  auto* const dst = static_cast<std::uint8_t*>(dstRow);
-  const std::size_t bytes = count * sizeof(T);
-  const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(dst) - reinterpret_cast<std::uintptr_t>(src);
-  if (ahead == 0) return;
-  if (ahead < bytes || bytes < 16) {
-    for (std::size_t at = 0; at < bytes; at += sizeof(T)) StoreUnaligned(dst + at, LoadUnaligned<Bits<T>>(src + at));
-    return;
-  }
-  const auto last = LoadUnaligned<U8x16>(src + bytes - 16);
-  const auto copy = [=](std::size_t at) { StoreUnaligned(dst + at, LoadUnaligned<U8x16>(src + at)); };
-  for (std::size_t at = StoreLines(dst, bytes, copy); bytes - at > 16; at += 16) copy(at);
-  StoreUnaligned(dst + bytes - 16, last);
-}
-
-template <class T>
-inline void CopyRows(RegionSize size, Rows<const T> src, Rows<T> dst) {
-  ForEachRow(
-      size, [](std::size_t count, const void* from, void* to) { CopyRow<T>(from, to, count); }, src, dst);
-}
-
-// `value` is a bit pattern.
-template <class T>
-inline void FillRow(T value, void* row, std::size_t count) {
-  auto* const dst = static_cast<std::uint8_t*>(row);
-  const auto values = Lanes<T, 16 / sizeof(T)>{} + value;
-  const std::size_t bytes = count * sizeof(T);
-  if (bytes < 8) {
-    for (std::size_t at = 0; at < bytes; at += sizeof(T)) StoreUnaligned(dst + at, value);
-    return;
-  }
-  if (bytes < 16) {
-    const std::uint64_t eight = BitCastLanes<U64x2>(values)[0];
-    StoreUnaligned(dst, eight);
-    StoreUnaligned(dst + bytes - 8, eight);
-    return;
-  }
-  const auto fill = [=](std::size_t at) { StoreUnaligned(dst + at, values); };
-  for (std::size_t at = StoreLines(dst, bytes, fill); bytes - at > 16; at += 16) fill(at);
-  fill(bytes - 16);
-}
-
-template <class T>
-inline void FillRows(T value, RegionSize size, Rows<T> dst) {
-  const auto fill = [bits = std::bit_cast<Bits<T>>(value)](std::size_t count, void* to) { FillRow(bits, to, count); };
-  ForEachRow(size, fill, dst);
+  ForEachRow(size, mapRow, dst, sources...);
 }
 
 }  // namespace norvala
