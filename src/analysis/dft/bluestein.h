@@ -19,15 +19,15 @@ struct BluesteinPlan {
   AlignedVector<Root> chirp;   // c
   AlignedVector<Root> kernel;  // the transform of conj(c), wrapped around M, divided by M
 
-  // The chirp is taken from the roots of order 2 m, whatever the stride.
-  StatusCode Create(std::int32_t newLength, std::ptrdiff_t /*stride*/, SharedRoots& sharedRoots) {
+  // The chirp is taken from the roots of order 2 m.
+  StatusCode Create(std::int32_t newLength, SharedRoots& sharedRoots) {
     length = newLength;
     const std::int64_t period = 2 * std::int64_t{length};
     const auto size = static_cast<std::int64_t>(std::bit_ceil(static_cast<std::uint64_t>(period - 1)));
     if (size > std::int64_t{1} << 30) return StatusCode::BadTransformOrder;
-    Factorise(static_cast<std::int32_t>(size), fft.factors);
+    fft.Factorise(static_cast<std::int32_t>(size));
     SharedRoots fftRoots;
-    const StatusCode status = fft.Create(static_cast<std::int32_t>(size), 1, fftRoots);
+    const StatusCode status = fft.Create(1, fftRoots);
     if (status != StatusCode::Success) return status;
 
     const Root* const roots = sharedRoots.OfOrder(period);
@@ -47,7 +47,7 @@ struct BluesteinPlan {
     return StatusCode::Success;
   }
 
-  // Transforms `data` in place and returns it.
+  // Transforms `data` in place and returns it. `work` has room for 2 M values.
   template <class V>
   Complex<V>* Run(Complex<V>* data, Complex<V>* work) const {
     const std::ptrdiff_t size = fft.length;
@@ -59,12 +59,6 @@ struct BluesteinPlan {
     const Complex<V>* const convolved = fft.Run(product, product == work ? work + size : work);
     for (std::ptrdiff_t k = 0; k < length; ++k) data[k] = Multiply(Conjugate(convolved[k]), chirp[k]);
     return data;
-  }
-
-  std::int64_t WorkLength() const { return 2 * std::int64_t{fft.length}; }
-  // The FFT's own scratch (96 bytes a value) covers the work area of four transforms side by side (64).
-  std::int64_t ScratchSize() const {
-    return fft.ScratchSize() + static_cast<std::int64_t>(sizeof(Root)) * fft.length + kScratchAlignment;
   }
 };
 

@@ -44,16 +44,14 @@ void SumDirectly(const T* x, std::ptrdiff_t m, const Root* roots, Widening widen
 
 struct DirectPlan {
   std::int32_t length = 0;    // m
-  bool real = false;          // whether m real values are meant, not complex ones
   AlignedVector<Root> roots;  // of order m
 
   // The roots are taken from those of order m * stride.
   StatusCode Create(std::int32_t newLength, std::ptrdiff_t stride, SharedRoots& sharedRoots) {
     length = newLength;
     const Root* const allRoots = sharedRoots.OfOrder(length * std::int64_t{stride});
-    if (allRoots == nullptr) return StatusCode::WorkBufferUnavailable;
     roots = AlignedVector<Root>(length);
-    if (!roots) return StatusCode::WorkBufferUnavailable;
+    if (allRoots == nullptr || !roots) return StatusCode::WorkBufferUnavailable;
     for (std::ptrdiff_t k = 0; k < length; ++k) roots[k] = allRoots[k * stride];
     return StatusCode::Success;
   }
@@ -73,12 +71,6 @@ struct DirectPlan {
       if (k > 0) work[m - k] = Narrow(even + TimesMinusI(odd));
     });
     return work;
-  }
-
-  std::int64_t WorkLength() const { return length; }
-  // The data of one transform: its results go straight to the destination.
-  std::int64_t ScratchSize() const {
-    return static_cast<std::int64_t>(real ? sizeof(float) : sizeof(Root)) * length + kScratchAlignment;
   }
 };
 

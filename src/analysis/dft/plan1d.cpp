@@ -1,11 +1,8 @@
 #include "analysis/dft/plan1d.h"
 
 #include <cmath>
-#include <cstring>
 #include <new>
 #include <type_traits>
-
-#include "frame/types.h"
 
 namespace norvala {
 
@@ -34,11 +31,17 @@ StatusCode MakeRebuildTables(DftSpec1DReal& spec, SharedRoots& sharedRoots) {
   return StatusCode::Success;
 }
 
-template <class Spec, class T>
-StatusCode CheckRun(const T* src, const T* dst, const Spec* spec) {
-  if (spec == nullptr) return StatusCode::NullPointer;
-  if (spec->tag != Spec::kTag) return StatusCode::WrongStateKind;
-  return src == nullptr || dst == nullptr ? StatusCode::NullPointer : StatusCode::Success;
+std::int64_t ScratchSize(const Plan1D& plan, std::int64_t valueBytes) {
+  if (plan.method == Method::Small) return 0;
+  // The values of one transform: its results go straight to the destination.
+  if (plan.method == Method::Direct) return valueBytes + kScratchAlignment;
+  // Three buffers of four transforms side by side, where one would do: with those of the image they hold four blocks of
+  // columns and the work area, so that rows of the image are moved by 128 bytes at once. Those of Bluestein's method
+  // (96 bytes a value of its FFT) cover its work area for four transforms (64).
+  const bool chirped = plan.method == Method::Bluestein;
+  const std::int64_t length = chirped ? plan.bluestein.fft.length : plan.length;
+  const std::int64_t buffers = 3 * static_cast<std::int64_t>(sizeof(ComplexLanes)) * length + kScratchAlignment;
+  return chirped ? buffers + static_cast<std::int64_t>(sizeof(Root)) * length + kScratchAlignment : buffers;
 }
 
 }  // namespace
@@ -60,7 +63,7 @@ void Normalisation::ScaleForward(void* values, std::ptrdiff_t count) const {
 void Plan1D::Choose(std::int32_t n, Values values) {
   length = n;
   if (n <= kLargestSmall) {
-    if (n > 1) stockham.factors.Append(n, n);
+    stockham.Factorise(n);
     return;
   }
   std::int32_t largestDirect = kLargestDirect;
@@ -69,13 +72,18 @@ void Plan1D::Choose(std::int32_t n, Values values) {
     rootStride = 2;
   } else if (values == Values::Real) {
     largestDirect = kLargestDirectReal;
-    direct.real = true;
   }
-  if (Factorise(length, stockham.factors)) {
+  if (stockham.Factorise(length)) {
     method = Method::Stockham;
   } else {
     method = length <= largestDirect ? Method::Direct : Method::Bluestein;
   }
+}
+
+StatusCode Plan1D::Create(SharedRoots& roots) {
+  if (method == Method::Direct) return direct.Create(length, rootStride, roots);
+  if (method == Method::Bluestein) return bluestein.Create(length, roots);
+  return stockham.Create(rootStride, roots);
 }
 
 template <class Spec>
@@ -108,7 +116,7 @@ StatusCode CreateDftSpec1D(Spec** spec, std::int32_t length, std::int32_t normal
     FreeDftSpec1D(created);
     return status;
   }
-  created->scratchSize = created->plan.ScratchSize();
+  created->scratchSize = ScratchSize(created->plan, (real ? 4 : 8) * std::int64_t{length});
   *spec = created;
   return StatusCode::Success;
 }
@@ -117,33 +125,5 @@ template StatusCode CreateDftSpec1D(DftSpec1DComplex**, std::int32_t, std::int32
 template StatusCode CreateDftSpec1D(DftSpec1DReal**, std::int32_t, std::int32_t, std::int32_t, SharedRoots&);
 template void FreeDftSpec1D(DftSpec1DComplex*);
 template void FreeDftSpec1D(DftSpec1DReal*);
-
-StatusCode RunDft1DComplex(const Complex<float>* src, Complex<float>* dst, const DftSpec1DComplex* spec,
-                           void* scratch) {
-  if (const StatusCode status = CheckRun(src, dst, spec); status != StatusCode::Success) return status;
-  const Scratch memory(scratch, spec->scratchSize);
-  if (!memory && spec->scratchSize > 0) return StatusCode::WorkBufferUnavailable;
-  Complex<float> few[kLargestSmall];
-  auto* const data = spec->scratchSize > 0 ? reinterpret_cast<Complex<float>*>(memory.data()) : few;
-  const std::ptrdiff_t n = spec->length;
-  const std::size_t bytes = static_cast<std::size_t>(n) * sizeof *src;
-  std::memcpy(data, src, bytes);
-  // The destination serves as work area where that is no longer than it.
-  const Complex<float>* const result = spec->plan.Run(data, spec->plan.WorkLength() <= n ? dst : data + n);
-  if (result != dst) std::memcpy(dst, result, bytes);
-  spec->normalisation.ScaleForward(dst, 2 * n);
-  return StatusCode::Success;
-}
-
-StatusCode RunDft1DReal(const FLOAT32* src, FLOAT32* dst, const DftSpec1DReal* spec, void* scratch) {
-  if (const StatusCode status = CheckRun(src, dst, spec); status != StatusCode::Success) return status;
-  const Scratch memory(scratch, spec->scratchSize);
-  if (!memory && spec->scratchSize > 0) return StatusCode::WorkBufferUnavailable;
-  const SourceRows<float> from = {{reinterpret_cast<const unsigned char*>(src)}};
-  const DestinationRows<float> to = {{reinterpret_cast<unsigned char*>(dst)}};
-  RunRealRows<float>(*spec, {from, from}, {to, to}, memory.data());
-  spec->normalisation.ScaleForward(dst, spec->length);
-  return StatusCode::Success;
-}
 
 }  // namespace norvala

@@ -10,8 +10,7 @@
 #include "frame/status.h"
 
 // One-dimensional transforms. Their specifications live in aligned memory and release what they own; the tables of
-// roots that they are made from are shared among those made together. Scratch is null (it is then allocated) or holds
-// the specification's scratchSize bytes.
+// roots that they are made from are shared among those made together.
 
 namespace norvala {
 namespace dft {
@@ -49,37 +48,17 @@ struct Plan1D {
   DirectPlan direct;
   BluesteinPlan bluestein;
 
-  // Uses the plan of the method.
-  template <class Self, class Use>
-  static auto Chosen(Self& self, Use use) {
-    switch (self.method) {
-      case Method::Direct:
-        return use(self.direct);
-      case Method::Bluestein:
-        return use(self.bluestein);
-      default:
-        return use(self.stockham);
-    }
-  }
-
   void Choose(std::int32_t n, Values values);
-
-  StatusCode Create(SharedRoots& roots) {
-    return Chosen(*this, [&](auto& plan) { return plan.Create(length, rootStride, roots); });
-  }
-  // Transforms `data`, which is overwritten; `work` has room for WorkLength() values. Returns where the result lies.
+  StatusCode Create(SharedRoots& roots);
+  // Whether the scratch holds a work area and more: not that of the direct sum and of up to 4 values.
+  bool IsFast() const { return method == Method::Stockham || method == Method::Bluestein; }
+  // Transforms `data`, which is overwritten; `work` has room for as many values, or for those of the Bluestein plan.
+  // Returns where the result lies.
   template <class V>
   Complex<V>* Run(Complex<V>* data, Complex<V>* work) const {
-    return Chosen(*this, [&](const auto& plan) { return plan.Run(data, work); });
-  }
-  // The number of values in the work area, beside the data.
-  std::int64_t WorkLength() const {
-    return Chosen(*this, [](const auto& plan) { return plan.WorkLength(); });
-  }
-  // The scratchSize of the specification, in bytes.
-  std::int64_t ScratchSize() const {
-    if (method == Method::Small) return 0;
-    return Chosen(*this, [](const auto& plan) { return plan.ScratchSize(); });
+    if (method == Method::Direct) return direct.Run(data, work);
+    if (method == Method::Bluestein) return bluestein.Run(data, work);
+    return stockham.Run(data, work);
   }
 };
 
@@ -91,22 +70,6 @@ struct Spec1D {
   std::int32_t hint = 0;
   std::int64_t scratchSize = 0;
   Plan1D plan;
-};
-
-// A caller's scratch, aligned, or scratch of its own where the caller gives none.
-class Scratch {
- public:
-  Scratch(void* given, std::int64_t size)
-      : own_(given == nullptr ? (size + 7) / 8 : 0),
-        data_(given == nullptr ? reinterpret_cast<unsigned char*>(own_.data())
-                               : AlignUp(static_cast<unsigned char*>(given), kScratchAlignment)) {}
-
-  explicit operator bool() const { return data_ != nullptr; }
-  unsigned char* data() const { return data_; }
-
- private:
-  AlignedVector<std::uint64_t> own_;  // a vector of bytes ends at 2 GiB
-  unsigned char* data_;
 };
 
 }  // namespace dft
@@ -125,9 +88,7 @@ struct DftSpec1DReal : dft::Spec1D {
   AlignedVector<dft::Root> rebuildRoots;
 
   // Whether two rows are transformed as the parts of one complex row.
-  bool PairsRows() const {
-    return length % 2 != 0 && plan.method != dft::Method::Small && plan.method != dft::Method::Direct;
-  }
+  bool PairsRows() const { return length % 2 != 0 && plan.IsFast(); }
 };
 
 template <class Spec>  // DftSpec1DComplex, DftSpec1DReal
@@ -135,10 +96,6 @@ StatusCode CreateDftSpec1D(Spec** spec, std::int32_t length, std::int32_t normal
                            dft::SharedRoots& roots);
 template <class Spec>
 void FreeDftSpec1D(Spec* spec);
-// Source and destination may be the same; those of real values may be misaligned.
-StatusCode RunDft1DComplex(const dft::Complex<float>* src, dft::Complex<float>* dst, const DftSpec1DComplex* spec,
-                           void* scratch);
-StatusCode RunDft1DReal(const FLOAT32* src, FLOAT32* dst, const DftSpec1DReal* spec, void* scratch);
 
 namespace dft {
 

@@ -1,7 +1,9 @@
 #include "analysis/dft/plan2d.h"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
+#include <utility>
 
 #include "analysis/analysis.h"
 #include "frame/memory.h"
@@ -17,9 +19,9 @@ namespace {
 // - Rows, 4 at once or 8 paired (odd lengths), hold plan.length ComplexLanes of data, all of the share, or twice the
 //   share where rows are paired, and the work area, which the direct sum does without: its results go to the
 //   destination. An odd length by the direct sum holds as many F32x4, all of the share; up to 4 elements need nothing.
-// - A real column holds its elements, then the scratch. So does a single complex column.
-// - Complex columns, 4 a block: the share is two blocks. One block and its work area always fit: the work area is no
-//   longer than the data, but for Bluestein's method, whose scratchSize includes it. More blocks use what is left.
+// - A real column holds its elements, then the scratch.
+// - Complex columns, 4 a block: the share is two blocks, one block and its work area. The scratch of a fast method has
+//   room for two more blocks and, by Bluestein's method, for its longer work area.
 constexpr std::int64_t kRowShare = sizeof(F32x4);
 constexpr std::int64_t kColumnShare = 2 * sizeof(ComplexLanes);
 
@@ -83,6 +85,90 @@ void TransformRows(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::
   for (std::ptrdiff_t y = 0; y < height; ++y) spec.normalisation.ScaleForward(Row(dst, dstStep, y), spec.length);
 }
 
+// Complex columns are transformed in blocks of four, one column a lane. Several blocks are moved at once, for whole
+// cache lines of the image's rows.
+constexpr std::ptrdiff_t kBlockWidth = 8;  // floats
+constexpr std::ptrdiff_t kMostBlocks = 4;
+
+// One row of a block, two floats a column. Where it has a `width` below that of a block, the columns are moved as the
+// bits of doubles, and the lanes of those that are absent are 0.
+inline ComplexLanes LoadBlockRow(const Unaligned<FLOAT32>* from, std::ptrdiff_t width) {
+  const auto column = [=](std::ptrdiff_t i) { return 2 * i < width ? LoadUnaligned<double>(from + 2 * i) : 0.0; };
+  const bool isWhole = width >= kBlockWidth;
+  const auto a = isWhole ? LoadUnaligned<F32x4>(from) : BitCastLanes<F32x4>(F64x2{column(0), column(1)});
+  const auto b = isWhole ? LoadUnaligned<F32x4>(from + 4) : BitCastLanes<F32x4>(F64x2{column(2), 0.0});
+  return {EvenLanes(a, b), OddLanes(a, b)};
+}
+inline void StoreBlockRow(const ComplexLanes& values, Unaligned<FLOAT32>* to, std::ptrdiff_t width) {
+  const auto a = BitCastLanes<F64x2>(InterleaveLow(values.re, values.im));
+  const auto b = BitCastLanes<F64x2>(InterleaveHigh(values.re, values.im));
+  if (width >= kBlockWidth) {
+    StoreUnaligned(to, a);
+    StoreUnaligned(to + 4, b);
+  } else {
+    StoreUnaligned(to, a[0]);
+    if (width > 2) StoreUnaligned(to + 2, a[1]);
+    if (width > 4) StoreUnaligned(to + 4, b[0]);
+  }
+}
+
+// Transforms columns of `width` floats in place: whole blocks or less than one.
+void TransformBlocks(FLOAT32* columns, std::int32_t step, std::ptrdiff_t width, const DftSpec1DComplex& spec,
+                     unsigned char* scratch) {
+  const std::ptrdiff_t height = spec.length;
+  const std::ptrdiff_t count = (width + kBlockWidth - 1) / kBlockWidth;
+  auto* work = reinterpret_cast<ComplexLanes*>(scratch);
+  ComplexLanes* blocks[kMostBlocks];
+  for (std::ptrdiff_t i = 0; i < count; ++i, work += height) blocks[i] = work;
+  const auto forEachRow = [&](auto move) {
+    for (std::ptrdiff_t y = 0; y < height; ++y) {
+      Unaligned<FLOAT32>* const row = Row(columns, step, y);
+      for (std::ptrdiff_t i = 0; i < count; ++i) move(row + i * kBlockWidth, blocks[i][y]);
+    }
+  };
+  forEachRow([=](Unaligned<FLOAT32>* from, ComplexLanes& values) { values = LoadBlockRow(from, width); });
+  for (int i = 0; i < count; ++i) {
+    // A result in the work area stays there; the block's own memory serves the next one.
+    ComplexLanes* const result = spec.plan.Run(blocks[i], work);
+    if (result != blocks[i]) work = std::exchange(blocks[i], result);
+    spec.normalisation.ScaleForward(result, kBlockWidth * height);
+  }
+  forEachRow([=](Unaligned<FLOAT32>* to, const ComplexLanes& values) { StoreBlockRow(values, to, width); });
+}
+
+// Transforms one row.
+void TransformRow(const FLOAT32* src, FLOAT32* dst, const DftSpec1DReal& spec, unsigned char* scratch) {
+  const SourceRows<float> from = {{reinterpret_cast<const unsigned char*>(src)}};
+  const DestinationRows<float> to = {{reinterpret_cast<unsigned char*>(dst)}};
+  RunRealRows<float>(spec, {from, from}, {to, to}, scratch);
+  spec.normalisation.ScaleForward(dst, spec.length);
+}
+
+// Transforms the column at `src` to that at `dst` by way of the scratch.
+void TransformRealColumn(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
+                         const DftSpec1DReal& spec, unsigned char* scratch) {
+  auto* const values = reinterpret_cast<FLOAT32*>(scratch);
+  for (std::ptrdiff_t y = 0; y < spec.length; ++y) values[y] = *Row(src, srcStep, y);
+  TransformRow(values, values, spec, reinterpret_cast<unsigned char*>(values + spec.length));
+  for (std::ptrdiff_t y = 0; y < spec.length; ++y) *Row(dst, dstStep, y) = values[y];
+}
+
+// Transforms the columns of an image of transformed rows in place.
+void TransformColumns(FLOAT32* packed, std::int32_t step, const DftSpec2D& spec, unsigned char* scratch) {
+  const auto transformReal = [&](FLOAT32* column) {
+    TransformRealColumn(column, step, column, step, spec.RealColumns(), scratch);
+  };
+  const DftSpec1DComplex& complex = *spec.columnComplexSpec;
+  const std::ptrdiff_t most = complex.plan.IsFast() ? kMostBlocks * kBlockWidth : kBlockWidth;
+  const std::ptrdiff_t end = 1 + (std::ptrdiff_t{spec.width} - 1) / 2 * 2;
+  transformReal(packed);
+  for (std::ptrdiff_t x = 1, width; x < end; x += width) {
+    width = end - x < kBlockWidth ? end - x : std::min((end - x) / kBlockWidth * kBlockWidth, most);
+    TransformBlocks(packed + x, step, width, complex, scratch);
+  }
+  if (end < spec.width) transformReal(packed + end);
+}
+
 }  // namespace
 
 StatusCode CreateDftSpec2D(DftSpec2D** spec, std::int32_t width, std::int32_t height, std::int32_t normalisation,
@@ -115,19 +201,22 @@ StatusCode TransformPackedFLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOA
   if (spec->tag != kDftSpec2DTag) return StatusCode::WrongStateKind;
   if (src == nullptr || dst == nullptr) return StatusCode::NullPointer;
   if (srcStep < 1 || dstStep < 1) return StatusCode::NonPositiveStep;
-  const Scratch memory(scratch, spec->workSize);
-  if (!memory) return StatusCode::WorkBufferUnavailable;
+  // A vector of bytes ends at 2 GiB.
+  const AlignedVector<std::uint64_t> own(scratch == nullptr ? (std::int64_t{spec->workSize} + 7) / 8 : 0);
+  if (scratch == nullptr) scratch = own.data();
+  auto* const memory = AlignUp(static_cast<unsigned char*>(scratch), kScratchAlignment);
+  if (memory == nullptr) return StatusCode::WorkBufferUnavailable;
   if (const StatusCode status = CheckNestedSpecs(*spec); status != StatusCode::Success) return status;
 
-  if (spec->height == 1) return RunDft1DReal(src, dst, spec->rowRealSpec, memory.data());
-  if (spec->width == 1) {
-    const DftSpec1DReal& column = spec->RealColumns();
-    constexpr std::int32_t kContiguous = sizeof(FLOAT32);
-    if (srcStep == kContiguous && dstStep == kContiguous) return RunDft1DReal(src, dst, &column, memory.data());
-    return TransformRealColumn(src, srcStep, dst, dstStep, column, memory.data());
+  if (spec->height == 1) {
+    TransformRow(src, dst, *spec->rowRealSpec, memory);
+  } else if (spec->width == 1) {
+    TransformRealColumn(src, srcStep, dst, dstStep, spec->RealColumns(), memory);
+  } else {
+    TransformRows(src, srcStep, dst, dstStep, spec->height, *spec->rowRealSpec, memory);
+    TransformColumns(dst, dstStep, *spec, memory);
   }
-  TransformRows(src, srcStep, dst, dstStep, spec->height, *spec->rowRealSpec, memory.data());
-  return TransformColumns(dst, dstStep, *spec, memory.data());
+  return StatusCode::Success;
 }
 
 }  // namespace norvala

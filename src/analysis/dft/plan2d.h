@@ -26,13 +26,4 @@ struct DftSpec2D {
   const DftSpec1DReal& RealColumns() const { return columnRealSpec == nullptr ? *rowRealSpec : *columnRealSpec; }
 };
 
-namespace dft {
-
-// Transforms the column at `src` to that at `dst` by way of the specification's scratch.
-StatusCode TransformRealColumn(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
-                               const DftSpec1DReal& spec, unsigned char* scratch);
-// Transforms the columns of an image of transformed rows in place.
-StatusCode TransformColumns(FLOAT32* packed, std::int32_t step, const DftSpec2D& spec, unsigned char* scratch);
-
-}  // namespace dft
 }  // namespace norvala

@@ -1,5 +1,6 @@
 #include "analysis/dft/stockham.h"
 
+#include <span>
 #include <utility>
 
 #include "analysis/dft/direct.h"
@@ -64,134 +65,116 @@ inline void Butterfly(const Complex<V>* in, std::ptrdiff_t jump, Complex<V> (&x)
   x[4] = a1 - b1;
 }
 
+// Of any odd radix.
+template <class V>
+void OddButterfly(const Complex<V>* in, std::ptrdiff_t jump, std::ptrdiff_t radix, const Root* roots, Complex<V>* x) {
+  Complex<V> sums[kLargestRadix];
+  AddAndSubtract(in, jump, sums, radix);
+  const auto keep = [](auto value) { return value; };
+  SumDirectly(sums, radix, roots, keep, [=](std::ptrdiff_t k, Complex<V> even, Complex<V> odd) {
+    x[k] = k > 0 ? even - TimesMinusI(odd) : even;
+    if (k > 0) x[radix - k] = even + TimesMinusI(odd);
+  });
+}
+
 // ---- Passes ----
 
-// How the loops of a pass run: the first one has a stride of 1, so that its inner loop is a single step; the last one
-// needs no twiddle factors.
-enum class PassKind { First, Middle, Last };
-
-template <int radix, PassKind kind, class V>
-void ButterflyPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, const FactorRecord& record,
-                   const Root* tables) {
-  constexpr bool twiddled = kind != PassKind::Last;
-  const Root* __restrict twiddles = tables + record.twiddles;
-  const std::ptrdiff_t stride = kind == PassKind::First ? 1 : record.before;
+// A pass of the radix or, where that is 0, of any odd one. The last pass of a plan needs no twiddle factors.
+template <int radix, bool twiddled, class V>
+void RunPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, const FactorRecord& record,
+             const Root* tables) {
+  const std::ptrdiff_t factor = radix > 0 ? radix : record.factor;
+  const std::ptrdiff_t stride = record.before;
   const std::ptrdiff_t jump = stride * record.remaining;
-  constexpr int twiddleStep = twiddled ? radix - 1 : 0;  // a plan of one pass has no tables
-  for (std::ptrdiff_t p = 0; p < record.remaining; ++p, twiddles += twiddleStep, out += (radix - 1) * stride) {
+  const Root* __restrict twiddles = tables + record.twiddles;
+  const std::ptrdiff_t twiddleStep = twiddled ? factor - 1 : 0;  // a plan of one pass has no tables
+  for (std::ptrdiff_t p = 0; p < record.remaining; ++p, twiddles += twiddleStep, out += (factor - 1) * stride) {
     for (std::ptrdiff_t q = 0; q < stride; ++q, ++in, ++out) {
-      Complex<V> x[radix];
-      Butterfly(in, jump, x);
+      Complex<V> x[radix > 0 ? radix : kLargestRadix];
+      if constexpr (radix > 0) {
+        Butterfly(in, jump, x);
+      } else {
+        OddButterfly(in, jump, factor, tables + record.roots, x);
+      }
       out[0] = x[0];
 #pragma GCC unroll 8
-      for (int k = 1; k < radix; ++k) out[k * stride] = twiddled ? Multiply(x[k], twiddles[k - 1]) : x[k];
+      for (std::ptrdiff_t k = 1; k < factor; ++k) out[k * stride] = twiddled ? Multiply(x[k], twiddles[k - 1]) : x[k];
     }
   }
 }
 
 template <int radix, class V>
-void ButterflyPass(const Complex<V>* in, Complex<V>* out, const FactorRecord& record, const Root* tables) {
+void RunPass(const Complex<V>* in, Complex<V>* out, const FactorRecord& record, const Root* tables) {
   if (record.remaining == 1) {
-    ButterflyPass<radix, PassKind::Last>(in, out, record, tables);
-  } else if (record.before == 1) {
-    ButterflyPass<radix, PassKind::First>(in, out, record, tables);
+    RunPass<radix, false>(in, out, record, tables);
   } else {
-    ButterflyPass<radix, PassKind::Middle>(in, out, record, tables);
-  }
-}
-
-// A pass of any odd radix.
-template <class V>
-void OddRadixPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, const FactorRecord& record,
-                  const Root* tables) {
-  const Root* __restrict twiddles = tables + record.twiddles;
-  const std::ptrdiff_t radix = record.factor;
-  const std::ptrdiff_t stride = record.before;
-  const std::ptrdiff_t jump = stride * record.remaining;
-  const bool twiddled = record.remaining > 1;
-  Complex<V> x[kLargestRadix];
-  for (std::ptrdiff_t p = 0; p < record.remaining; ++p, twiddles += radix - 1, out += (radix - 1) * stride) {
-    for (std::ptrdiff_t q = 0; q < stride; ++q, ++in, ++out) {
-      AddAndSubtract(in, jump, x, radix);
-      const auto keep = [](auto value) { return value; };
-      SumDirectly(x, radix, tables + record.roots, keep, [=](std::ptrdiff_t k, Complex<V> even, Complex<V> odd) {
-        if (k == 0) return static_cast<void>(out[0] = even);
-        const Complex<V> value = even - TimesMinusI(odd), mirrored = even + TimesMinusI(odd);
-        out[k * stride] = twiddled ? Multiply(value, twiddles[k - 1]) : value;
-        out[(radix - k) * stride] = twiddled ? Multiply(mirrored, twiddles[radix - k - 1]) : mirrored;
-      });
-    }
+    RunPass<radix, true>(in, out, record, tables);
   }
 }
 
 }  // namespace
 
-void FactorList::Append(std::int32_t factor, std::int32_t length) {
-  const std::int32_t before = count == 0 ? 1 : records[count - 1].before * records[count - 1].factor;
-  records[count++] = {factor, length / (before * factor), before, 0, 0};
-}
-
-bool Factorise(std::int32_t length, FactorList& list) {
-  list.count = 0;
+bool StockhamPlan::Factorise(std::int32_t newLength) {
+  length = newLength;
+  factorCount = 0;
+  std::int32_t before = 1;
+  const auto append = [&](std::int32_t factor) {
+    factors[factorCount++] = {factor, length / (before * factor), before, 0, 0};
+    before *= factor;
+  };
   std::int32_t remainder = length;
   int fours = 0;
   for (; remainder % 4 == 0; remainder /= 4) ++fours;
   if (remainder % 2 == 0) {
     remainder /= 2;
-    list.Append(2, length);
+    append(2);
   }
-  for (int i = 0; i < fours; ++i) list.Append(4, length);
-  if (remainder == 1) return list.count > 0;
+  for (int i = 0; i < fours; ++i) append(4);
   for (std::int32_t factor = 3; remainder >= factor * factor; factor += 2) {
     if (factor > kLargestRadix) return false;
-    for (; remainder >= factor * factor && remainder % factor == 0; remainder /= factor) list.Append(factor, length);
+    for (; remainder >= factor * factor && remainder % factor == 0; remainder /= factor) append(factor);
   }
-  if (list.count == 0 || remainder > kLargestRadix) return false;
-  list.Append(remainder, length);
-  return true;
+  const bool isPrime = factorCount == 0;
+  if (remainder > 1) append(remainder);
+  return !isPrime && remainder <= kLargestRadix;
 }
 
-StatusCode StockhamPlan::Create(std::int32_t newLength, std::ptrdiff_t stride, SharedRoots& sharedRoots) {
-  length = newLength;
-  if (factors.count <= 1) return StatusCode::Success;
+StatusCode StockhamPlan::Create(std::ptrdiff_t stride, SharedRoots& sharedRoots) {
+  if (factorCount <= 1) return StatusCode::Success;
   const Root* const roots = sharedRoots.OfOrder(length * std::int64_t{stride});
   if (roots == nullptr) return StatusCode::WorkBufferUnavailable;
+  const std::span passes(factors, factorCount);
   std::int64_t size = 0;
-  for (const FactorRecord& record : factors)
+  for (const FactorRecord& record : passes)
     size += record.factor + std::int64_t{record.remaining} * (record.factor - 1);
   tables = AlignedVector<Root>(size);
   if (!tables) return StatusCode::WorkBufferUnavailable;
   std::int32_t next = 0;
-  for (int i = 0; i < factors.count; ++i) {
-    FactorRecord& record = factors.records[i];
+  for (FactorRecord& record : passes) {
     const std::ptrdiff_t step = record.before * stride;
     record.twiddles = next;
     for (std::ptrdiff_t p = 0; p < record.remaining; ++p) {
       for (std::ptrdiff_t k = 1; k < record.factor; ++k) tables[next++] = roots[p * k * step];
     }
-    if (i > 0 && factors.records[i - 1].factor == record.factor) {
-      record.roots = factors.records[i - 1].roots;
-    } else {
-      record.roots = next;
-      for (std::ptrdiff_t k = 0; k < record.factor; ++k) tables[next++] = roots[k * record.remaining * step];
-    }
+    record.roots = next;
+    for (std::ptrdiff_t k = 0; k < record.factor; ++k) tables[next++] = roots[k * record.remaining * step];
   }
   return StatusCode::Success;
 }
 
 template <class V>
 Complex<V>* StockhamPlan::Run(Complex<V>* data, Complex<V>* work) const {
-  for (const FactorRecord& record : factors) {
+  for (const FactorRecord& record : std::span(factors, factorCount)) {
     if (record.factor == 2) {
-      ButterflyPass<2>(data, work, record, tables.data());
+      RunPass<2>(data, work, record, tables.data());
     } else if (record.factor == 3) {
-      ButterflyPass<3>(data, work, record, tables.data());
+      RunPass<3>(data, work, record, tables.data());
     } else if (record.factor == 4) {
-      ButterflyPass<4>(data, work, record, tables.data());
+      RunPass<4>(data, work, record, tables.data());
     } else if (record.factor == 5) {
-      ButterflyPass<5>(data, work, record, tables.data());
+      RunPass<5>(data, work, record, tables.data());
     } else {
-      OddRadixPass(data, work, record, tables.data());
+      RunPass<0>(data, work, record, tables.data());
     }
     std::swap(data, work);
   }
