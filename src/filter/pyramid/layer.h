@@ -21,6 +21,11 @@ namespace norvala {
 
 inline bool IsLayerRate(FLOAT32 rate) { return rate > 1.0F && rate <= 10.0F; }
 
+// Images of other sizes are filtered with row sums of products that are cut off one by one.
+inline bool IsLargerThanKernel(RegionSize size, std::int64_t kernelSize) {
+  return size.width > kernelSize && size.height > kernelSize;
+}
+
 // Vector loops run over whole groups of columns.
 inline constexpr std::int32_t kColumnsAtOnce = 8;
 

@@ -223,7 +223,7 @@ StatusCode PyramidLayerDownBW8(const BW8* src, std::int32_t srcStep, RegionSize 
 
   // The narrowest arithmetic that serves.
   const auto reduce = [&](auto* run) { run(src, srcStep, srcSize, dst, dstStep, dstSize, *state); };
-  if (srcSize.width <= state->kernelSize || srcSize.height <= state->kernelSize) {
+  if (!IsLargerThanKernel(srcSize, state->kernelSize)) {
     reduce(Reduce<AnyFilter<true>, DoubleInterpolation>);
   } else if (IntegerFilter<1>::Serves(*state)) {
     reduce(Reduce<IntegerFilter<1>, NarrowInterpolation>);

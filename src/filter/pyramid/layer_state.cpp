@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstring>
 
 #include "filter/filter.h"
 #include "filter/pyramid/layer.h"
@@ -8,11 +7,6 @@
 
 namespace norvala {
 namespace {
-
-// Whether images of this size are filtered with whole row sums, which needs a work area of its own.
-bool LargerThanKernel(RegionSize size, std::int32_t kernelSize) {
-  return size.width > kernelSize && size.height > kernelSize;
-}
 
 // ---- The block ----
 //
@@ -23,7 +17,6 @@ bool LargerThanKernel(RegionSize size, std::int32_t kernelSize) {
 // more than that, since kernelSize is at least 3. For larger images the ring has kernelSize * rowCells cells of its
 // own, and nothing relies on the other terms of the size.
 
-constexpr std::int64_t kLargestBlock = INT32_MAX;
 constexpr std::int64_t kCellBytes = 4;
 constexpr std::int64_t kRecordBytes = 48 + 2 + 3 * 30;
 constexpr std::int64_t kLargeImageExtraBytes = 100;
@@ -41,13 +34,13 @@ std::int64_t CommonBytes(RegionSize size, std::int64_t kernelSize, std::int64_t 
          longest * channels * kCellBytes;
 }
 
-// Bytes of the whole block, or a number beyond kLargestBlock.
+// Bytes of the whole block, or a number beyond what can be allocated.
 std::int64_t BlockBytes(RegionSize size, std::int64_t kernelSize, std::int64_t channels) {
   const std::int64_t rowCells = RowCells(size, channels);
-  // The product in CommonBytes would overflow only far beyond what can be allocated.
-  if ((kernelSize + size.height) > kLargestBlock / (kernelSize + rowCells)) return INT64_MAX;
+  // The product in CommonBytes would overflow only far beyond that.
+  if ((kernelSize + size.height) > INT32_MAX / (kernelSize + rowCells)) return INT64_MAX;
   const std::int64_t bytes = CommonBytes(size, kernelSize, channels) + kRecordBytes;
-  if (!LargerThanKernel(size, static_cast<std::int32_t>(kernelSize))) return bytes;
+  if (!IsLargerThanKernel(size, kernelSize)) return bytes;
   return bytes + kLargeImageExtraBytes + kLargeImageBytesPerTap * kernelSize +
          kernelSize * channels * (kernelSize / 2 + kernelSize) * 2 + rowCells * kCellBytes * kernelSize;
 }
@@ -101,21 +94,16 @@ StatusCode PyramidLayerDownInitAlloc(PyramidLayerState** statePtrOut, RegionSize
   AlignedVector<std::uint8_t> block(BlockBytes(size, kernelSize, channels));
   if (!block) return StatusCode::WorkBufferUnavailable;
   auto* const state = reinterpret_cast<PyramidLayerState*>(block.data());
-  state->kernel = AlignedArea<std::int16_t>(state + 1);
-  state->work = AlignedArea<std::uint8_t>(state->kernel + kernelSize + 1);
+  auto* const taps = AlignedArea<std::int16_t>(state + 1);
+  auto* const work = AlignedArea<std::uint8_t>(taps + kernelSize + 1);
   // Images that are not larger than the kernel keep their ring of rows in the first area, behind the lines.
-  const std::int64_t firstArea = LargerThanKernel(size, kernelSize)
+  const std::int64_t firstArea = IsLargerThanKernel(size, kernelSize)
                                      ? CommonBytes(size, kernelSize, channels) - 2 * std::int64_t{kernelSize}
                                      : LayerLines::ByteCount(size.width, kernelSize);
-  state->work2 = AlignedArea<std::uint8_t>(state->work + static_cast<std::ptrdiff_t>(firstArea));
-  state->kernelSize = kernelSize;
-  state->elementType = elementType;
-  state->width = size.width;
-  state->height = size.height;
-  state->mode = mode;
-  state->rate = rate;
-  std::memset(state->kernel, 0, static_cast<std::size_t>(state->work - reinterpret_cast<std::uint8_t*>(state->kernel)));
-  const bool symmetric = NormaliseKernel(kernel, kernelSize, state->kernel);
+  auto* const work2 = AlignedArea<std::uint8_t>(work + static_cast<std::ptrdiff_t>(firstArea));
+  *state = {taps, work, work2, kernelSize, elementType, size.width, size.height, mode, rate};
+  std::fill_n(taps, kernelSize + 1, std::int16_t{0});
+  const bool symmetric = NormaliseKernel(kernel, kernelSize, taps);
   block.Release();
   *statePtrOut = state;
   return symmetric ? StatusCode::Success : StatusCode::AsymmetricKernel;
