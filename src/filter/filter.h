@@ -59,14 +59,13 @@ inline constexpr PrimitiveTable kFilterGauss{FilterGauss};
 // Accepts element-type codes 1, 2 and 9.
 StatusCode PyrDownGetBufSizeGauss5x5(std::int32_t width, std::int32_t elementType, std::int32_t channels,
                                      std::int32_t* bufferSize);
-StatusCode PyrDownGauss5x5BW8(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size,
-                              std::uint8_t* buffer);
-StatusCode PyrDownGauss5x5FLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
-                                  RegionSize size, std::uint8_t* buffer);
+template <class T>  // BW8, FLOAT32
+StatusCode PyrDownGauss5x5(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep, RegionSize size,
+                           std::uint8_t* buffer);
 
 inline constexpr PrimitiveTable kPyrDownGetBufSizeGauss5x5{PyrDownGetBufSizeGauss5x5};
-inline constexpr PrimitiveTable kPyrDownGauss5x5BW8{PyrDownGauss5x5BW8};
-inline constexpr PrimitiveTable kPyrDownGauss5x5FLOAT32{PyrDownGauss5x5FLOAT32};
+inline constexpr PrimitiveTable kPyrDownGauss5x5BW8{PyrDownGauss5x5<BW8>};
+inline constexpr PrimitiveTable kPyrDownGauss5x5FLOAT32{PyrDownGauss5x5<FLOAT32>};
 
 // ---- Pyramid layers ----
 

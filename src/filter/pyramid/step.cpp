@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "filter/filter.h"
 #include "filter/mirror.h"
@@ -23,18 +24,6 @@ Sum* AccumulatorOf(std::int64_t row, std::uint8_t* buffer, std::int32_t dstWidth
   static_assert(sizeof(Sum) <= 4);
   const auto size = AlignUp<std::size_t>(static_cast<std::size_t>(dstWidth) * 4, 16);
   return reinterpret_cast<Sum*>(AlignUp(buffer, 32) + static_cast<std::size_t>(row % 6) * size);
-}
-
-// Shared checks; `pixelSize` in bytes.
-StatusCode CheckPyramidStep(const void* src, std::int32_t srcStep, const void* dst, std::int32_t dstStep,
-                            RegionSize size, const void* buffer, std::int64_t pixelSize) {
-  if (src == nullptr || dst == nullptr || buffer == nullptr) return StatusCode::NullPointer;
-  if (IsEmpty(size)) return StatusCode::NonPositiveSize;
-  if (srcStep < size.width * pixelSize || dstStep < HalfSize(size.width) * pixelSize) {
-    return StatusCode::NonPositiveStep;
-  }
-  if (srcStep % pixelSize != 0 || dstStep % pixelSize != 0) return StatusCode::MisalignedStep;
-  return StatusCode::Success;
 }
 
 // ---- Bytes ----
@@ -148,14 +137,7 @@ void FilterRow(const FloatPixel* __restrict src, std::int32_t width, FLOAT32* __
 
 void CombineRows(const FLOAT32* const (&rows)[5], std::int32_t count, FloatPixel* __restrict dst) {
   const FLOAT32 *above2 = rows[0], *above = rows[1], *centre = rows[2], *below = rows[3], *below2 = rows[4];
-  const auto two = [&](std::int32_t j) {
-    return FiveSum(LoadFloatsAsDoubles(above2 + j), LoadFloatsAsDoubles(above + j), LoadFloatsAsDoubles(centre + j),
-                   LoadFloatsAsDoubles(below + j), LoadFloatsAsDoubles(below2 + j)) *
-           kScale;
-  };
-  std::int32_t j = 0;
-  for (; j <= count - 4; j += 4) StoreUnaligned(dst + j, ConvertFromDoubles<F32x4>(two(j), two(j + 2)));
-  for (; j < count; ++j) {
+  for (std::int32_t j = 0; j < count; ++j) {
     dst[j] = static_cast<FLOAT32>(FiveSum<double>(above2[j], above[j], centre[j], below[j], below2[j]) * kScale);
   }
 }
@@ -218,19 +200,17 @@ StatusCode PyrDownGetBufSizeGauss5x5(std::int32_t width, std::int32_t elementTyp
   return StatusCode::Success;
 }
 
-StatusCode PyrDownGauss5x5BW8(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size,
-                              std::uint8_t* buffer) {
-  const StatusCode status = CheckPyramidStep(src, srcStep, dst, dstStep, size, buffer, 1);
-  if (status != StatusCode::Success) return status;
-  ReduceRows<WordSum>(src, srcStep, dst, dstStep, size, buffer);
-  return StatusCode::Success;
-}
-
-StatusCode PyrDownGauss5x5FLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::int32_t dstStep,
-                                  RegionSize size, std::uint8_t* buffer) {
-  const StatusCode status = CheckPyramidStep(src, srcStep, dst, dstStep, size, buffer, sizeof(FLOAT32));
-  if (status != StatusCode::Success) return status;
-  if (size.height < 3) {
+template <class T>
+StatusCode PyrDownGauss5x5(const T* src, std::int32_t srcStep, T* dst, std::int32_t dstStep, RegionSize size,
+                           std::uint8_t* buffer) {
+  constexpr std::int64_t kPixel = sizeof(T);
+  if (src == nullptr || dst == nullptr || buffer == nullptr) return StatusCode::NullPointer;
+  if (IsEmpty(size)) return StatusCode::NonPositiveSize;
+  if (srcStep < size.width * kPixel || dstStep < HalfSize(size.width) * kPixel) return StatusCode::NonPositiveStep;
+  if (srcStep % kPixel != 0 || dstStep % kPixel != 0) return StatusCode::MisalignedStep;
+  if constexpr (std::is_same_v<T, BW8>) {
+    ReduceRows<WordSum>(src, srcStep, dst, dstStep, size, buffer);
+  } else if (size.height < 3) {
     ReduceLow(src, srcStep, dst, size, buffer);
   } else if (size.width < 3) {
     ReduceNarrow(src, srcStep, dst, dstStep, size);
@@ -239,5 +219,8 @@ StatusCode PyrDownGauss5x5FLOAT32(const FLOAT32* src, std::int32_t srcStep, FLOA
   }
   return StatusCode::Success;
 }
+
+template StatusCode PyrDownGauss5x5(const BW8*, std::int32_t, BW8*, std::int32_t, RegionSize, std::uint8_t*);
+template StatusCode PyrDownGauss5x5(const FLOAT32*, std::int32_t, FLOAT32*, std::int32_t, RegionSize, std::uint8_t*);
 
 }  // namespace norvala
