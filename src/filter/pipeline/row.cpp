@@ -14,11 +14,6 @@ using Values = Unaligned<std::int16_t>;
 
 enum class BorderType : std::int32_t { Constant, Replicate, Wrap, Mirror, MirrorWithEdge };
 
-struct Border {
-  BorderType type;
-  BW8 value;  // of the constant border
-};
-
 // The position in the row that stands for one outside, with any border but a constant one.
 std::int64_t PositionInside(BorderType type, std::int64_t position, std::int64_t width) {
   const auto wrapped = [=](std::int64_t period) { return (position % period + period) % period; };
@@ -35,12 +30,12 @@ std::int64_t PositionInside(BorderType type, std::int64_t position, std::int64_t
 }
 
 // The pixels from position `first` on, of which at least one lies in the row.
-void ExtendRow(const Pixels* row, std::int32_t width, Border border, std::ptrdiff_t first, std::ptrdiff_t count,
-               BW8* extended) {
+void ExtendRow(const Pixels* row, std::int32_t width, BorderType border, BW8 constant, std::ptrdiff_t first,
+               std::ptrdiff_t count, BW8* extended) {
   const std::ptrdiff_t begin = std::max<std::ptrdiff_t>(-first, 0);
   const std::ptrdiff_t end = std::min(width - first, count);
   const auto outside = [&](std::ptrdiff_t i) {
-    return border.type == BorderType::Constant ? border.value : row[PositionInside(border.type, first + i, width)];
+    return border == BorderType::Constant ? constant : row[PositionInside(border, first + i, width)];
   };
   for (std::ptrdiff_t i = 0; i < begin; ++i) extended[i] = outside(i);
   std::memcpy(extended + begin, row + first + begin, static_cast<std::size_t>(end - begin));
@@ -102,7 +97,7 @@ StatusCode FilterRowBorderPipelineBW8(const BW8* src, std::int32_t srcStep, std:
   if (divisor == 0) return StatusCode::BadArgument;
 
   const Unaligned<std::int16_t* const>* const rows = dstRows;
-  const Border border = {static_cast<BorderType>(borderType), borderValue};
+  const auto border = static_cast<BorderType>(borderType);
   const PipelineKernel rowKernel(kernel, kernelSize, divisor, {0, UINT8_MAX});
   const bool isPlain = rowKernel.arithmetic() == Arithmetic::Plain || size.width < kBlock;
   // What needs the border is made from extended pixels in the caller's buffer of 4 * kernelSize + 64 bytes, the rest of
@@ -114,7 +109,8 @@ StatusCode FilterRowBorderPipelineBW8(const BW8* src, std::int32_t srcStep, std:
     if (dst == nullptr) return StatusCode::NullPointer;
     const auto filterExtended = [&](std::int32_t begin, std::int32_t end) {
       const std::ptrdiff_t first = std::ptrdiff_t{begin} - anchor;
-      ExtendRow(row, size.width, border, first, std::ptrdiff_t{end} - begin + kernelSize - 1, buffer);
+      const std::ptrdiff_t count = std::ptrdiff_t{end} - begin + kernelSize - 1;
+      ExtendRow(row, size.width, border, borderValue, first, count, buffer);
       if (isPlain) {
         MakeRowPlainly(rowKernel, buffer, end - begin, dst + begin);
       } else if (begin < end) {

@@ -44,13 +44,9 @@ bool FilterReduced(const SeparableCallBW8& call, const DivisorScale& scale) {
   const RoundedDivision division = RoundedDivision::Of(call.divisor, scale).Reduced(common);
   const ReducedKernel kernel = {call, common, division, positive / common * UINT8_MAX + division.addend,
                                 negative / common * UINT8_MAX};
-  if (WordsServe(kernel)) {
-    FilterInWords(kernel);
-  } else if (kernel.highest <= INT32_MAX) {
-    FilterInPairs(kernel);
-  } else {
-    return false;
-  }
+  const bool wordsServe = WordsServe(kernel);
+  if (!wordsServe && kernel.highest > INT32_MAX) return false;
+  wordsServe ? FilterInWords(kernel) : FilterInPairs(kernel);
   return true;
 }
 
