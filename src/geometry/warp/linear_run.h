@@ -14,8 +14,8 @@ struct Neighbours {
 inline Neighbours LoadNeighbours(const BW8*, const char* const (&from)[kGroup], std::ptrdiff_t offset) {
   U16x8 pairs = {};
   for (int i = 0; i < kGroup; ++i) pairs[i] = LoadUnaligned<std::uint16_t>(from[i] + offset);
-  const U32x4 wide = WidenLow(pairs);
-  return {ToDoubles(wide & 255), ToDoubles(wide >> 8)};
+  const auto wide = BitCastLanes<I32x4>(WidenLow(pairs));
+  return {ConvertToDoubles(wide & 255), ConvertToDoubles(wide >> 8)};
 }
 
 inline Neighbours LoadNeighbours(const FLOAT32*, const char* const (&from)[kGroup], std::ptrdiff_t offset) {
@@ -121,13 +121,11 @@ class LinearInSingles {
       for (int i = 0; i < kGroup; ++i) words[i] = BitCastLanes<U32x4>(p[i] + kPlaceBias);
       StoreUnaligned(whole[0], OddLanes(words[0], words[1]));
       StoreUnaligned(whole[2], OddLanes(words[2], words[3]));
-      const F32x4 f01 = Fraction(EvenLanes(words[0], words[1]));
-      const F32x4 f23 = Fraction(EvenLanes(words[2], words[3]));
+      const F32x4 f01 = ToFloats(EvenLanes(words[0], words[1]) >> 8);
+      const F32x4 f23 = ToFloats(EvenLanes(words[2], words[3]) >> 8);
       fx = EvenLanes(f01, f23) * 0x1p-24F;
       fy = OddLanes(f01, f23) * 0x1p-24F;
     }
-
-    static F32x4 Fraction(U32x4 low) { return ToFloats(low >> 8); }
   };
 
   static I32x4 SumOf(const Group& group, std::uintptr_t origin, std::uintptr_t step, std::ptrdiff_t prefetchOffset) {

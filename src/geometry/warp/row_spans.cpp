@@ -37,10 +37,9 @@ struct Columns {
 RowSpans::RowSpans(const Polygon& whole, const Box& region, bool clockwise) {
   const Polygon polygon = ClipPolygon(whole, region);
   if (polygon.count == 0) return;
-  const Point* const begin = polygon.vertices;
-  const Point* const end = begin + polygon.count;
-  const auto [left, right] = std::ranges::minmax_element(begin, end, {}, &Point::x);
-  const auto [top, bottom] = std::ranges::minmax_element(begin, end, {}, &Point::y);
+  const Point* const v = polygon.vertices;
+  const auto [left, right] = std::ranges::minmax_element(v, v + polygon.count, {}, &Point::x);
+  const auto [top, bottom] = std::ranges::minmax_element(v, v + polygon.count, {}, &Point::y);
   const double firstRow = std::ceil(top->y);
   const double lastRow = std::floor(bottom->y);
   if (firstRow > lastRow || std::ceil(left->x) > std::floor(right->x)) return;
@@ -58,10 +57,10 @@ RowSpans::RowSpans(const Polygon& whole, const Box& region, bool clockwise) {
   // From the top vertex down both chains. Where two edges meet on a row, the lower one starts exactly at their vertex.
   for (const bool increasing : {false, true}) {
     const bool isLeft = increasing != clockwise;
-    for (auto i = top - begin; begin[i].y < bottom->y;) {
-      const Point from = begin[i];
+    for (auto i = top - v; v[i].y < bottom->y;) {
+      const Point from = v[i];
       i = (i + (increasing ? 1 : polygon.count - 1)) % polygon.count;
-      const Point to = begin[i];
+      const Point to = v[i];
       if (!(to.y > from.y)) continue;
       const double slope = (to.x - from.x) / (to.y - from.y);
       const double last = std::floor(to.y);

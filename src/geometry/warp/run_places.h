@@ -16,14 +16,6 @@ namespace norvala {
 constexpr std::int32_t kGroup = 4;
 constexpr std::int32_t kRun = 64;
 
-// An unsigned integer v below 2^52 is the low bits of the double 2^52 + v: cheaper than a conversion, and exact.
-constexpr double kBias = 0x1p52;
-inline F64x2x2 ToDoubles(U32x4 v) {
-  const auto exponent = Splat<U32x4>(0x43300000U);
-  return {BitCastLanes<F64x2>(InterleaveLow(v, exponent)) - kBias,
-          BitCastLanes<F64x2>(InterleaveHigh(v, exponent)) - kBias};
-}
-
 // The high lanes go down within the register: converted in place they would pass through memory where registers are
 // few.
 inline F64x2x2 ToDoubles(F32x4 v) {
@@ -45,7 +37,7 @@ class Places {
   F64x2 fy[kRun / 2];
 
   // The vector arithmetic is that of doubles: integer multiplication and 64-bit integers are slow or missing in the
-  // baseline, and no image has 2^52 bytes.
+  // baseline. No image has 2^52 bytes, and an offset v below that is the low bits of the double 2^52 + v.
   Places(const SourceImage& source, std::int32_t pixelBytes, const Position* p, std::int32_t count)
       : origin_(reinterpret_cast<std::uintptr_t>(source.pixels) -
                 static_cast<std::uintptr_t>(std::bit_cast<std::uint64_t>(kBias))) {
@@ -54,7 +46,7 @@ class Places {
       const F64x2 x = EvenLanes(p[k], p[k + 1]);
       const F64x2 y = OddLanes(p[k], p[k + 1]);
       const F64x2x2 shifted = {x + kPositionTolerance, y + kPositionTolerance};
-      const F64x2x2 whole = ToDoubles(BitCastLanes<U32x4>(ConvertFromDoubles<I32x4>(shifted)));
+      const F64x2x2 whole = ConvertToDoubles(ConvertFromDoubles<I32x4>(shifted));
       offsets_[k / 2] = whole.high * step + (whole.low * pixelBytes + kBias);
       fx[k / 2] = x - whole.low;
       fy[k / 2] = y - whole.high;
@@ -68,6 +60,8 @@ class Places {
   }
 
  private:
+  static constexpr double kBias = 0x1p52;
+
   std::uintptr_t origin_;
   F64x2 offsets_[kRun / 2];
 };
