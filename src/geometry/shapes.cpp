@@ -22,8 +22,6 @@ struct Side {
   }
 };
 
-bool Equal(const Point& a, const Point& b) { return a.x == b.x && a.y == b.y; }
-
 // One step of the clipping by Sutherland and Hodgman ("Reentrant polygon clipping", 1974).
 Polygon ClipToSide(const Polygon& polygon, const Side& side) {
   Polygon clipped;
@@ -33,7 +31,7 @@ Polygon ClipToSide(const Polygon& polygon, const Side& side) {
     if (side.Keeps(p)) clipped.Append(p);
     if (side.Keeps(p) != side.Keeps(q)) clipped.Append(side.Crossing(p, q));
   }
-  while (clipped.count > 1 && Equal(clipped.vertices[0], clipped.vertices[clipped.count - 1])) --clipped.count;
+  while (clipped.count > 1 && clipped.vertices[0] == clipped.vertices[clipped.count - 1]) --clipped.count;
   return clipped;
 }
 
@@ -66,7 +64,7 @@ Polygon::Polygon(const Quadrilateral& quad) {
 }
 
 void Polygon::Append(const Point& p) {
-  if (count > 0 && Equal(p, vertices[count - 1])) return;
+  if (count > 0 && p == vertices[count - 1]) return;
   if (count < kCapacity) vertices[count++] = p;
 }
 
@@ -77,10 +75,8 @@ Polygon ClipPolygon(const Polygon& polygon, const Box& box) {
   clipped = ClipToSide(clipped, {&Point::y, &Point::x, box.bottom, false});
   // Rounding moves a crossing by far less than a pixel; more comes from coordinates near the end of the range.
   const Box around = {box.left - 0.5, box.top, box.right + 0.5, box.bottom};
-  for (int i = 0; i < clipped.count; ++i) {
-    if (!Contains(around, clipped.vertices[i])) return {};
-  }
-  return clipped;
+  const auto liesAround = [&](const Point& p) { return Contains(around, p); };
+  return std::all_of(clipped.vertices, clipped.vertices + clipped.count, liesAround) ? clipped : Polygon();
 }
 
 }  // namespace norvala

@@ -11,6 +11,8 @@ namespace norvala {
 struct Point {
   double x;
   double y;
+
+  bool operator==(const Point&) const = default;
 };
 
 inline Point operator+(const Point& a, const Point& b) { return {a.x + b.x, a.y + b.y}; }

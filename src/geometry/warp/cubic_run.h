@@ -21,13 +21,11 @@ template <>
 inline void Cubic<FLOAT32>::SampleRun(const SourceImage& source, SamplingHistory&, const Position* p,
                                       std::int32_t count, Unaligned<FLOAT32>* dst) {
   const Places places(source, sizeof(FLOAT32), p, count);
-  struct Weights {
-    F64x2 x[4];
-    F64x2 y[4];
-  } weights[kRun / 2];
+  F64x2 xWeights[kRun / 2][4];
+  F64x2 yWeights[kRun / 2][4];
   for (std::int32_t k = 0; k < count / 2; ++k) {
-    CubicWeights(RoundToFloat(places.fx[k]), weights[k].x);
-    CubicWeights(RoundToFloat(places.fy[k]), weights[k].y);
+    CubicWeights(RoundToFloat(places.fx[k]), xWeights[k]);
+    CubicWeights(RoundToFloat(places.fy[k]), yWeights[k]);
   }
   const std::ptrdiff_t first = -source.step - static_cast<std::ptrdiff_t>(sizeof(FLOAT32));
   F64x2 sums[kRun / 2];
@@ -35,14 +33,14 @@ inline void Cubic<FLOAT32>::SampleRun(const SourceImage& source, SamplingHistory
     const char* a = places[2 * k] + first;
     const char* b = places[2 * k + 1] + first;
     Prefetch(a, source.prefetchOffset);
-    const auto weighRow = [&, w = weights[k].x](std::ptrdiff_t offset) {
+    const auto weighRow = [&, w = xWeights[k]](std::ptrdiff_t offset) {
       const auto left = LoadUnaligned<F32x4>(a + offset);
       const auto right = LoadUnaligned<F32x4>(b + offset);
       const F64x2x2 p01 = ToDoubles(InterleaveLow(left, right));
       const F64x2x2 p23 = ToDoubles(InterleaveHigh(left, right));
       return w[0] * p01.low + w[1] * p01.high + w[2] * p23.low + w[3] * p23.high;
     };
-    const F64x2* w = weights[k].y;
+    const F64x2* w = yWeights[k];
     sums[k] = w[0] * weighRow(0) + w[1] * weighRow(source.step) + w[2] * weighRow(2 * source.step) +
               w[3] * weighRow(3 * source.step);
   }
@@ -65,24 +63,22 @@ inline void Cubic<BW8>::SampleRun(const SourceImage& source, SamplingHistory&, c
                                   Unaligned<BW8>* dst) {
   constexpr float kDoubt = 1.0F / 1024;
   const Places places(source, sizeof(BW8), p, count);
-  struct Weights {
-    F32x4 x[4];
-    F32x4 y[4];
-  } weights[kRun / kGroup];
+  F32x4 xWeights[kRun / kGroup][4];
+  F32x4 yWeights[kRun / kGroup][4];
   for (std::int32_t k = 0; k < count / kGroup; ++k) {
-    CubicWeights(ConvertFromDoubles<F32x4>(places.fx[2 * k], places.fx[2 * k + 1]), weights[k].x);
-    CubicWeights(ConvertFromDoubles<F32x4>(places.fy[2 * k], places.fy[2 * k + 1]), weights[k].y);
+    CubicWeights(ConvertFromDoubles<F32x4>(places.fx[2 * k], places.fx[2 * k + 1]), xWeights[k]);
+    CubicWeights(ConvertFromDoubles<F32x4>(places.fy[2 * k], places.fy[2 * k + 1]), yWeights[k]);
   }
   const std::ptrdiff_t first = -source.step - static_cast<std::ptrdiff_t>(sizeof(BW8));
   for (std::int32_t k = 0; k < count; k += kGroup) {
     const char* const from[kGroup] = {places[k], places[k + 1], places[k + 2], places[k + 3]};
-    const auto weighRow = [&, w = weights[k / kGroup].x](std::ptrdiff_t offset) {
+    const auto weighRow = [&, w = xWeights[k / kGroup]](std::ptrdiff_t offset) {
       const auto load = [&](int i) { return LoadUnaligned<std::uint32_t>(from[i] + offset); };
       const U32x4 row = {load(0), load(1), load(2), load(3)};
       return w[0] * ToFloats(row & 255) + w[1] * ToFloats(row >> 8 & 255) + w[2] * ToFloats(row >> 16 & 255) +
              w[3] * ToFloats(row >> 24);
     };
-    const F32x4* w = weights[k / kGroup].y;
+    const F32x4* w = yWeights[k / kGroup];
     const F32x4 sum = w[0] * weighRow(first) + w[1] * weighRow(first + source.step) +
                       w[2] * weighRow(first + 2 * source.step) + w[3] * weighRow(first + 3 * source.step);
     // Whatever lies beyond the middle of the first and the last value is one of them.
