@@ -40,7 +40,8 @@ WordSum RowSum(const BW8* src, std::int64_t width, std::int64_t x) {
 void FilterRow(const BW8* __restrict src, std::int32_t width, WordSum* __restrict sums) {
   const std::int32_t count = HalfSize(width);
   sums[0] = RowSum(src, width, 0);
-  // A vector of eight sums reads the 20 pixels from 2j - 2; as 16-bit lanes, even columns are the low bytes.
+  // A vector of eight sums reads the 20 pixels from 2j - 2; as 16-bit lanes, even columns are the low bytes. The
+  // last vector may overlap the one before.
   const auto sumEight = [=](std::int32_t j) {
     const BW8* const p = src + 2 * std::ptrdiff_t{j};
     const auto left = LoadUnaligned<U16x8>(p - 2);
@@ -60,25 +61,11 @@ void FilterRow(const BW8* __restrict src, std::int32_t width, WordSum* __restric
   for (; j < count; ++j) sums[j] = RowSum(src, width, 2 * std::int64_t{j});
 }
 
-template <class V>
-V ColumnSum(V above2, V above, V centre, V below, V below2) {
-  return static_cast<V>(centre * 6 + ((above + below) << 2) + above2 + below2 + 128);
-}
-
 void CombineRows(const WordSum* const (&rows)[5], std::int32_t count, BW8* __restrict dst) {
-  std::int32_t j = 0;
-  const auto sum = [&](std::int32_t at) {
-    return ColumnSum(LoadUnaligned<U16x8>(rows[0] + at), LoadUnaligned<U16x8>(rows[1] + at),
-                     LoadUnaligned<U16x8>(rows[2] + at), LoadUnaligned<U16x8>(rows[3] + at),
-                     LoadUnaligned<U16x8>(rows[4] + at));
-  };
-  for (; j <= count - 16; j += 16) {
-    const auto low = BitCastLanes<U8x16>(sum(j));
-    const auto high = BitCastLanes<U8x16>(sum(j + 8));
-    StoreUnaligned(dst + j, OddLanes(low, high));
-  }
-  for (; j < count; ++j) {
-    dst[j] = static_cast<BW8>(ColumnSum<std::int32_t>(rows[0][j], rows[1][j], rows[2][j], rows[3][j], rows[4][j]) >> 8);
+  const WordSum *above2 = rows[0], *above = rows[1], *centre = rows[2], *below = rows[3], *below2 = rows[4];
+  for (std::int32_t j = 0; j < count; ++j) {
+    const auto sum = static_cast<WordSum>(6 * centre[j] + 4 * (above[j] + below[j]) + above2[j] + below2[j] + 128);
+    dst[j] = static_cast<BW8>(sum >> 8);
   }
 }
 
