@@ -79,13 +79,18 @@ void OddButterfly(const Complex<V>* in, std::ptrdiff_t jump, std::ptrdiff_t radi
 
 // ---- Passes ----
 
-// A pass of the radix or, where that is 0, of any odd one. The last pass of a plan needs no twiddle factors.
-template <int radix, bool twiddled, class V>
+// How the loops of a pass run: the first one has a stride of 1, so that its inner loop is a single step; the last one
+// needs no twiddle factors.
+enum class PassKind { First, Middle, Last };
+
+// A pass of the radix or, where that is 0, of any odd one.
+template <int radix, PassKind kind, class V>
 void RunPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, const FactorRecord& record,
              const Root* tables) {
   const std::ptrdiff_t factor = radix > 0 ? radix : record.factor;
-  const std::ptrdiff_t stride = record.before;
+  const std::ptrdiff_t stride = kind == PassKind::First ? 1 : record.before;
   const std::ptrdiff_t jump = stride * record.remaining;
+  constexpr bool twiddled = kind != PassKind::Last;
   const Root* __restrict twiddles = tables + record.twiddles;
   const std::ptrdiff_t twiddleStep = twiddled ? factor - 1 : 0;  // a plan of one pass has no tables
   for (std::ptrdiff_t p = 0; p < record.remaining; ++p, twiddles += twiddleStep, out += (factor - 1) * stride) {
@@ -106,9 +111,11 @@ void RunPass(const Complex<V>* __restrict in, Complex<V>* __restrict out, const 
 template <int radix, class V>
 void RunPass(const Complex<V>* in, Complex<V>* out, const FactorRecord& record, const Root* tables) {
   if (record.remaining == 1) {
-    RunPass<radix, false>(in, out, record, tables);
+    RunPass<radix, PassKind::Last>(in, out, record, tables);
+  } else if (record.before == 1) {
+    RunPass<radix, PassKind::First>(in, out, record, tables);
   } else {
-    RunPass<radix, true>(in, out, record, tables);
+    RunPass<radix, PassKind::Middle>(in, out, record, tables);
   }
 }
 
