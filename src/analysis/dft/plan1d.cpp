@@ -61,23 +61,16 @@ void Normalisation::ScaleForward(void* values, std::ptrdiff_t count) const {
 }
 
 void Plan1D::Choose(std::int32_t n, Values values) {
-  length = n;
-  if (n <= kLargestSmall) {
-    stockham.Factorise(n);
-    return;
-  }
-  std::int32_t largestDirect = kLargestDirect;
-  if (values == Values::Real && n % 2 == 0) {
-    length = n / 2;
-    rootStride = 2;
-  } else if (values == Values::Real) {
-    largestDirect = kLargestDirectReal;
-  }
-  if (stockham.Factorise(length)) {
-    method = Method::Stockham;
-  } else {
-    method = length <= largestDirect ? Method::Direct : Method::Bluestein;
-  }
+  const bool small = n <= kLargestSmall;
+  const bool halved = values == Values::Real && n % 2 == 0 && !small;
+  length = halved ? n / 2 : n;
+  rootStride = halved ? 2 : 1;
+  const bool factorised = stockham.Factorise(length);
+  const std::int32_t largestDirect = values == Values::Real && !halved ? kLargestDirectReal : kLargestDirect;
+  method = small                     ? Method::Small
+           : factorised              ? Method::Stockham
+           : length <= largestDirect ? Method::Direct
+                                     : Method::Bluestein;
 }
 
 StatusCode Plan1D::Create(SharedRoots& roots) {

@@ -20,8 +20,8 @@ namespace {
 //   share where rows are paired, and the work area, which the direct sum does without: its results go to the
 //   destination. An odd length by the direct sum holds as many F32x4, all of the share; up to 4 elements need nothing.
 // - A real column holds its elements, then the scratch.
-// - Complex columns, 4 a block: the share is two blocks, one block and its work area. The scratch of a fast method has
-//   room for two more blocks and, by Bluestein's method, for its longer work area.
+// - Complex columns, 4 a block: the share is one block and a work area of its length. The scratch of a fast method has
+//   room for three blocks more and for the longer work area of Bluestein's method.
 constexpr std::int64_t kRowShare = sizeof(F32x4);
 constexpr std::int64_t kColumnShare = 2 * sizeof(ComplexLanes);
 
