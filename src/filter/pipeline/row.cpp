@@ -2,7 +2,7 @@
 #include <cstring>
 
 #include "filter/filter.h"
-#include "filter/mirror.h"
+#include "filter/index.h"
 #include "filter/pipeline/lines.h"
 #include "frame/memory.h"
 

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "filter/mirror.h"
+#include "filter/index.h"
 #include "filter/pyramid/layer.h"
 #include "frame/lanes.h"
 #include "frame/memory.h"

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "filter/filter.h"
+#include "filter/index.h"
 #include "filter/pyramid/layer.h"
 #include "filter/pyramid/layer_filter.h"
 #include "frame/lanes.h"
@@ -144,8 +145,8 @@ bool Decimates(double rate) { return rate >= 1.99998 && rate <= 2.00002; }
 template <class Filter>
 void Decimate(FilteredRows<Filter>& rows, RegionSize srcSize, BW8* dst, std::int32_t dstStep, RegionSize dstSize) {
   // Sizes and rate may differ by so much that either side ends first.
-  const std::int32_t width = std::min(dstSize.width, srcSize.width / 2 + srcSize.width % 2);
-  const std::int32_t height = std::min(dstSize.height, srcSize.height / 2 + srcSize.height % 2);
+  const std::int32_t width = std::min(dstSize.width, HalfCount(srcSize.width));
+  const std::int32_t height = std::min(dstSize.height, HalfCount(srcSize.height));
   for (std::int32_t j = 0; j < height; ++j) {
     const std::int16_t* __restrict const row = rows.Row(2 * std::int64_t{j});
     BW8* __restrict const dstRow = Row(dst, dstStep, j);

@@ -4,7 +4,7 @@
 #include <type_traits>
 
 #include "filter/filter.h"
-#include "filter/mirror.h"
+#include "filter/index.h"
 #include "frame/lanes.h"
 #include "frame/memory.h"
 
@@ -14,8 +14,6 @@
 
 namespace norvala {
 namespace {
-
-std::int32_t HalfSize(std::int32_t size) { return size / 2 + size % 2; }
 
 // The accumulator of a row among the six in the caller's buffer, each with 4 bytes a destination pixel. Row y uses
 // accumulator y mod 6, so the five rows around an output row are always there together.
@@ -38,7 +36,6 @@ WordSum RowSum(const BW8* src, std::int64_t width, std::int64_t x) {
 
 // The sums of a row at its even columns.
 void FilterRow(const BW8* __restrict src, std::int32_t width, WordSum* __restrict sums) {
-  const std::int32_t count = HalfSize(width);
   sums[0] = RowSum(src, width, 0);
   // A vector of eight sums reads the 20 pixels from 2j - 2; as 16-bit lanes, even columns are the low bytes. The
   // last vector may overlap the one before.
@@ -58,7 +55,7 @@ void FilterRow(const BW8* __restrict src, std::int32_t width, WordSum* __restric
     sumEight(last);
     j = last + 8;
   }
-  for (; j < count; ++j) sums[j] = RowSum(src, width, 2 * std::int64_t{j});
+  for (; j < HalfCount(width); ++j) sums[j] = RowSum(src, width, 2 * std::int64_t{j});
 }
 
 void CombineRows(const WordSum* const (&rows)[5], std::int32_t count, BW8* __restrict dst) {
@@ -79,8 +76,7 @@ constexpr double kScale = 0.00390625;  // 1 / 256
 // the result.
 
 // [1 4 6 4 1] applied to five neighbours.
-template <class V>
-V FiveSum(V before2, V before, V centre, V after, V after2) {
+double FiveSum(double before2, double before, double centre, double after, double after2) {
   return (centre * 6 + (before + after) * 4) + before2 + after2;
 }
 
@@ -98,7 +94,7 @@ FLOAT32 TwoSums(FLOAT32 first, FLOAT32 last) { return static_cast<FLOAT32>((doub
 
 // The sums of a row at its even columns.
 void FilterRow(const FloatPixel* __restrict src, std::int32_t width, FLOAT32* __restrict sums) {
-  const std::int32_t count = HalfSize(width);
+  const std::int32_t count = HalfCount(width);
   sums[0] = EdgeSum(src[0], src[MirrorIndex(1, width)], src[MirrorIndex(2, width)]);
   if (width < 3) return;
   // Every pixel is converted once, block by block.
@@ -125,13 +121,13 @@ void FilterRow(const FloatPixel* __restrict src, std::int32_t width, FLOAT32* __
 void CombineRows(const FLOAT32* const (&rows)[5], std::int32_t count, FloatPixel* __restrict dst) {
   const FLOAT32 *above2 = rows[0], *above = rows[1], *centre = rows[2], *below = rows[3], *below2 = rows[4];
   for (std::int32_t j = 0; j < count; ++j) {
-    dst[j] = static_cast<FLOAT32>(FiveSum<double>(above2[j], above[j], centre[j], below[j], below2[j]) * kScale);
+    dst[j] = static_cast<FLOAT32>(FiveSum(above2[j], above[j], centre[j], below[j], below2[j]) * kScale);
   }
 }
 
 // One or two rows: the row sums of the first and the last row.
 void ReduceLow(const FLOAT32* src, std::int32_t srcStep, FloatPixel* dst, RegionSize size, std::uint8_t* buffer) {
-  const std::int32_t dstWidth = HalfSize(size.width);
+  const std::int32_t dstWidth = HalfCount(size.width);
   const auto sums = [&](std::int32_t y) { return AccumulatorOf<FLOAT32>(y, buffer, dstWidth); };
   for (std::int32_t y = 0; y < size.height; ++y) FilterRow(Row(src, srcStep, y), size.width, sums(y));
   for (std::int32_t j = 0; j < dstWidth; ++j) dst[j] = TwoSums(sums(0)[j], sums(size.height - 1)[j]);
@@ -143,15 +139,15 @@ void ReduceNarrow(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::i
     const auto at = [&](std::int64_t row) {
       return Row(src, srcStep, static_cast<std::ptrdiff_t>(MirrorIndex(row, size.height)))[x];
     };
-    return static_cast<FLOAT32>(FiveSum<double>(at(y - 2), at(y - 1), at(y), at(y + 1), at(y + 2)));
+    return static_cast<FLOAT32>(FiveSum(at(y - 2), at(y - 1), at(y), at(y + 1), at(y + 2)));
   };
-  for (std::int32_t k = 0; k < HalfSize(size.height); ++k) {
+  for (std::int32_t k = 0; k < HalfCount(size.height); ++k) {
     const std::int64_t y = 2 * std::int64_t{k};
     Row(dst, dstStep, k)[0] = TwoSums(columnSum(0, y), columnSum(size.width - 1, y));
   }
 }
 
-// ---- Rows ----
+// ---- The step ----
 
 // Runs the step from top to bottom: filters every source row once and combines the rows 2k - 2 to 2k + 2 to every
 // output row k.
@@ -159,7 +155,7 @@ template <class Sum, class Pixel>
 void ReduceRows(const Pixel* src, std::int32_t srcStep, Pixel* dst, std::int32_t dstStep, RegionSize size,
                 std::uint8_t* buffer) {
   const std::int64_t height = size.height;
-  const std::int32_t dstWidth = HalfSize(size.width);
+  const std::int32_t dstWidth = HalfCount(size.width);
   const auto sums = [&](std::int64_t y) { return AccumulatorOf<Sum>(y, buffer, dstWidth); };
   std::int64_t filtered = 0;
   for (std::int64_t y = 0; y < height; y += 2) {
@@ -193,7 +189,7 @@ StatusCode PyrDownGauss5x5(const T* src, std::int32_t srcStep, T* dst, std::int3
   constexpr std::int64_t kPixel = sizeof(T);
   if (src == nullptr || dst == nullptr || buffer == nullptr) return StatusCode::NullPointer;
   if (IsEmpty(size)) return StatusCode::NonPositiveSize;
-  if (srcStep < size.width * kPixel || dstStep < HalfSize(size.width) * kPixel) return StatusCode::NonPositiveStep;
+  if (srcStep < size.width * kPixel || dstStep < HalfCount(size.width) * kPixel) return StatusCode::NonPositiveStep;
   if (srcStep % kPixel != 0 || dstStep % kPixel != 0) return StatusCode::MisalignedStep;
   if constexpr (std::is_same_v<T, BW8>) {
     ReduceRows<WordSum>(src, srcStep, dst, dstStep, size, buffer);

@@ -2,7 +2,12 @@
 
 #include <cstdint>
 
+// Indices and counts along one direction of an image.
+
 namespace norvala {
+
+// The number of even indices in 0..count-1.
+inline std::int32_t HalfCount(std::int32_t count) { return count / 2 + count % 2; }
 
 // Reflects an index into 0..count-1 about the first and the last element, which are not repeated: -1 becomes 1, count
 // becomes count - 2. With a single element every index becomes 0.
