@@ -37,7 +37,7 @@ struct LayerLines {
   std::int16_t* filtered;   // a filtered row: columns, and one more that may be read
   std::int16_t* resampled;  // two resampled rows: 2 * columns
   std::int32_t* left;       // for every destination column the source column on its left: columns
-  std::uint16_t* coarse;    // and the distance from it, see Fraction: columns
+  std::uint16_t* coarse;    // and the distance from it, see SourcePosition: columns
   std::uint16_t* fine;      // columns
 
   LayerLines(std::uint8_t* work, std::int32_t width, std::int32_t kernelSize);

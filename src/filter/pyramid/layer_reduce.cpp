@@ -15,28 +15,23 @@ namespace {
 // Linear interpolation between the pixels of filtered rows and between resampled rows, for any filtered values and for
 // small ones. Each class makes a resampled row from a filtered one, and destination pixels from two resampled rows.
 
-// The distance f of a position from the pixel on its left, 0 <= f < 1. Rates above 1 have at most 23 fractional bits
-// and so have their multiples: f = coarse / 2^12 + fine / 2^23, exactly. `coarse` counts in steps of 2 (11 bits of f),
-// `fine` has the next 12.
-struct Fraction {
+// The place of a destination pixel in a direction of the source: the pixel on its left or above, and the distance f
+// from there, 0 <= f < 1, which is 0 for the last pixel. Rates above 1 have at most 23 fractional bits and so have
+// their multiples: f = coarse / 2^12 + fine / 2^23, exactly. `coarse` counts in steps of 2 (11 bits of f), `fine` has
+// the next 12.
+struct SourcePosition {
+  std::int32_t left;
   std::uint16_t coarse;
   std::uint16_t fine;
-};
-
-// The place of a destination pixel in a direction of the source.
-struct SourcePosition {
-  std::int32_t left;  // pixel on the left or above
-  Fraction fraction;  // 0 where that is the last pixel
 };
 
 // Of destination pixel i in a source of `srcCount`. Only the last destination pixel may lie on the last source pixel.
 SourcePosition PositionOf(std::int32_t i, std::int32_t srcCount, FLOAT32 rate) {
   const double exact = i * double{rate};
-  const std::int64_t whole = std::min(static_cast<std::int64_t>(exact), std::int64_t{srcCount} - 1);
-  if (whole + 1 >= srcCount) return {static_cast<std::int32_t>(whole), {0, 0}};
-  const auto bits = static_cast<std::uint32_t>((exact - static_cast<double>(whole)) * (1 << 23));
-  const auto coarse = static_cast<std::uint16_t>(bits >> 12 << 1);
-  return {static_cast<std::int32_t>(whole), {coarse, static_cast<std::uint16_t>(bits & 4095)}};
+  const auto left = static_cast<std::int32_t>(std::min(exact, srcCount - 1.0));
+  if (left == srcCount - 1) return {left, 0, 0};
+  const auto bits = static_cast<std::uint32_t>((exact - left) * (1 << 23));
+  return {left, static_cast<std::uint16_t>(bits >> 12 << 1), static_cast<std::uint16_t>(bits & 4095)};
 }
 
 // A filtered value has 3 fractional bits.
@@ -45,8 +40,8 @@ BW8 PixelOf(std::int16_t value) { return static_cast<BW8>(std::clamp((value + 4)
 // Linear interpolation of any values: trunc(left * (1 - f) + right * f + 0.5), truncating towards zero. Every step is
 // exact in double.
 struct DoubleInterpolation {
-  static std::int16_t Between(std::int16_t left, std::int16_t right, Fraction fraction) {
-    const double f = (fraction.coarse * 2048.0 + fraction.fine) / (1 << 23);
+  static std::int16_t Between(std::int16_t left, std::int16_t right, std::uint16_t coarse, std::uint16_t fine) {
+    const double f = (coarse * 2048.0 + fine) / (1 << 23);
     return static_cast<std::int16_t>(left * (1 - f) + right * f + 0.5);
   }
 
@@ -55,14 +50,15 @@ struct DoubleInterpolation {
                   std::int16_t* resampled) {
     for (std::int32_t i = 0; i < count; ++i) {
       const std::int32_t left = lines.left[i];
-      resampled[i] = left + 1 < srcCount ? Between(filtered[left], filtered[left + 1], {lines.coarse[i], lines.fine[i]})
+      resampled[i] = left + 1 < srcCount ? Between(filtered[left], filtered[left + 1], lines.coarse[i], lines.fine[i])
                                          : filtered[left];
     }
   }
 
-  static void Column(const std::int16_t* above, const std::int16_t* below, std::int32_t count, Fraction fraction,
+  static void Column(const std::int16_t* above, const std::int16_t* below, std::int32_t count, SourcePosition position,
                      BW8* dst) {
-    for (std::int32_t i = 0; i < count; ++i) dst[i] = PixelOf(Between(above[i], below[i], fraction));
+    for (std::int32_t i = 0; i < count; ++i)
+      dst[i] = PixelOf(Between(above[i], below[i], position.coarse, position.fine));
   }
 };
 
@@ -114,10 +110,10 @@ struct NarrowInterpolation {
   }
 
   static void Column(const std::int16_t* __restrict above, const std::int16_t* __restrict below, std::int32_t count,
-                     Fraction fraction, BW8* __restrict dst) {
-    const auto [coarse, fine] = fraction;
+                     SourcePosition position, BW8* __restrict dst) {
     for (std::int32_t i = 0; i < count; ++i) {
-      dst[i] = static_cast<BW8>(static_cast<std::int16_t>(Between(above[i], below[i], coarse, fine) + 4) >> 3);
+      dst[i] = static_cast<BW8>(
+          static_cast<std::int16_t>(Between(above[i], below[i], position.coarse, position.fine) + 4) >> 3);
     }
   }
 };
@@ -161,8 +157,8 @@ void Interpolate(FilteredRows<Filter>& rows, RegionSize srcSize, BW8* dst, std::
   for (std::int32_t i = 0; i < lines.columns; ++i) {
     if (i < dstSize.width) position = PositionOf(i, srcSize.width, rate);
     lines.left[i] = position.left;
-    lines.coarse[i] = position.fraction.coarse;
-    lines.fine[i] = position.fraction.fine;
+    lines.coarse[i] = position.coarse;
+    lines.fine[i] = position.fine;
   }
 
   // A row and the one below it never share a line; the last row stands below itself.
@@ -177,8 +173,8 @@ void Interpolate(FilteredRows<Filter>& rows, RegionSize srcSize, BW8* dst, std::
   for (std::int32_t j = 0; j < dstSize.height; ++j) {
     const SourcePosition y = PositionOf(j, srcSize.height, rate);
     const std::int16_t* const above = resampled(y.left);
-    const std::int16_t* const below = resampled(std::min(y.left + std::int64_t{1}, srcSize.height - std::int64_t{1}));
-    Interpolation::Column(above, below, dstSize.width, y.fraction, Row(dst, dstStep, j));
+    const std::int16_t* const below = resampled(std::min(y.left + 1, srcSize.height - 1));
+    Interpolation::Column(above, below, dstSize.width, y, Row(dst, dstStep, j));
   }
 }
 
