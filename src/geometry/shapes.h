@@ -38,8 +38,8 @@ struct Box {
   double right, bottom;
 };
 
-inline Point Map(const AffineCoefficients& c, double x, double y) {
-  return {c.c00 * x + c.c01 * y + c.c02, c.c10 * x + c.c11 * y + c.c12};
+inline Point Map(const AffineCoefficients& c, const Point& p) {
+  return {c.c00 * p.x + c.c01 * p.y + c.c02, c.c10 * p.x + c.c11 * p.y + c.c12};
 }
 
 inline bool Contains(const Box& box, const Point& p) {
@@ -68,8 +68,8 @@ inline Box Corners(Rect r) {
 }
 
 inline Quadrilateral MapRectangleCorners(const AffineCoefficients& c, const Box& box) {
-  return {{Map(c, box.left, box.top), Map(c, box.right, box.top), Map(c, box.right, box.bottom),
-           Map(c, box.left, box.bottom)}};
+  return {{Map(c, {box.left, box.top}), Map(c, {box.right, box.top}), Map(c, {box.right, box.bottom}),
+           Map(c, {box.left, box.bottom})}};
 }
 
 // How the corners turn, on the screen. One that is straight or not a number makes the quadrilateral not convex.

@@ -156,9 +156,7 @@ StatusCode WarpAffineQuad(const void* src, RegionSize srcSize, std::int32_t srcS
   Polygon written(quads.destination);
   if (!quads.sourceInside) {
     written = ClipPolygon(Polygon(quads.source), Corners(request.EffectiveRegion()));
-    for (int i = 0; i < written.count; ++i) {
-      written.vertices[i] = Map(forward, written.vertices[i].x, written.vertices[i].y);
-    }
+    for (int i = 0; i < written.count; ++i) written.vertices[i] = Map(forward, written.vertices[i]);
   }
   const AffineCoefficients inverse = MapThreeVertices(quads.destination, quads.source);
   const StatusCode status = WarpPolygon(request, written, quads.clockwise, inverse);
@@ -166,7 +164,7 @@ StatusCode WarpAffineQuad(const void* src, RegionSize srcSize, std::int32_t srcS
   // The edges of a polygon that was cut are not the destination's: they stay as they are.
   if (request.HasSmoothEdge() && quads.sourceInside) SmoothEdge(request, quads.destination, quads.clockwise);
 
-  const Point fourth = Map(forward, quads.source.vertices[3].x, quads.source.vertices[3].y);
+  const Point fourth = Map(forward, quads.source.vertices[3]);
   const Point& target = quads.destination.vertices[3];
   const bool isAffine = AreNearlyEqual(fourth.x, target.x) && AreNearlyEqual(fourth.y, target.y);
   return isAffine ? StatusCode::Success : StatusCode::QuadNotAffine;
