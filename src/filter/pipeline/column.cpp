@@ -59,14 +59,6 @@ struct RowLines {
   U16x8 Words(std::int32_t i, std::int32_t x, int half) const {
     return LoadUnaligned<U16x8>((*this)[i] + x + half * (kBlock / 2));
   }
-  void Pairs(std::int32_t i, std::int32_t j, std::int32_t x, I16x8 (&words)[4]) const {
-    for (int h = 0; h < 2; ++h) {
-      const auto upper = BitCastLanes<I16x8>(Words(i, x, h));
-      const auto lower = BitCastLanes<I16x8>(Words(j, x, h));
-      words[2 * h] = InterleaveLow(upper, lower);
-      words[2 * h + 1] = InterleaveHigh(upper, lower);
-    }
-  }
   static void Store(const I16x8 (&results)[2], BW8* dst) { StoreUnaligned(dst, PackSaturated(results[0], results[1])); }
 };
 

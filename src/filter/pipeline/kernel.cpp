@@ -48,11 +48,13 @@ PipelineKernel::PipelineKernel(const std::int16_t* taps, std::int32_t count, std
   arithmetic_ = Arithmetic::Double;
   std::int32_t factor = 1;
   std::int32_t scale = 1;
+  std::int32_t weighed = count;
   // The truncated product with the rounded reciprocal is the integer quotient, unless some multiple t * divisor comes
   // out below t. A reciprocal that is too small by the relative error e takes t * (1 - e) there, and that rounds back
   // to t for every t as soon as it does for t = 1, where doubles lie closest below. No product of 32 bits comes near
   // the quotient above its own: that is 1 / divisor away, more than 2^-52 of it.
   if (divisor >= 1 && divisor * (1.0 / divisor) == 1.0) {
+    const bool isSymmetric = IsSymmetric(taps_, count);
     // An integer quotient stays the same without a factor that all taps share with the divisor.
     const std::int32_t common = CommonDivisor(divisor, count, [&](std::int32_t i) { return taps_[i]; });
     divisor /= common;
@@ -61,19 +63,23 @@ PipelineKernel::PipelineKernel(const std::int16_t* taps, std::int32_t count, std
     const std::int32_t doubling = divisor == 1 ? 2 : 1;
     const WordReciprocal words(doubling * divisor);
     if (WordsServe(words, {doubling * sums.low, doubling * sums.high})) {
-      arithmetic_ = IsSymmetric(taps_, count) ? Arithmetic::SymmetricWords : Arithmetic::Words;
+      arithmetic_ = isSymmetric ? Arithmetic::SymmetricWords : Arithmetic::Words;
       division_.words = words;
       division_.hasNegativeWords = sums.low < 0;
       factor = common;
       scale = doubling;
     } else if (std::max(-sums.low, sums.high) <= kLargestFloatDividend) {
-      arithmetic_ = Arithmetic::Single;
+      const bool wordsHoldTwo = values.low >= INT16_MIN / 2 && values.high <= INT16_MAX / 2;
+      arithmetic_ = isSymmetric && wordsHoldTwo ? Arithmetic::SymmetricSingle : Arithmetic::Single;
+      if (arithmetic_ == Arithmetic::SymmetricSingle) weighed = (count + 1) / 2;
       // Beyond kLargestFloatDividend all divisors make the same quotient: 0.
       division_.singleReciprocal = FloatReciprocal(std::min(divisor, kLargestFloatDividend + 1));
       factor = common;
     }
   }
-  const auto tap = [&](std::int32_t i) { return static_cast<std::int16_t>(i < count ? taps_[i] / factor * scale : 0); };
+  const auto tap = [&](std::int32_t i) {
+    return static_cast<std::int16_t>(i < weighed ? taps_[i] / factor * scale : 0);
+  };
   const bool isWords = arithmetic_ == Arithmetic::SymmetricWords || arithmetic_ == Arithmetic::Words;
   for (std::int32_t i = 0; i < count; ++i) {
     tapVectors_[i] = isWords ? SplatPair(tap(i), tap(i)) : SplatPair(tap(2 * i), tap(2 * i + 1));

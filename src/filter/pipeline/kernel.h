@@ -18,14 +18,16 @@ struct ValueRange {
   std::int64_t high;
 };
 
-// How sums are formed and divided, from the fastest way to the slowest. The first three need a divisor by which
-// truncated products are integer quotients.
+// How sums are formed and divided, from the fastest way to the slowest. All but the last two need a divisor by which
+// truncated products are integer quotients. Where opposite taps are equal, opposite values are added before they are
+// weighed.
 enum class Arithmetic {
-  SymmetricWords,  // Words, where opposite taps are equal: opposite values are added before they are weighed
-  Words,           // sums of 16 bits, or 15 and a sign, divided by a WordReciprocal
-  Single,          // sums of 32 bits up to kLargestFloatDividend, times a FloatReciprocal
-  Double,          // sums of 32 bits but -2^31, whose quotient by -1 has more, times the reciprocal in double precision
-  Plain,           // one result at a time: sums of more than 32 bits, and long kernels
+  SymmetricWords,
+  Words,  // sums of 16 bits, or 15 and a sign, divided by a WordReciprocal
+  SymmetricSingle,
+  Single,  // sums of 32 bits up to kLargestFloatDividend, times a FloatReciprocal
+  Double,  // sums of 32 bits but -2^31, whose quotient by -1 has more, times the reciprocal in double precision
+  Plain,   // one result at a time: sums of more than 32 bits, and long kernels
 };
 
 // Division of sums, truncated towards zero. All quotients but those of 32 bits are limited to 16 bits.

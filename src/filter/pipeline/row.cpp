@@ -57,13 +57,6 @@ struct ShiftedLines {
     const bool isHigh = fixed > 0 && (i + half) % 2 != 0;  // the high bytes of words that are loaded anyway
     return isHigh ? LoadUnaligned<U16x8>(first + at - 1) >> 8 : LoadUnaligned<U16x8>(first + at) & 0xFF;
   }
-  void Pairs(std::int32_t i, std::int32_t, std::int32_t x, I16x8 (&words)[4]) const {
-    for (int h = 0; h < 2; ++h) {
-      const auto pixels = LoadUnaligned<U8x16>(first + i + x + h);
-      words[2 * h] = BitCastLanes<I16x8>(WidenLow(pixels));
-      words[2 * h + 1] = BitCastLanes<I16x8>(WidenHigh(pixels));
-    }
-  }
   static void Store(const I16x8 (&results)[2], Values* dst) {
     StoreUnaligned(dst, InterleaveLow(results[0], results[1]));
     StoreUnaligned(dst + kBlock / 2, InterleaveHigh(results[0], results[1]));
