@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <vector>
 
 #include "filter/separable/bw8.h"
 #ifndef _WIN32
@@ -41,6 +42,20 @@ TEST(RoundedDivisionTest, IsTheRuleAtEveryThreshold) {
         ASSERT_EQ(std::min(255, (sum + division.addend) / divisor), expected) << sum << " / " << divisor;
       }
     }
+  }
+}
+
+// Values of which words hold twice as much, and one more.
+TEST(PipelineTest, AddsOppositeValuesThatFitAWord) {
+  for (const int value : {16383, 16384, -16384, -16385}) {
+    const auto sign = static_cast<std::int16_t>(value < 0 ? -1 : 1);
+    const std::int16_t kernel[] = {sign, static_cast<std::int16_t>(200 * sign), sign};
+    const std::vector<std::int16_t> row(16, static_cast<std::int16_t>(value));
+    const std::int16_t* const rows[] = {row.data(), row.data(), row.data()};
+    BW8 dst[16];
+    BW8 buffer[4 * 3 + 64];
+    ASSERT_EQ(kFilterColumnPipelineBW8(rows, dst, 16, {16, 1}, kernel, 3, 13131, buffer), StatusCode::Success);
+    for (const BW8 pixel : dst) EXPECT_EQ(pixel, value * sign * 202 / 13131) << value;
   }
 }
 
