@@ -37,8 +37,9 @@ ValueRange RangeOfValues(const RowPointer* rows, std::int64_t count, std::int32_
   for (std::int64_t i = 0; i < count; ++i) {
     const Values* const row = rows[static_cast<std::size_t>(i)];
     for (std::int32_t x = 0; x < width; ++x) {
-      low = std::min<std::int16_t>(low, row[x]);
-      high = std::max<std::int16_t>(high, row[x]);
+      const std::int16_t value = row[x];
+      low = std::min(low, value);
+      high = std::max(high, value);
     }
   }
   return {low, high};
