@@ -227,8 +227,10 @@ StatusCode Resample(const ResizePlan& plan) {
   ResampleRows<taps>(plan, [&](std::int32_t y) {
     const int slot = y % taps;
     FLOAT32* const row = ring.data() + slot * static_cast<std::ptrdiff_t>(stride);
-    if (held[slot] != y) columnTaps.Resample(plan.SourceRow(y), row);
-    held[slot] = y;
+    if (held[slot] != y) {
+      columnTaps.Resample(plan.SourceRow(y), row);
+      held[slot] = y;
+    }
     return row;
   });
   return StatusCode::Success;
