@@ -92,23 +92,22 @@ inline void InDouble(const F32x4* const (&from)[n], F32x4 (&to)[n], Compute comp
 
 // ---- Rows of floats at any address, one for each lane: loads turn rows into lanes, stores turn them back ----
 
-template <class V, class Byte>
+template <class V, class T>  // T is float or const float
 struct LaneRows {
-  Byte* rows[kLanes<V>];
+  Unaligned<T>* rows[kLanes<V>];
 
   V Load(std::ptrdiff_t x) const {
-    const auto lane = [&](int i) { return LoadUnaligned<float>(rows[i] + x * 4); };
     if constexpr (kLanes<V> == 1) {
-      return lane(0);
+      return rows[0][x];
     } else {
-      return V{lane(0), lane(1), lane(2), lane(3)};
+      return V{rows[0][x], rows[1][x], rows[2][x], rows[3][x]};
     }
   }
   void Store(std::ptrdiff_t x, V value) const {
     if constexpr (kLanes<V> == 1) {
-      StoreUnaligned(rows[0] + x * 4, value);
+      rows[0][x] = value;
     } else {
-      for (int i = 0; i < kLanes<V>; ++i) StoreUnaligned(rows[i] + x * 4, static_cast<float>(value[i]));
+      for (int i = 0; i < kLanes<V>; ++i) rows[i][x] = value[i];
     }
   }
   // Elements x .. x + 3.
@@ -116,7 +115,7 @@ struct LaneRows {
     if constexpr (kLanes<V> == 1) {
       for (int i = 0; i < 4; ++i) v[i] = Load(x + i);
     } else {
-      for (int i = 0; i < 4; ++i) v[i] = LoadUnaligned<V>(rows[i] + x * 4);
+      for (int i = 0; i < 4; ++i) v[i] = LoadUnaligned<V>(rows[i] + x);
       TransposeLanes(v);
     }
   }
@@ -125,13 +124,13 @@ struct LaneRows {
       for (int i = 0; i < 4; ++i) Store(x + i, v[i]);
     } else {
       TransposeLanes(v);
-      for (int i = 0; i < 4; ++i) StoreUnaligned(rows[i] + x * 4, v[i]);
+      for (int i = 0; i < 4; ++i) StoreUnaligned(rows[i] + x, v[i]);
     }
   }
 };
 template <class V>
-using SourceRows = LaneRows<V, const unsigned char>;
+using SourceRows = LaneRows<V, const float>;
 template <class V>
-using DestinationRows = LaneRows<V, unsigned char>;
+using DestinationRows = LaneRows<V, float>;
 
 }  // namespace norvala::dft

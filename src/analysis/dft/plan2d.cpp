@@ -77,8 +77,8 @@ void TransformRows(const FLOAT32* src, std::int32_t srcStep, FLOAT32* dst, std::
     DestinationRows<F32x4> to[2];
     for (int i = 0; i < 2 * kRows; ++i) {
       const std::ptrdiff_t row = std::min<std::ptrdiff_t>(y + i % rowsAtOnce, height - 1);
-      from[i / kRows].rows[i % kRows] = reinterpret_cast<const unsigned char*>(Row(src, srcStep, row));
-      to[i / kRows].rows[i % kRows] = reinterpret_cast<unsigned char*>(Row(dst, dstStep, row));
+      from[i / kRows].rows[i % kRows] = Row(src, srcStep, row);
+      to[i / kRows].rows[i % kRows] = Row(dst, dstStep, row);
     }
     RunRealRows<F32x4>(spec, from, to, scratch);
   }
@@ -138,8 +138,8 @@ void TransformBlocks(FLOAT32* columns, std::int32_t step, std::ptrdiff_t width, 
 
 // Transforms one row.
 void TransformRow(const FLOAT32* src, FLOAT32* dst, const DftSpec1DReal& spec, unsigned char* scratch) {
-  const SourceRows<float> from = {{reinterpret_cast<const unsigned char*>(src)}};
-  const DestinationRows<float> to = {{reinterpret_cast<unsigned char*>(dst)}};
+  const SourceRows<float> from = {{src}};
+  const DestinationRows<float> to = {{dst}};
   RunRealRows<float>(spec, {from, from}, {to, to}, scratch);
   spec.normalisation.ScaleForward(dst, spec.length);
 }
