@@ -100,16 +100,16 @@ inline ComplexLanes LoadBlockRow(const Unaligned<FLOAT32>* from, std::ptrdiff_t 
   return {EvenLanes(a, b), OddLanes(a, b)};
 }
 inline void StoreBlockRow(const ComplexLanes& values, Unaligned<FLOAT32>* to, std::ptrdiff_t width) {
+  if (width >= kBlockWidth) {
+    StoreUnaligned(to, InterleaveLow(values.re, values.im));
+    StoreUnaligned(to + 4, InterleaveHigh(values.re, values.im));
+    return;
+  }
   const auto a = BitCastLanes<F64x2>(InterleaveLow(values.re, values.im));
   const auto b = BitCastLanes<F64x2>(InterleaveHigh(values.re, values.im));
-  if (width >= kBlockWidth) {
-    StoreUnaligned(to, a);
-    StoreUnaligned(to + 4, b);
-  } else {
-    StoreUnaligned(to, a[0]);
-    if (width > 2) StoreUnaligned(to + 2, a[1]);
-    if (width > 4) StoreUnaligned(to + 4, b[0]);
-  }
+  StoreUnaligned(to, a[0]);
+  if (width > 2) StoreUnaligned(to + 2, a[1]);
+  if (width > 4) StoreUnaligned(to + 4, b[0]);
 }
 
 // Transforms columns of `width` floats in place: whole blocks or less than one.
