@@ -165,11 +165,12 @@ StatusCode DistanceTransform3x3BW8ToFLOAT32(const BW8* src, std::int32_t srcStep
   const auto diagonal = LoadUnaligned<FLOAT32>(metrics + 1);
   if (!(straight > 0.0F) || !(diagonal > 0.0F)) return StatusCode::BadCoefficients;
 
-  // Where two straight steps are no longer than a diagonal one, diagonals are left out, although rounding can make two
-  // straight steps the longer way.
+  // Where two straight steps are no longer than a diagonal one, diagonals are left out. The weights decide, before any
+  // sum is rounded: two rounded straight steps can be the longer way nevertheless.
   const float usedDiagonal = 2.0 * straight > diagonal ? diagonal : kInfinity;
   // By contract, with a diagonal step shorter than a straight one, both passes treat the last row as if one more row
-  // lay below it: two diagonal steps through that row lead over two columns. No such row is assumed on the other sides.
+  // lay below it: two diagonal steps through that row lead over two columns. No such row is assumed on the other sides,
+  // nor below a single row.
   const bool skips = straight > diagonal && size.width > 1 && size.height > 1;
   const float skip = skips ? 2.0F * diagonal : kInfinity;
 

@@ -64,17 +64,20 @@ inline float FloatReciprocal(std::int32_t divisor) {
 // and 255. Larger and smaller sums have no smaller and no larger products. The divisor is less than
 // kRoundingReciprocalEnd and no power of two.
 //
-// Let u be 2^-24, the largest relative error of a float that is rounded to the nearest. Quotients by odd divisors keep
-// at least 1 / (2 * divisor) away from half-way. The reciprocal is off by u and the product by another, together less
-// than that while sum * 2 u < 1 / 2, as it is up to 255.5 * kRoundingReciprocalEnd. Even divisors have quotients
-// half-way. Their reciprocals are moved by 2.002 u and then off by 1.002 u to 3.002 u, so that a product half-way,
-// where no float but that one is nearer than u, stays on its own side. Other quotients are at least 1 / divisor away
-// and keep their side while sum * 4.002 u < 1, again up to 255.5 * kRoundingReciprocalEnd.
+// Let u be 2^-24, the largest relative error of a float that is rounded to the nearest.
+// - Odd divisors: no quotient is nearer to half-way than 1 / (2 * divisor). The reciprocal is off by at most u and the
+//   product by another, together less than that while sum * 2 u < 1 / 2, as it is up to 255.5 * kRoundingReciprocalEnd.
+// - Even divisors have quotients half-way. Their reciprocals are moved by 2.002 u to the side where halves go, up or
+//   down, and are then off by 1.002 u to 3.002 u to that side. A product is rounded to half-way only from within half
+//   of the distance between floats, which is at most u of it: those meant to leave it do. The nearest other quotients
+//   are 1 / divisor away from half-way and keep their side while sum * 4.002 u < 1, again up to
+//   255.5 * kRoundingReciprocalEnd.
 inline constexpr std::int32_t kRoundingReciprocalEnd = 1 << 14;
 
 inline float RoundingReciprocal(std::int32_t divisor, bool halvesGoDown) {
-  const double shift = divisor % 2 != 0 ? 0.0 : halvesGoDown ? -0x1.004p-23 : 0x1.004p-23;
-  return static_cast<float>((1.0 + shift) / divisor);
+  constexpr double kMove = 0x1.004p-23;  // 2.002 u
+  const double moved = divisor % 2 != 0 ? 1.0 : halvesGoDown ? 1.0 - kMove : 1.0 + kMove;
+  return static_cast<float>(moved / divisor);
 }
 
 }  // namespace norvala

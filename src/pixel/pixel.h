@@ -86,9 +86,9 @@ StatusCode RGBToGray_BW8_C3C1R(const BW8* src, std::int32_t srcStep, BW8* dst, s
 
 inline constexpr PrimitiveTable kRGBToGray_BW8_C3C1R{RGBToGray_BW8_C3C1R};
 
-// The same with three weights of the caller's, for red, green and blue. Each is taken as a multiple of 1/4096: scaled
-// by 4096, 0.5 added, truncated; NaN and what does not fit 32 bits count as 0. The sums wrap modulo 2^32, and the
-// lowest 8 bits above their fraction are stored.
+// The same with three weights of the caller's, for red, green and blue; no export has it. Each is taken as a multiple
+// of 1/4096: scaled by 4096, 0.5 added, truncated; NaN and what does not fit 32 bits count as 0. The sums wrap modulo
+// 2^32, and the lowest 8 bits above their fraction are stored.
 StatusCode WeighToGray_BW8_C3C1R(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t dstStep, RegionSize size,
                                  const FLOAT32 (&weights)[3]);
 

@@ -35,9 +35,10 @@ std::int64_t ScratchSize(const Plan1D& plan, std::int64_t valueBytes) {
   if (plan.method == Method::Small) return 0;
   // The values of one transform: its results go straight to the destination.
   if (plan.method == Method::Direct) return valueBytes + kScratchAlignment;
-  // Three buffers of four transforms side by side, where one would do: with those of the image they hold four blocks of
-  // columns and the work area, so that rows of the image are moved by 128 bytes at once. Those of Bluestein's method
-  // (96 bytes a value of its FFT) cover its work area for four transforms (64).
+  // Room for three blocks of four transforms side by side, by the length of the FFT for Bluestein's method. A single
+  // transform needs less; the image's columns (plan2d.cpp) fill it. Bluestein's method adds the 8 bytes a value of its
+  // FFT and the alignment of one transform by itself: nothing fills these, but the sizes that are served follow from
+  // the total.
   const bool chirped = plan.method == Method::Bluestein;
   const std::int64_t length = chirped ? plan.bluestein.fft.length : plan.length;
   const std::int64_t buffers = 3 * static_cast<std::int64_t>(sizeof(ComplexLanes)) * length + kScratchAlignment;

@@ -14,25 +14,26 @@ using namespace dft;
 
 namespace {
 
-// The scratch of an image is the most that one of its passes needs, each pass being a share for its data, in bytes an
-// element, and the scratchSize of its specification:
-// - Rows, 4 at once or 8 paired (odd lengths), hold plan.length ComplexLanes of data, all of the share, or twice the
-//   share where rows are paired, and the work area, which the direct sum does without: its results go to the
-//   destination. An odd length by the direct sum holds as many F32x4, all of the share; up to 4 elements need nothing.
-// - A real column holds its elements, then the scratch.
-// - Complex columns, 4 a block: the share is one block and a work area of its length. The scratch of a fast method has
-//   room for three blocks more and for the longer work area of Bluestein's method.
-constexpr std::int64_t kRowShare = sizeof(F32x4);
-constexpr std::int64_t kColumnShare = 2 * sizeof(ComplexLanes);
+// The scratch of an image is the most that one of its passes is given: bytes for each element of a row or column, as
+// below, and the scratchSize of the specification, which is 96 bytes and more for each value that a fast method
+// transforms. What the passes use of it, w being the width and h the height:
+// - Rows by a fast method: 4 at once are w / 2 values (an even w) or 8 at once w values (an odd w, in pairs) of 32
+//   bytes, and as many for the work area, or 64 bytes a value of the FFT of Bluestein's method. By the direct sum,
+//   whose results go straight to the destination: 16 w bytes. Up to 4 elements need nothing.
+// - A real column: 4 h bytes for its elements, then the scratchSize of one transform.
+// - Complex columns in blocks of four: 32 h bytes a block, four blocks at once by a fast method and one by the direct
+//   sum, and a work area of another block, or of 64 bytes a value of the FFT.
+constexpr std::int64_t kRowBytes = sizeof(F32x4);
+constexpr std::int64_t kColumnBytes = 2 * sizeof(ComplexLanes);
 
 StatusCode Fill(DftSpec2D& spec, std::int32_t normalisation) {
-  const std::int64_t rowShare = kRowShare * spec.width;
-  const std::int64_t realColumnShare = kRowShare * spec.height;
-  const std::int64_t columnShare = kColumnShare * spec.height;
+  const std::int64_t rowBytes = kRowBytes * spec.width;
+  const std::int64_t realColumnBytes = kRowBytes * spec.height;
+  const std::int64_t columnBytes = kColumnBytes * spec.height;
   // A bad flag is reported before a size that is too large, and that before long tables are made for it.
   StatusCode status = Normalisation{}.Set(normalisation, spec.width);
   if (status != StatusCode::Success) return status;
-  if (std::max(rowShare, columnShare) > UINT32_MAX) return StatusCode::WorkBufferUnavailable;
+  if (std::max(rowBytes, columnBytes) > UINT32_MAX) return StatusCode::WorkBufferUnavailable;
   SharedRoots roots;
   const auto create = [&](auto*& nested, std::int32_t length) {
     if (status == StatusCode::Success) status = CreateDftSpec1D(&nested, length, normalisation, spec.hint, roots);
@@ -42,8 +43,8 @@ StatusCode Fill(DftSpec2D& spec, std::int32_t normalisation) {
   create(spec.columnComplexSpec, spec.height);
   if (status != StatusCode::Success) return status;
   const std::int64_t workSize =
-      std::max({rowShare + spec.rowRealSpec->scratchSize, realColumnShare + spec.RealColumns().scratchSize,
-                columnShare + spec.columnComplexSpec->scratchSize});
+      std::max({rowBytes + spec.rowRealSpec->scratchSize, realColumnBytes + spec.RealColumns().scratchSize,
+                columnBytes + spec.columnComplexSpec->scratchSize});
   if (workSize > UINT32_MAX) return StatusCode::WorkBufferUnavailable;
   spec.workSize = static_cast<std::uint32_t>(workSize);
   return StatusCode::Success;

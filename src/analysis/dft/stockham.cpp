@@ -6,6 +6,32 @@
 #include "analysis/dft/direct.h"
 
 namespace norvala::dft {
+
+bool StockhamPlan::Factorise(std::int32_t newLength) {
+  length = newLength;
+  factorCount = 0;
+  std::int32_t before = 1;
+  const auto append = [&](std::int32_t factor) {
+    factors[factorCount++] = {factor, length / (before * factor), before, 0, 0};
+    before *= factor;
+  };
+  std::int32_t remainder = length;
+  int fours = 0;
+  for (; remainder % 4 == 0; remainder /= 4) ++fours;
+  if (remainder % 2 == 0) {
+    remainder /= 2;
+    append(2);
+  }
+  for (int i = 0; i < fours; ++i) append(4);
+  for (std::int32_t factor = 3; remainder >= factor * factor; factor += 2) {
+    if (factor > kLargestRadix) return false;
+    for (; remainder >= factor * factor && remainder % factor == 0; remainder /= factor) append(factor);
+  }
+  const bool isProduct = factorCount > 0;
+  if (remainder > 1) append(remainder);
+  return isProduct && remainder <= kLargestRadix;
+}
+
 namespace {
 
 // ---- Butterflies: the transforms of in[0], in[jump], in[2 * jump], ... ----
@@ -120,31 +146,6 @@ void RunPass(const Complex<V>* in, Complex<V>* out, const FactorRecord& record, 
 }
 
 }  // namespace
-
-bool StockhamPlan::Factorise(std::int32_t newLength) {
-  length = newLength;
-  factorCount = 0;
-  std::int32_t before = 1;
-  const auto append = [&](std::int32_t factor) {
-    factors[factorCount++] = {factor, length / (before * factor), before, 0, 0};
-    before *= factor;
-  };
-  std::int32_t remainder = length;
-  int fours = 0;
-  for (; remainder % 4 == 0; remainder /= 4) ++fours;
-  if (remainder % 2 == 0) {
-    remainder /= 2;
-    append(2);
-  }
-  for (int i = 0; i < fours; ++i) append(4);
-  for (std::int32_t factor = 3; remainder >= factor * factor; factor += 2) {
-    if (factor > kLargestRadix) return false;
-    for (; remainder >= factor * factor && remainder % factor == 0; remainder /= factor) append(factor);
-  }
-  const bool isPrime = factorCount == 0;
-  if (remainder > 1) append(remainder);
-  return !isPrime && remainder <= kLargestRadix;
-}
 
 StatusCode StockhamPlan::Create(std::ptrdiff_t stride, SharedRoots& sharedRoots) {
   if (factorCount <= 1) return StatusCode::Success;

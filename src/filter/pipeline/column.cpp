@@ -11,8 +11,8 @@ namespace {
 using Values = Unaligned<const std::int16_t>;
 using RowPointer = Unaligned<const std::int16_t*>;
 
-// The values of rows of at least a block. Where none is negative, the bits that occur bound the highest one: found in
-// half the time, the bound is less than twice as high.
+// The values of rows of at least a block. Where none is negative, the OR of all stands for the highest one: it is less
+// than twice as high, and takes half of the time.
 ValueRange RangeOfValues(const RowPointer* rows, std::int64_t count, std::int32_t width) {
   I16x8 bits[2] = {};
   for (std::int64_t i = 0; i < count; ++i) {
@@ -98,7 +98,7 @@ StatusCode FilterColumnPipelineBW8(const std::int16_t* const* srcRows, BW8* dst,
   }
 
   // Taps need no memory of the caller's: the work buffer stays as it is.
-  const bool isNarrow = size.width < kBlock;
+  const bool isNarrow = size.width < kBlock;  // made plainly, whatever the values are
   const PipelineKernel columnKernel(kernel, kernelSize, divisor,
                                     isNarrow ? ValueRange{} : RangeOfValues(rows, rowCount, size.width));
   const bool isPlain = columnKernel.arithmetic() == Arithmetic::Plain || isNarrow;

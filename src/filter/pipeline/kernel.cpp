@@ -69,6 +69,7 @@ PipelineKernel::PipelineKernel(const std::int16_t* taps, std::int32_t count, std
       factor = common;
       scale = doubling;
     } else if (std::max(-sums.low, sums.high) <= kLargestFloatDividend) {
+      // Words wrap, and so may sums of opposite ones there; here the words are signed factors.
       const bool wordsHoldTwo = values.low >= INT16_MIN / 2 && values.high <= INT16_MAX / 2;
       arithmetic_ = isSymmetric && wordsHoldTwo ? Arithmetic::SymmetricSingle : Arithmetic::Single;
       if (arithmetic_ == Arithmetic::SymmetricSingle) weighed = (count + 1) / 2;

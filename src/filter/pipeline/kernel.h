@@ -26,7 +26,7 @@ enum class Arithmetic {
   Words,  // sums of 16 bits, or 15 and a sign, divided by a WordReciprocal
   SymmetricSingle,
   Single,  // sums of 32 bits up to kLargestFloatDividend, times a FloatReciprocal
-  Double,  // sums of 32 bits but -2^31, whose quotient by -1 has more, times the reciprocal in double precision
+  Double,  // sums of 32 bits but -2^31, as -2^31 / -1 has more, times the reciprocal in double precision
   Plain,   // one result at a time: sums of more than 32 bits, and long kernels
 };
 

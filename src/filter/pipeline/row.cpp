@@ -22,8 +22,10 @@ std::int64_t PositionInside(BorderType type, std::int64_t position, std::int64_t
       return wrapped(width);
     case BorderType::Mirror:
       return MirrorIndex(position, width);
-    case BorderType::MirrorWithEdge:
-      return std::min(wrapped(2 * width), 2 * width - 1 - wrapped(2 * width));
+    case BorderType::MirrorWithEdge: {  // -1 becomes 0, width becomes width - 1
+      const std::int64_t inPeriod = wrapped(2 * width);
+      return std::min(inPeriod, 2 * width - 1 - inPeriod);
+    }
     default:  // Replicate
       return position < 0 ? 0 : width - 1;
   }

@@ -85,11 +85,13 @@ FLOAT32 EdgeSum(FLOAT32 edge, FLOAT32 inner, FLOAT32 inner2) {
   return static_cast<FLOAT32>((double{edge} * 6 + double{inner} * 8) + double{inner2} * 2);
 }
 
+// The column beyond the last one mirrors the one before it, which has the weights 6 and 1 then.
 FLOAT32 LastSumOfEvenWidth(const FloatPixel* end) {
   return static_cast<FLOAT32>(((double{end[-3]} + end[-1]) * 4 + end[-4]) + double{end[-2]} * 7);
 }
 
-// The whole of a direction of one or two pixels, from the sums across it at its first and last pixel.
+// The sum of a direction of one or two pixels, from the sums across it at its first and its last pixel: of two pixels
+// each has 8 of the weights 1, 4, 6, 4 and 1, mirrored, and a single one is both.
 FLOAT32 TwoSums(FLOAT32 first, FLOAT32 last) { return static_cast<FLOAT32>((double{first} + last) * 8 * kScale); }
 
 // The sums of a row at its even columns.

@@ -9,7 +9,7 @@
 // the region; all make the same bytes.
 //
 // - FilterInWords: sums of 16 bits, where WordsServe.
-// - FilterInPairs: sums of 32 bits with the rounding, two products at a time.
+// - FilterInPairs: sums of 32 bits, two products at a time, shifted or multiplied by a RoundingReciprocal.
 // - FilterPlainly: sums of 32 bits that wrap, divided in double precision. Any kernel and divisor.
 //
 // The first two take at most 64 taps, a divisor that RoundedDivision serves and no sum of products beyond 32 bits. They

@@ -11,8 +11,9 @@ namespace norvala {
 // ---- Output rule ----
 
 // How the sum of a pixel's products becomes a byte, by the divisor of the call: the byte is the sum,
-// (sum + addend) >> shift or floor(sum * factor + 0.5), limited to 0..255. The filters take it as a RoundedDivision or,
-// in FilterPlainly, in doubles.
+// (sum + addend) >> shift or floor(sum * factor + 0.5), limited to 0..255. This is the rule as it is stated; the
+// filters apply it as a RoundedDivision, which needs the factor alone (1 for powers of two), or in doubles
+// (FilterPlainly).
 struct DivisorScale {
   enum Mode : std::int32_t { None = 0, Shift = 1, Reciprocal = 2 };
 

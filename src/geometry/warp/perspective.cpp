@@ -106,7 +106,8 @@ StatusCode WarpPerspectiveQuad(const void* src, RegionSize srcSize, std::int32_t
   const RowSpans spans(Polygon(quads.destination), request.DestinationBox(), quads.clockwise);
   if (!spans) return StatusCode::NoDestinationOverlap;
 
-  // The division leaves some positions on the region's border a little outside.
+  // Positions lie inside the source quadrilateral, as both are convex: with its corners in the region none needs a
+  // test. The division leaves some positions on the region's border a little outside.
   const Box limit = Expanded(Corners(request.EffectiveRegion()), kPositionTolerance);
   WarpRows(request, inverse, spans, quads.sourceInside ? nullptr : &limit);
   return StatusCode::Success;

@@ -6,8 +6,9 @@
 namespace norvala {
 namespace {
 
-// A crossing this little beyond a pixel centre still takes that pixel in. From column 64 on, doubles lie further apart
-// than this, and only the rounding of `x + 1` in First still does: the form of the two expressions is part of the
+// Pixel centres on an edge are inside, at both ends of a row; so are those outside by less than this, but not where the
+// whole polygon lies between two columns. Beyond column 64 doubles lie further apart than this: Last takes no such
+// centre in any more, and First only where the sum x + 1 is rounded down. The form of both expressions is part of the
 // result. Rows have no tolerance.
 constexpr double kTolerance = 1e-14;
 
@@ -19,7 +20,7 @@ struct Columns {
   std::int32_t First(double x) const {
     double column = std::ceil(x);
     if (x + 1 - column < kTolerance) column -= 1;
-    if (!(column <= right)) column = right + 1;
+    if (!(column <= right)) column = right + 1;  // NaN, too
     return static_cast<std::int32_t>(std::max(column, left));
   }
 

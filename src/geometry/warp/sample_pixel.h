@@ -15,7 +15,8 @@
 
 namespace norvala {
 
-// Positions this little before a pixel count as lying on it.
+// What rounding explains: positions this little before a pixel count as lying on it, and those this little outside of
+// an image or a region as lying inside.
 inline constexpr double kPositionTolerance = 1e-7;
 
 // The coordinate, limited to the image where it lies outside by more than rounding explains.
