@@ -12,7 +12,8 @@ constexpr int kFractionBits = 12;
 // Of red, green and blue, as multiples of 1/4096.
 using Weights = std::uint32_t[3];
 
-// The luma weights of ITU-R BT.601. Their sum is 4096, so that grey pixels keep their value.
+// The luma weights of ITU-R BT.601: 0.299, 0.587 and 0.114, each rounded to 1/4096. Their sum is 4096, so that grey
+// pixels keep their value.
 constexpr Weights kLuma = {1225, 2404, 467};
 
 // A perfect shuffle of 48 bytes: the first half goes to the even places, the second half to the odd ones. Four of them
@@ -67,7 +68,8 @@ StatusCode ToGrey(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t d
   return StatusCode::Success;
 }
 
-// NaN, and what 32 bits do not hold, counts as 0.
+// A multiple of 1/4096: 0.5 is added and the fraction cut off, which rounds weights that are not negative. NaN, and
+// what 32 bits do not hold, counts as 0.
 std::uint32_t Scale(FLOAT32 weight) {
   const FLOAT64 scaled = static_cast<FLOAT64>(weight) * (1 << kFractionBits) + 0.5;
   return std::fabs(scaled) < 2147483648.0 ? static_cast<std::uint32_t>(static_cast<std::int32_t>(scaled)) : 0;

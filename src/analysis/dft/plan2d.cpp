@@ -20,9 +20,10 @@ namespace {
 // - Rows by a fast method: 4 at once are w / 2 values (an even w) or 8 at once w values (an odd w, in pairs) of 32
 //   bytes, and as many for the work area, or 64 bytes a value of the FFT of Bluestein's method. By the direct sum,
 //   whose results go straight to the destination: 16 w bytes. Up to 4 elements need nothing.
-// - A real column: 4 h bytes for its elements, then the scratchSize of one transform.
-// - Complex columns in blocks of four: 32 h bytes a block, four blocks at once by a fast method and one by the direct
-//   sum, and a work area of another block, or of 64 bytes a value of the FFT.
+// - A real column, given 16 h: 4 h bytes for its elements, then the scratchSize of one transform.
+// - Complex columns in blocks of four, given 64 h: 32 h bytes a block and a work area as long, by a fast method four
+//   blocks at once (5 * 32 h = 64 h + 96 h). By Bluestein's method the work area is 64 M bytes for an FFT of M values,
+//   and 4 * 32 h + 64 M is no more than 64 h + 96 M, since M >= 2 h.
 constexpr std::int64_t kRowBytes = sizeof(F32x4);
 constexpr std::int64_t kColumnBytes = 2 * sizeof(ComplexLanes);
 

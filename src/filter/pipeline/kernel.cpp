@@ -69,7 +69,8 @@ PipelineKernel::PipelineKernel(const std::int16_t* taps, std::int32_t count, std
       factor = common;
       scale = doubling;
     } else if (std::max(-sums.low, sums.high) <= kLargestFloatDividend) {
-      // Words wrap, and so may sums of opposite ones there; here the words are signed factors.
+      // Sums of 16 bits may wrap on the way, and so may the two values that are added first. Sums of 32 bits take words
+      // as signed factors (MultiplyAddPairs): two values must fit one.
       const bool wordsHoldTwo = values.low >= INT16_MIN / 2 && values.high <= INT16_MAX / 2;
       arithmetic_ = isSymmetric && wordsHoldTwo ? Arithmetic::SymmetricSingle : Arithmetic::Single;
       if (arithmetic_ == Arithmetic::SymmetricSingle) weighed = (count + 1) / 2;

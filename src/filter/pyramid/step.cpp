@@ -90,8 +90,8 @@ FLOAT32 LastSumOfEvenWidth(const FloatPixel* end) {
   return static_cast<FLOAT32>(((double{end[-3]} + end[-1]) * 4 + end[-4]) + double{end[-2]} * 7);
 }
 
-// The sum of a direction of one or two pixels, from the sums across it at its first and its last pixel: of two pixels
-// each has 8 of the weights 1, 4, 6, 4 and 1, mirrored, and a single one is both.
+// The sum along a direction of one or two pixels, from the sums across it at the first and at the last. Of two pixels
+// each stands for weights of 8 in all: 1 + 6 + 1 and, mirrored, 4 + 4. A single one is first and last.
 FLOAT32 TwoSums(FLOAT32 first, FLOAT32 last) { return static_cast<FLOAT32>((double{first} + last) * 8 * kScale); }
 
 // The sums of a row at its even columns.
@@ -165,6 +165,7 @@ void ReduceRows(const Pixel* src, std::int32_t srcStep, Pixel* dst, std::int32_t
       FilterRow(Row(src, srcStep, static_cast<std::ptrdiff_t>(filtered)), size.width, sums(filtered));
     }
     const Sum* rows[5];
+    // Beyond the first and the last row the image is mirrored without repeating them.
     for (int i = 0; i < 5; ++i) rows[i] = sums(MirrorIndex(y - 2 + i, height));
     CombineRows(rows, dstWidth, Row(dst, dstStep, static_cast<std::ptrdiff_t>(y / 2)));
   }

@@ -38,7 +38,7 @@ int32_t Norvala_DistanceTransform3x3_BW8ToFLOAT32(const BW8* src, int32_t srcSte
 // Every call starts anew from its seed. A failure releases the state and its holder and leaves the destination
 // untouched. Success keeps both, although nobody can release them then: this loss of memory is part of the contract.
 int32_t Norvala_RandUniform_BW8(BW8* dst, int32_t length, int32_t low, int32_t high, uint32_t seed) {
-  AlignedVector<RandUniformState*> holder(1);
+  AlignedVector<RandUniformState*> holder(1);  // where it cannot be had, the creation fails
   StatusCode status = kRandUniformCreateBW8(holder.data(), static_cast<BW8>(low), static_cast<BW8>(high), seed);
   if (status != StatusCode::Success) return Fold(status);
   status = kRandUniformBW8(dst, length, holder[0]);

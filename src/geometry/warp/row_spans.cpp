@@ -6,10 +6,9 @@
 namespace norvala {
 namespace {
 
-// Pixel centres on an edge are inside, at both ends of a row; so are those outside by less than this, but not where the
-// whole polygon lies between two columns. Beyond column 64 doubles lie further apart than this: Last takes no such
-// centre in any more, and First only where the sum x + 1 is rounded down. The form of both expressions is part of the
-// result. Rows have no tolerance.
+// Pixel centres on an edge are inside, at both ends of a row; so are those outside by less than this. Beyond column 64
+// doubles lie further apart than this: Last takes no such centre in any more, and First only where the sum x + 1 is
+// rounded down. The form of both expressions is part of the result. Rows have no tolerance.
 constexpr double kTolerance = 1e-14;
 
 struct Columns {
@@ -20,7 +19,7 @@ struct Columns {
   std::int32_t First(double x) const {
     double column = std::ceil(x);
     if (x + 1 - column < kTolerance) column -= 1;
-    if (!(column <= right)) column = right + 1;  // NaN, too
+    if (!(column <= right)) column = right + 1;
     return static_cast<std::int32_t>(std::max(column, left));
   }
 
@@ -43,6 +42,7 @@ RowSpans::RowSpans(const Polygon& whole, const Box& region, bool clockwise) {
   const auto [top, bottom] = std::ranges::minmax_element(v, v + polygon.count, {}, &Point::y);
   const double firstRow = std::ceil(top->y);
   const double lastRow = std::floor(bottom->y);
+  // The whole polygon has no tolerance: it may lie between two rows or two columns.
   if (firstRow > lastRow || std::ceil(left->x) > std::floor(right->x)) return;
 
   const Columns columns = {region.left, region.right};
