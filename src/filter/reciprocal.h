@@ -64,14 +64,15 @@ inline float FloatReciprocal(std::int32_t divisor) {
 // and 255. Larger and smaller sums have no smaller and no larger products. The divisor is less than
 // kRoundingReciprocalEnd and no power of two.
 //
-// Let u be 2^-24, the largest relative error of a float that is rounded to the nearest.
+// Let u be 2^-24, the largest relative error of a float that is rounded to the nearest. Sums of such quotients,
+// less than 2^24, are floats without an error.
 // - Odd divisors: no quotient is nearer to half-way than 1 / (2 * divisor). The reciprocal is off by at most u and the
 //   product by another, together less than that while sum * 2 u < 1 / 2, as it is up to 255.5 * kRoundingReciprocalEnd.
 // - Even divisors have quotients half-way. Their reciprocals are moved by 2.002 u to the side where halves go, up or
 //   down, and are then off by 1.002 u to 3.002 u to that side. A product is rounded to half-way only from within half
-//   of the distance between floats, which is at most u of it: those meant to leave it do. The nearest other quotients
-//   are 1 / divisor away from half-way and keep their side while sum * 4.002 u < 1, again up to
-//   255.5 * kRoundingReciprocalEnd.
+//   of the distance between floats, which is at most u of it: those of sums half-way are further away. The nearest
+//   other quotients are 1 / divisor away from half-way and keep their side while sum * 4.002 u < 1, again up to 255.5 *
+//   kRoundingReciprocalEnd.
 inline constexpr std::int32_t kRoundingReciprocalEnd = 1 << 14;
 
 inline float RoundingReciprocal(std::int32_t divisor, bool halvesGoDown) {

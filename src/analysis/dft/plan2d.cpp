@@ -14,16 +14,16 @@ using namespace dft;
 
 namespace {
 
-// The scratch of an image is the most that one of its passes is given: bytes for each element of a row or column, as
-// below, and the scratchSize of the specification, which is 96 bytes and more for each value that a fast method
-// transforms. What the passes use of it, w being the width and h the height:
-// - Rows by a fast method: 4 at once are w / 2 values (an even w) or 8 at once w values (an odd w, in pairs) of 32
-//   bytes, and as many for the work area, or 64 bytes a value of the FFT of Bluestein's method. By the direct sum,
-//   whose results go straight to the destination: 16 w bytes. Up to 4 elements need nothing.
-// - A real column, given 16 h: 4 h bytes for its elements, then the scratchSize of one transform.
-// - Complex columns in blocks of four, given 64 h: 32 h bytes a block and a work area as long, by a fast method four
-//   blocks at once (5 * 32 h = 64 h + 96 h). By Bluestein's method the work area is 64 M bytes for an FFT of M values,
-//   and 4 * 32 h + 64 M is no more than 64 h + 96 M, since M >= 2 h.
+// The scratch of an image is the most that one of its passes is given: a share for each element of a row (w) or column
+// (h), and the scratchSize of the specification. That is 96 bytes and more for each of the n values that a fast method
+// transforms (n = w, w / 2 for an even w, h), or for the M >= 2 n values of the FFT of Bluestein's method. In bytes:
+//
+//   Pass                            Share   Used of both
+//   rows, 4 (even w) or 8 at once   16 w    32 n for the values, then 32 n or 64 M for the work area
+//   rows by the direct sum          16 w    16 w; the results go straight to the destination
+//   a real column                   16 h    4 h, then the scratchSize of one transform
+//   complex columns, 16 at once     64 h    4 blocks of 32 h, then 32 h or 64 M
+//   complex columns, direct sum     64 h    32 h, then 32 h
 constexpr std::int64_t kRowBytes = sizeof(F32x4);
 constexpr std::int64_t kColumnBytes = 2 * sizeof(ComplexLanes);
 

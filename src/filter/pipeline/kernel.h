@@ -27,7 +27,8 @@ enum class Arithmetic {
   SymmetricSingle,
   Single,  // sums of 32 bits up to kLargestFloatDividend, times a FloatReciprocal
   Double,  // sums of 32 bits but -2^31, as -2^31 / -1 has more, times the reciprocal in double precision
-  Plain,   // one result at a time, for sums of more than 32 bits and long kernels: wrapping in rows, double in columns
+  Plain,   // one result at a time, for sums of more than 32 bits and long kernels: wrapping in rows, double in columns.
+           // Images narrower than a block are filtered like this whatever their arithmetic is.
 };
 
 // Division of sums, truncated towards zero. Quotients in 16 bits are limited to them; those in 32 bits are not yet.

@@ -31,7 +31,7 @@ std::int64_t PositionInside(BorderType type, std::int64_t position, std::int64_t
   }
 }
 
-// The pixels from position `first` on, of which at least one lies in the row.
+// The pixels from position `first` on: none, or some of which at least one lies in the row.
 void ExtendRow(const Pixels* row, std::int32_t width, BorderType border, BW8 constant, std::ptrdiff_t first,
                std::ptrdiff_t count, BW8* extended) {
   const std::ptrdiff_t begin = std::max<std::ptrdiff_t>(-first, 0);

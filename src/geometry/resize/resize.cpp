@@ -22,7 +22,7 @@ bool IsKnown(ResizeInterpolation interpolation, double xFactor, double yFactor) 
   return false;
 }
 
-// The interpolation that the source image has enough pixels for.
+// The interpolation that the source image has enough pixels for. All but Reduce rank by the pixels that they need.
 ResizeInterpolation LimitToSource(ResizeInterpolation interpolation, RegionSize srcSize) {
   if (interpolation == ResizeInterpolation::Reduce) return interpolation;
   const std::int32_t side = std::min(srcSize.width, srcSize.height);

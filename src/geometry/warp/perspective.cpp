@@ -106,8 +106,9 @@ StatusCode WarpPerspectiveQuad(const void* src, RegionSize srcSize, std::int32_t
   const RowSpans spans(Polygon(quads.destination), request.DestinationBox(), quads.clockwise);
   if (!spans) return StatusCode::NoDestinationOverlap;
 
-  // Positions lie inside the source quadrilateral, as both are convex: with its corners in the region none needs a
-  // test. The division leaves some positions on the region's border a little outside.
+  // The map takes the destination's convex quadrilateral to that of the source. With all corners of the latter in the
+  // source region so are all positions, and none is tested; the sampler limits those that rounding puts outside of the
+  // image. Otherwise each is tested against the region, a little wider for the rounding of the division.
   const Box limit = Expanded(Corners(request.EffectiveRegion()), kPositionTolerance);
   WarpRows(request, inverse, spans, quads.sourceInside ? nullptr : &limit);
   return StatusCode::Success;

@@ -6,9 +6,10 @@
 namespace norvala {
 namespace {
 
-// Pixel centres on an edge are inside, at both ends of a row; so are those outside by less than this. Beyond column 64
-// doubles lie further apart than this: Last takes no such centre in any more, and First only where the sum x + 1 is
-// rounded down. The form of both expressions is part of the result. Rows have no tolerance.
+// Centres on an edge are inside, at both ends of a row. Crossings are rounded, so that a centre meant to lie on the
+// edge may come out beside it: centres less than this outside count as lying on it. Beyond column 64 neighbouring
+// doubles differ by more: Last takes in no centre outside any more, and First only where x + 1 is rounded down to a
+// whole number (right of column 127, say). The form of both expressions is part of the result. Rows have no tolerance.
 constexpr double kTolerance = 1e-14;
 
 struct Columns {
