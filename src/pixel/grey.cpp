@@ -27,8 +27,8 @@ inline void Shuffle(U8x16& a, U8x16& b, U8x16& c) {
   c = evenHigh;
 }
 
-// The fraction is cut off. The sums of kLuma fit a byte; those of other weights may not, and keep the lowest 8 bits
-// above the fraction.
+// The fraction is cut off. The sums of kLuma fit a byte; those of other weights may not, and by contract keep the
+// lowest 8 bits above the fraction.
 void GreyRow(std::size_t count, const Unaligned<BW8>* src, Unaligned<BW8>* dst, const Weights& weights) {
   // The grey values times 256, modulo 2^16. With every weight split into 16 * high + low, floor(sum / 16) = sum of
   // high * c + floor(sum of low * c / 16), where only the first part can wrap.

@@ -36,8 +36,9 @@ std::int64_t ScratchSize(const Plan1D& plan, std::int64_t valueBytes) {
   // The values of one transform: its results go straight to the destination.
   if (plan.method == Method::Direct) return valueBytes + kScratchAlignment;
   // Room for three blocks of four transforms side by side, by the length of the FFT for Bluestein's method. A single
-  // transform needs less; the image's columns (plan2d.cpp) fill it. Bluestein's method adds 8 bytes a value of its FFT
-  // and another alignment, which nothing uses: they count in the total, which decides what sizes are too large.
+  // transform needs less; blocks of an image's columns use it (table in plan2d.cpp). Bluestein's method adds 8 bytes a
+  // value of its FFT and another alignment, which nothing uses: they count in the total, which decides what sizes are
+  // too large.
   const bool chirped = plan.method == Method::Bluestein;
   const std::int64_t length = chirped ? plan.bluestein.fft.length : plan.length;
   const std::int64_t buffers = 3 * static_cast<std::int64_t>(sizeof(ComplexLanes)) * length + kScratchAlignment;

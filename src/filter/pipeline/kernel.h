@@ -19,8 +19,8 @@ struct ValueRange {
 };
 
 // How sums are formed and divided, from the fastest way to the slowest. All but the last two need a divisor by which
-// truncated products are integer quotients. Where opposite taps are equal, opposite values are added before they are
-// weighed.
+// truncated products are integer quotients. The symmetric ones serve kernels whose opposite taps are equal: opposite
+// values are added before they are weighed.
 enum class Arithmetic {
   SymmetricWords,
   Words,  // sums of 16 bits, or 15 and a sign, divided by a WordReciprocal
@@ -67,8 +67,9 @@ class PipelineKernel {
   // The taps as they are.
   const Unaligned<const std::int16_t>* taps() const { return taps_; }
 
-  // The taps without the factor that they share with the divisor: vector i has tap i in all lanes for sums of 16 bits,
-  // and taps 2 i and 2 i + 1 in turns for sums of 32 bits. Not of plain arithmetic.
+  // The taps as the arithmetic weighs them: for words and in single precision without the factor that they share with
+  // the divisor, and doubled where that leaves a divisor of 1 for words. Vector i has tap i in all lanes for sums of 16
+  // bits, and taps 2 i and 2 i + 1 in turns for sums of 32 bits. Not of plain arithmetic.
   const I16x8* tapVectors() const { return tapVectors_; }
 
   static constexpr std::int32_t kMostTaps = 64;  // of kernels that are not plain

@@ -108,7 +108,8 @@ StatusCode WarpPerspectiveQuad(const void* src, RegionSize srcSize, std::int32_t
 
   // The map takes the destination's convex quadrilateral to that of the source. With all corners of the latter in the
   // source region so are all positions, and none is tested; the sampler limits those that rounding puts outside of the
-  // image. Otherwise each is tested against the region, a little wider for the rounding of the division.
+  // image. Otherwise those inside of the region, a little wider for the rounding of the division, are sampled: the two
+  // ends of a run of positions tell of all where they keep their order (EndOfRun), else each is tested.
   const Box limit = Expanded(Corners(request.EffectiveRegion()), kPositionTolerance);
   WarpRows(request, inverse, spans, quads.sourceInside ? nullptr : &limit);
   return StatusCode::Success;
