@@ -69,7 +69,7 @@ StatusCode ToGrey(const BW8* src, std::int32_t srcStep, BW8* dst, std::int32_t d
 }
 
 // A multiple of 1/4096: 0.5 is added and the fraction cut off, which rounds weights that are not negative. NaN, and
-// what 32 bits do not hold, counts as 0.
+// what a signed 32-bit integer does not hold, counts as 0.
 std::uint32_t Scale(FLOAT32 weight) {
   const FLOAT64 scaled = static_cast<FLOAT64>(weight) * (1 << kFractionBits) + 0.5;
   return std::fabs(scaled) < 2147483648.0 ? static_cast<std::uint32_t>(static_cast<std::int32_t>(scaled)) : 0;

@@ -33,7 +33,7 @@ StatusCode MakeRebuildTables(DftSpec1DReal& spec, SharedRoots& sharedRoots) {
 
 std::int64_t ScratchSize(const Plan1D& plan, std::int64_t valueBytes) {
   if (plan.method == Method::Small) return 0;
-  // The values of one transform: its results go straight to the destination.
+  // The values of one transform. Results go straight to the destination or, for columns, to the share of plan2d.cpp.
   if (plan.method == Method::Direct) return valueBytes + kScratchAlignment;
   // Room for three blocks of four transforms side by side, by the length of the FFT for Bluestein's method. A single
   // transform needs less; blocks of an image's columns use it (table in plan2d.cpp). Bluestein's method adds 8 bytes a

@@ -7,9 +7,9 @@ namespace norvala {
 namespace {
 
 // Centres on an edge are inside, at both ends of a row. Crossings are rounded, so that a centre meant to lie on the
-// edge may come out beside it: centres less than this outside count as lying on it. Where columns are large, the sums
-// below are rounded by more than that, each in its way: written otherwise they would tell other centres inside. Rows
-// have no tolerance.
+// edge may come out beside it: centres less than this outside count as lying on it. Beyond column 64 crossings are
+// further apart than this and only exact ones count, besides those for which First rounds x + 1 down to a power of two:
+// the form of the sums is part of the result. Rows have no tolerance.
 constexpr double kTolerance = 1e-14;
 
 struct Columns {
