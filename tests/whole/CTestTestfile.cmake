@@ -16,5 +16,5 @@ add_test(thread_sanitizer threads/whole_threads_test --gtest_brief=1)
 add_test(windows.package python3 ../tests/package/check_package.py windows windows-again ../cmake)
 add_test(windows64.package python3 ../tests/package/check_package.py windows64 windows64-again ../cmake)
 
-add_test(fuzz ../dev fuzz 45)
+add_test(fuzz ../dev fuzz 30)
 set_tests_properties(fuzz PROPERTIES COST 1000)  # the longest one goes first
