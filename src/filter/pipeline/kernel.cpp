@@ -51,8 +51,8 @@ PipelineKernel::PipelineKernel(const std::int16_t* taps, std::int32_t count, std
   std::int32_t weighed = count;
   // The truncated product with the rounded reciprocal is the integer quotient, unless some multiple t * divisor comes
   // out below t. A reciprocal that is too small by the relative error e takes t * (1 - e) there, and that rounds back
-  // to t for every t as soon as it does for t = 1, where doubles lie closest below. No product of 32 bits comes near
-  // the quotient above its own: that is 1 / divisor away, more than 2^-52 of it.
+  // to t for every t as soon as it does for t = 1, where doubles lie closest below. No product of a 32-bit sum comes
+  // near the quotient above its own: that is 1 / divisor away, more than 2^-52 of it.
   if (divisor >= 1 && divisor * (1.0 / divisor) == 1.0) {
     const bool isSymmetric = IsSymmetric(taps_, count);
     // An integer quotient stays the same without a factor that all taps share with the divisor.
