@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
-#include <string>
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wconversion"
@@ -21,10 +21,9 @@
 #pragma GCC diagnostic pop
 
 namespace gallery {
-Picture ReadPhoto(const std::filesystem::path& file) {
-  const std::string name = file.string();
+Picture ReadPhoto(const std::string& name) {
   std::error_code error;
-  if (!std::filesystem::is_regular_file(file, error)) throw std::runtime_error(name + ": no such file");
+  if (!std::filesystem::is_regular_file(name, error)) throw std::runtime_error(name + ": no such file");
   int width = 0;
   int height = 0;
   int channels = 0;
@@ -45,10 +44,10 @@ Picture ReadPhoto(const std::filesystem::path& file) {
   return picture;
 }
 
-void WritePng(const std::filesystem::path& file, const Picture& picture) {
-  const int ok = stbi_write_png(file.string().c_str(), picture.width, picture.height, picture.channels,
-                                picture.pixels.data(), picture.width * picture.channels);
-  if (ok == 0) throw std::runtime_error("cannot write " + file.string());
+void WritePng(const std::string& name, const Picture& picture) {
+  const int ok = stbi_write_png(name.c_str(), picture.width, picture.height, picture.channels, picture.pixels.data(),
+                                picture.width * picture.channels);
+  if (ok == 0) throw std::runtime_error("cannot write " + name);
 }
 
 Picture Magnify(const Picture& picture, int factor) {

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
+#include <string>
 #include <vector>
 
 namespace gallery {
@@ -30,9 +30,9 @@ struct Picture {
 // Reads a PNG or JPEG file as red, green, blue. Throws std::runtime_error with a message for the user when the file is
 // missing, damaged or larger than kLargestPhoto pixels.
 inline constexpr std::int64_t kLargestPhoto = 40'000'000;
-Picture ReadPhoto(const std::filesystem::path& file);
+Picture ReadPhoto(const std::string& name);
 
-void WritePng(const std::filesystem::path& file, const Picture& picture);
+void WritePng(const std::string& name, const Picture& picture);
 
 // Each pixel as a square of `factor` x `factor` pixels, so that single pixels can be seen.
 Picture Magnify(const Picture& picture, int factor);

@@ -1,7 +1,9 @@
 #include "sheet.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 
@@ -53,7 +55,7 @@ the call, the size of the picture shown and the time that the call took. The lib
 
 }  // namespace
 
-Sheet::Sheet(const Library& library, Picture photo, std::filesystem::path folder)
+Sheet::Sheet(const Library& library, Picture photo, std::string folder)
     : library_(library), photo_(std::move(photo)), folder_(std::move(folder)), grey_(MakeGrey(library, photo_)) {
   std::filesystem::create_directories(folder_);
 }
@@ -81,7 +83,7 @@ double Sheet::Run(const std::string& what, const std::function<int()>& call, Rep
 
 void Sheet::Show(const std::string& file, const std::string& caption, const std::string& call, double milliseconds,
                  const Picture& picture) {
-  WritePng(folder_ / (file + ".png"), picture);
+  WritePng(folder_ + "/" + file + ".png", picture);
   char facts[100];
   std::snprintf(facts, sizeof facts, "%d x %d, %.3f ms", picture.width, picture.height, milliseconds);
   constexpr int kWide = 700;  // pictures side by side want the whole page
@@ -92,10 +94,11 @@ void Sheet::Show(const std::string& file, const std::string& caption, const std:
 }
 
 void Sheet::Finish() const {
-  std::ofstream page(folder_ / "index.html", std::ios::binary);
+  const std::string name = folder_ + "/index.html";
+  std::ofstream page(name, std::ios::binary);
   const auto version = library_.Function<decltype(Norvala_GetVersion)>("Norvala_GetVersion");
   page << kHead << kStyle << kIntroduction << version() << ".</p>\n" << html_ << (inSection_ ? "</div>\n" : "");
-  if (!page.flush()) throw std::runtime_error("cannot write " + (folder_ / "index.html").string());
+  if (!page.flush()) throw std::runtime_error("cannot write " + name);
 }
 
 Picture ToPicture(const Plane<BW8>& plane) {

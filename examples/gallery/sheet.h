@@ -1,8 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <chrono>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
@@ -88,7 +86,7 @@ class Vector {
 // The contact sheet: runs calls, times them, writes one PNG a picture and, at the end, index.html.
 class Sheet {
  public:
-  Sheet(const Library& library, Picture photo, std::filesystem::path folder);
+  Sheet(const Library& library, Picture photo, std::string folder);
 
   const Library& library() const { return library_; }
   const Picture& photo() const { return photo_; }
@@ -113,7 +111,7 @@ class Sheet {
  private:
   const Library& library_;
   Picture photo_;
-  std::filesystem::path folder_;
+  std::string folder_;
   Plane<BW8> grey_;
   std::string html_;
   bool inSection_ = false;
