@@ -132,7 +132,12 @@ Operation By() {
 
 constexpr auto kValue = []<class Bits>(Bits, auto value) { return std::bit_cast<Bits>(value); };
 // Among them one that no float operation keeps.
-Value DrawBits(Trial& t) { return std::bit_cast<FLOAT32>(t.OneOf({0U, 0x80000000U, 0x12345678U, 0x7F812345U})); }
+Value DrawBits(Trial& t) {
+  const BW32 bits = t.OneOf({0U, 0x80000000U, 0x12345678U, 0x7F812345U});
+  Value value = 0;
+  std::memcpy(&value.single, &bits, sizeof bits);
+  return value;
+}
 
 constexpr auto kRight = [](std::int64_t pixel, std::uint32_t count) { return pixel >> std::min(count, 32U); };
 constexpr auto kLeft = [](BW32 pixel, std::uint32_t count) { return count > 31 ? 0 : pixel << count; };

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <map>
+#include <random>
 
 #ifdef _WIN32
 #include <windows.h>
@@ -30,6 +32,21 @@ unsigned char* Map(std::size_t size) {
 #endif
   if (!ok) std::abort();
   return data;
+}
+
+// A value at which code goes wrong, or an ordinary one of some magnitude.
+template <class T>
+T Noise(std::mt19937& random) {
+  const auto word = static_cast<std::uint32_t>(random());
+  if constexpr (std::is_floating_point_v<T>) {
+    using Limits = std::numeric_limits<T>;
+    constexpr T kSpecial[] = {Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN(), -0.0,    0,
+                              T(1e-40),           T(3.4028235e38),     T(-3.4028235e38),    65534.5, 254.5};
+    const auto number = static_cast<T>(static_cast<std::int32_t>(word) >> 8);
+    if (word % 64 == 0) return kSpecial[(word >> 6) % std::size(kSpecial)];
+    return number * (word % 64 == 1 ? T(1e30) : word % 2 != 0 ? T(0x1p-14) : T(0.0078125));
+  }
+  return static_cast<T>(word);
 }
 
 // Mappings that can be used again, by size. They live as long as their thread.
@@ -73,6 +90,13 @@ Image::Image(Choices& choices, RegionSize size, const Around& around, int elemen
   origin_ = choices.OneIn(4) ? bytes.data() + misalign - low + std::ptrdiff_t{around.left} * elementSize
                              : bytes.data() + bytes.size() - misalign - high -
                                    (size.width + std::ptrdiff_t{around.right}) * elementSize;
+  std::mt19937 random(choices.Word());
+  const auto fill = [&]<class T>(T) { Fill<T>([&] { return Noise<T>(random); }); };
+  if (holdsPointers) return;
+  if (elementSize == 1) fill(std::uint8_t{});
+  if (elementSize == 2) fill(std::uint16_t{});
+  if (elementSize == 4) holdsFloats ? fill(float{}) : fill(std::uint32_t{});
+  if (elementSize == 8) fill(double{});
 }
 
 std::vector<unsigned char> Image::Bytes() const { return {memory_.bytes().begin(), memory_.bytes().end()}; }

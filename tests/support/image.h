@@ -5,7 +5,6 @@
 #include <cstring>
 #include <limits>
 #include <memory>
-#include <random>
 #include <span>
 #include <type_traits>
 #include <vector>
@@ -74,23 +73,8 @@ void ForEachPixel(RegionSize size, F f) {
   }
 }
 
-// A value at which code goes wrong, or an ordinary one of some magnitude.
-template <class T>
-T Noise(std::mt19937& random) {
-  const auto word = static_cast<std::uint32_t>(random());
-  if constexpr (std::is_floating_point_v<T>) {
-    using Limits = std::numeric_limits<T>;
-    constexpr T kSpecial[] = {Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN(), -0.0,    0,
-                              T(1e-40),           T(3.4028235e38),     T(-3.4028235e38),    65534.5, 254.5};
-    const auto number = static_cast<T>(static_cast<std::int32_t>(word) >> 8);
-    if (word % 64 == 0) return kSpecial[(word >> 6) % std::size(kSpecial)];
-    return number * (word % 64 == 1 ? T(1e30) : word % 2 != 0 ? T(0x1p-14) : T(0.0078125));
-  }
-  return static_cast<T>(word);
-}
-
 // An image in memory of its own: exactly the bytes that its rows span, whatever the step, up to a no-access page on one
-// side. A kernel, a list of pointers or one result is an image, too.
+// side, filled with noise. A kernel, a list of pointers or one result is an image, too.
 class Image {
  public:
   Image(Choices& choices, RegionSize size, const Around& around, int elementSize, bool holdsFloats, bool holdsPointers);

@@ -21,7 +21,8 @@ namespace norvala_test {
 
 using norvala::StatusCode;
 
-// One argument of a call, of any type; a float keeps its bits.
+// One argument of a call, of any type. A float keeps its bits: it is not returned by a function, since 32-bit code
+// would do so in a register that makes a signalling NaN a quiet one.
 struct Value {
   template <class T>
   Value(T* address) : pointer(reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(address))) {}
@@ -31,7 +32,7 @@ struct Value {
   Value(T number) : real(number), single(static_cast<float>(number)) {}
 
   template <class T>
-  T As() const {
+  [[gnu::always_inline]] T As() const {
     if constexpr (std::is_pointer_v<T>) return reinterpret_cast<T>(pointer);
     if constexpr (std::is_integral_v<T> || std::is_enum_v<T>) return static_cast<T>(integer);
     if constexpr (std::is_same_v<T, float>) return single;
@@ -65,11 +66,7 @@ class Trial : public Choices {
 
   template <class T>
   Image& New(RegionSize size, const Around& around = {}) {
-    constexpr bool kIsPointer = std::is_pointer_v<T>;
-    Image& image = images.emplace_back(*this, size, around, sizeof(T), std::is_floating_point_v<T>, kIsPointer);
-    std::mt19937 random(Word());
-    if constexpr (!kIsPointer) image.Fill<T>([&] { return Noise<T>(random); });
-    return image;
+    return images.emplace_back(*this, size, around, sizeof(T), std::is_floating_point_v<T>, std::is_pointer_v<T>);
   }
   // A vector, such as a kernel; its address.
   template <class T>
@@ -106,7 +103,7 @@ struct Reader {
   Reader(const Arguments& list) : arguments(list) {}
 
   template <class T>
-  T Read() {
+  [[gnu::always_inline]] T Read() {
     if constexpr (std::is_same_v<T, RegionSize>) {
       return {Read<std::int32_t>(), Read<std::int32_t>()};
     } else if constexpr (requires { typename T::Pixel; }) {
