@@ -44,12 +44,6 @@ Pyramid<T> MakePyramid(const Sheet& sheet, const char* name, Reduce reduce, Plan
   return pyramid;
 }
 
-Plane<FLOAT32> ToFloat(const Library& library, const Plane<BW8>& grey) {
-  Plane<FLOAT32> plane(library, grey.width(), grey.height());
-  for (int y = 0; y < grey.height(); ++y) std::copy_n(grey.row(y), grey.width(), plane.row(y));
-  return plane;
-}
-
 // The detail that a float level loses at the next reduction: its difference from the next level spread out to its
 // size, on mid-grey, four times as strong.
 Picture LostDetail(const Plane<FLOAT32>& level, const Plane<FLOAT32>& next) {

@@ -7,12 +7,6 @@
 namespace gallery {
 namespace {
 
-Plane<FLOAT32> ToFloat(const Library& library, const Plane<BW8>& bytes) {
-  Plane<FLOAT32> plane(library, bytes.width(), bytes.height());
-  for (int y = 0; y < plane.height(); ++y) std::copy_n(bytes.row(y), plane.width(), plane.row(y));
-  return plane;
-}
-
 // Rounded and limited to 0..255: cubic and eight-point results overshoot at edges.
 Picture ToPicture(const Plane<FLOAT32>& plane) {
   Picture picture(plane.width(), plane.height(), 1);

@@ -114,4 +114,10 @@ Plane<BW8> ToPlane(const Library& library, const Picture& picture) {
   return plane;
 }
 
+Plane<FLOAT32> ToFloat(const Library& library, const Plane<BW8>& plane) {
+  Plane<FLOAT32> floats(library, plane.width(), plane.height());
+  for (int y = 0; y < plane.height(); ++y) std::copy_n(plane.row(y), plane.width(), floats.row(y));
+  return floats;
+}
+
 }  // namespace gallery

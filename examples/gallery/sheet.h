@@ -121,6 +121,8 @@ class Sheet {
 Picture ToPicture(const Plane<BW8>& plane);
 // A plane holding a grey picture.
 Plane<BW8> ToPlane(const Library& library, const Picture& picture);
+// The same pixels as floats.
+Plane<FLOAT32> ToFloat(const Library& library, const Plane<BW8>& plane);
 
 // The pages, one for each family of exports.
 void ShowPixel(Sheet& sheet);

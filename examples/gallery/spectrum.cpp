@@ -58,12 +58,6 @@ Picture LogMagnitude(const Library& library, const Spectrum& spectrum) {
   return picture;
 }
 
-Plane<FLOAT32> ToFloat(const Library& library, const Plane<BW8>& grey) {
-  Plane<FLOAT32> image(library, grey.width(), grey.height());
-  for (int y = 0; y < grey.height(); ++y) std::copy_n(grey.row(y), grey.width(), image.row(y));
-  return image;
-}
-
 // A square from the middle of the photograph, turned about its centre. Its side is as long as fits at every angle.
 Plane<BW8> TurnedSquare(const Library& library, const Plane<BW8>& grey, double degrees) {
   const int side = std::max(1, static_cast<int>(std::min(grey.width(), grey.height()) / std::numbers::sqrt2));
