@@ -3,20 +3,12 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
-#include <numeric>
 
 #include "frame/lanes.h"
 
 // Integer division of many values by one divisor: products with a reciprocal that is rounded up.
 
 namespace norvala {
-
-// The greatest divisor that a divisor and all taps share. Without it the quotients of sums stay the same.
-template <class TapAt>
-std::int32_t CommonDivisor(std::int32_t divisor, std::int32_t count, TapAt tap) {
-  for (std::int32_t i = 0; i < count && divisor != 1; ++i) divisor = std::gcd(divisor, std::int32_t{tap(i)});
-  return divisor;
-}
 
 // Division of words (T. Granlund, P. L. Montgomery: Division by invariant integers using multiplication, 1994):
 // floor(value / divisor) is (value * multiplier) >> 16 >> shift for every value up to `largest`, and no less beyond.

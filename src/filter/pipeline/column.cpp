@@ -13,7 +13,7 @@ using RowPointer = Unaligned<const std::int16_t*>;
 
 // The values of rows of at least a block. Where none is negative, the OR of all stands for the highest one: it is less
 // than twice as high, and takes half of the time.
-ValueRange RangeOfValues(const RowPointer* rows, std::int64_t count, std::int32_t width) {
+ValueRange<std::int64_t> RangeOfValues(const RowPointer* rows, std::int64_t count, std::int32_t width) {
   I16x8 bits[2] = {};
   for (std::int64_t i = 0; i < count; ++i) {
     const auto take = [&, row = rows[static_cast<std::size_t>(i)]](std::int32_t x) {
@@ -100,7 +100,7 @@ StatusCode FilterColumnPipelineBW8(const std::int16_t* const* srcRows, BW8* dst,
   // Taps need no memory of the caller's: the work buffer stays as it is.
   const bool isNarrow = size.width < kBlock;  // made plainly, whatever the values are
   const PipelineKernel columnKernel(kernel, kernelSize, divisor,
-                                    isNarrow ? ValueRange{} : RangeOfValues(rows, rowCount, size.width));
+                                    isNarrow ? ValueRange<std::int64_t>{} : RangeOfValues(rows, rowCount, size.width));
   const bool isPlain = columnKernel.arithmetic() == Arithmetic::Plain || isNarrow;
   for (std::int32_t y = 0; y < size.height; ++y) {
     BW8* const dstRow = Row(dst, dstStep, y);

@@ -7,25 +7,8 @@
 namespace norvala {
 namespace {
 
-using Tap = Unaligned<const std::int16_t>;
-
-// The sums of a kernel over values of a range.
-ValueRange SumsOver(const Tap* taps, std::int32_t count, ValueRange values) {
-  std::int64_t positive = 0;
-  std::int64_t negative = 0;
-  for (std::int32_t i = 0; i < count; ++i) (taps[i] < 0 ? negative : positive) += taps[i];
-  return {positive * values.low + negative * values.high, positive * values.high + negative * values.low};
-}
-
-bool IsSymmetric(const Tap* taps, std::int32_t count) {
-  for (std::int32_t i = 0; i < count / 2; ++i) {
-    if (taps[i] != taps[count - 1 - i]) return false;
-  }
-  return true;
-}
-
 // Whether 16 bits hold the sums and the quotients by the reciprocal are exact.
-bool WordsServe(const WordReciprocal& reciprocal, ValueRange sums) {
+bool WordsServe(const WordReciprocal& reciprocal, ValueRange<std::int64_t> sums) {
   if (sums.low >= 0) return sums.high <= reciprocal.largest;
   return std::max(-sums.low, sums.high) <= std::min<std::int64_t>(reciprocal.largest, INT16_MAX);
 }
@@ -41,9 +24,11 @@ StatusCode FilterPipelineGetBufferSizeBW8(RegionSize size, std::int32_t kernelSi
   return StatusCode::Success;
 }
 
-PipelineKernel::PipelineKernel(const std::int16_t* taps, std::int32_t count, std::int32_t divisor, ValueRange values)
+PipelineKernel::PipelineKernel(const std::int16_t* taps, std::int32_t count, std::int32_t divisor,
+                               ValueRange<std::int64_t> values)
     : taps_(taps), count_(count), division_{.reciprocal = 1.0 / divisor} {
-  ValueRange sums = SumsOver(taps, count, values);
+  const auto tapAt = [this](std::int32_t i) { return taps_[i]; };
+  ValueRange sums = RangeOfSums(count, tapAt, values);
   if (count > kMostTaps || sums.low <= INT32_MIN || sums.high > INT32_MAX) return;
   arithmetic_ = Arithmetic::Double;
   std::int32_t factor = 1;
@@ -54,9 +39,9 @@ PipelineKernel::PipelineKernel(const std::int16_t* taps, std::int32_t count, std
   // to t for every t as soon as it does for t = 1, where doubles lie closest below. No product of a 32-bit sum comes
   // near the quotient above its own: that is 1 / divisor away, more than 2^-52 of it.
   if (divisor >= 1 && divisor * (1.0 / divisor) == 1.0) {
-    const bool isSymmetric = IsSymmetric(taps_, count);
+    const bool isSymmetric = TapsAreSymmetric(count, tapAt);
     // An integer quotient stays the same without a factor that all taps share with the divisor.
-    const std::int32_t common = CommonDivisor(divisor, count, [&](std::int32_t i) { return taps_[i]; });
+    const std::int32_t common = CommonDivisor(divisor, count, tapAt);
     divisor /= common;
     sums = {sums.low / common, sums.high / common};
     // The reciprocal of 1 does not fit 16 bits: sums are doubled and divided by 2.

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "filter/reciprocal.h"
+#include "filter/taps.h"
 #include "frame/lanes.h"
 #include "frame/memory.h"
 
@@ -11,12 +12,6 @@
 // wherever it makes the same.
 
 namespace norvala {
-
-// Values or sums from `low` to `high`, 0 among them.
-struct ValueRange {
-  std::int64_t low;
-  std::int64_t high;
-};
 
 // How sums are formed and divided, from the fastest way to the slowest. All but the last two need a divisor by which
 // truncated products are integer quotients. The symmetric ones serve kernels whose opposite taps are equal: opposite
@@ -58,7 +53,7 @@ struct TruncatedDivision {
 // A kernel and its divisor, with the arithmetic that serves for a range of values.
 class PipelineKernel {
  public:
-  PipelineKernel(const std::int16_t* taps, std::int32_t count, std::int32_t divisor, ValueRange values);
+  PipelineKernel(const std::int16_t* taps, std::int32_t count, std::int32_t divisor, ValueRange<std::int64_t> values);
 
   std::int32_t count() const { return count_; }
   Arithmetic arithmetic() const { return arithmetic_; }

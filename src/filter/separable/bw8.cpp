@@ -32,18 +32,12 @@ bool WordsServe(const ReducedKernel& kernel) {
 // Filters the region in words or in pairs; returns false where neither serves.
 bool FilterReduced(const SeparableCallBW8& call, const DivisorScale& scale) {
   if (!RoundedDivision::Serves(call.divisor) || call.kernelSize > kMostReducedTaps) return false;
-  std::int64_t positive = 0;
-  std::int64_t negative = 0;
-  for (std::int32_t j = 0; j < call.kernelSize; ++j) {
-    const std::int32_t tap = call.MirroredTap(j);
-    (tap > 0 ? positive : negative) += tap;
-  }
-  if (positive > INT32_MAX / UINT8_MAX || negative < INT32_MIN / UINT8_MAX) return false;  // sums may wrap
   const auto tap = [&](std::int32_t j) { return call.MirroredTap(j); };
+  const auto sums = RangeOfSums<std::int64_t>(call.kernelSize, tap, {0, UINT8_MAX});
+  if (sums.low < INT32_MIN || sums.high > INT32_MAX) return false;  // they wrap
   const std::int32_t common = CommonDivisor(call.divisor, call.kernelSize, tap);
   const RoundedDivision division = RoundedDivision::Of(call.divisor, scale).Reduced(common);
-  const ReducedKernel kernel = {call, common, division, positive / common * UINT8_MAX + division.addend,
-                                negative / common * UINT8_MAX};
+  const ReducedKernel kernel = {call, common, division, sums.high / common + division.addend, sums.low / common};
   const bool wordsServe = WordsServe(kernel);
   if (!wordsServe && kernel.highest > INT32_MAX) return false;
   wordsServe ? FilterInWords(kernel) : FilterInPairs(kernel);

@@ -112,13 +112,9 @@ bool SumsAreExact(const SeparableCall<BW16, FLOAT32>& call) {
 
 // Whether no pixels make a sum that rounds to more than a pixel, as of kernels that add up to one.
 bool SumsStayInRange(const SeparableCall<BW16, FLOAT32>& call) {
-  double positive = 0.0;
-  double negative = 0.0;
-  for (std::int32_t j = 0; j < call.kernelSize; ++j) {
-    const double tap = static_cast<double>(call.MirroredTap(j));
-    (tap > 0.0 ? positive : negative) += tap;
-  }
-  return positive * 32767.0 - negative * 32768.0 < 32767.4 && positive * 32768.0 - negative * 32767.0 < 32768.4;
+  const auto tap = [&](std::int32_t j) { return call.MirroredTap(j); };
+  const auto sums = RangeOfSums<double>(call.kernelSize, tap, {INT16_MIN, INT16_MAX});
+  return sums.low > -32768.4 && sums.high < 32767.4;
 }
 
 void FilterRegion(const SeparableCall<BW16, FLOAT32>& call) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "filter/filter.h"
+#include "filter/taps.h"
 #include "frame/memory.h"
 
 // What the row and the column filters share: a column filter is a row filter whose taps lie a row apart.
@@ -36,10 +37,7 @@ struct SeparableCall {
   Tap MirroredTap(std::int32_t j) const { return LoadUnaligned<Tap>(kernel + (kernelSize - 1 - j)); }
 
   bool IsSymmetric() const {
-    for (std::int32_t j = 0; j < kernelSize / 2; ++j) {
-      if (MirroredTap(j) != MirroredTap(kernelSize - 1 - j)) return false;
-    }
-    return true;
+    return TapsAreSymmetric(kernelSize, [this](std::int32_t j) { return MirroredTap(j); });
   }
 };
 
