@@ -7,14 +7,6 @@
 
 namespace norvala {
 
-template <class TapAt>
-bool TapsAreSymmetric(std::int32_t count, TapAt tap) {
-  for (std::int32_t i = 0; i < count / 2; ++i) {
-    if (tap(i) != tap(count - 1 - i)) return false;
-  }
-  return true;
-}
-
 // The greatest divisor that a divisor and all taps share. Without it the quotients of sums stay the same.
 template <class TapAt>
 std::int32_t CommonDivisor(std::int32_t divisor, std::int32_t count, TapAt tap) {

@@ -7,6 +7,13 @@
 namespace norvala {
 namespace {
 
+bool IsSymmetric(const Unaligned<const std::int16_t>* taps, std::int32_t count) {
+  for (std::int32_t i = 0; i < count / 2; ++i) {
+    if (taps[i] != taps[count - 1 - i]) return false;
+  }
+  return true;
+}
+
 // Whether 16 bits hold the sums and the quotients by the reciprocal are exact.
 bool WordsServe(const WordReciprocal& reciprocal, ValueRange<std::int64_t> sums) {
   if (sums.low >= 0) return sums.high <= reciprocal.largest;
@@ -39,7 +46,7 @@ PipelineKernel::PipelineKernel(const std::int16_t* taps, std::int32_t count, std
   // to t for every t as soon as it does for t = 1, where doubles lie closest below. No product of a 32-bit sum comes
   // near the quotient above its own: that is 1 / divisor away, more than 2^-52 of it.
   if (divisor >= 1 && divisor * (1.0 / divisor) == 1.0) {
-    const bool isSymmetric = TapsAreSymmetric(count, tapAt);
+    const bool isSymmetric = IsSymmetric(taps_, count);
     // An integer quotient stays the same without a factor that all taps share with the divisor.
     const std::int32_t common = CommonDivisor(divisor, count, tapAt);
     divisor /= common;

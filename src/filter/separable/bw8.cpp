@@ -4,6 +4,7 @@
 
 #include "filter/filter.h"
 #include "filter/reciprocal.h"
+#include "filter/taps.h"
 
 // The three forms of the 8-bit filters. The first one that fits a kernel and divisor, whatever the pixels are, filters
 // the region; all make the same bytes.

@@ -3,6 +3,7 @@
 
 #include "filter/filter.h"
 #include "filter/separable/tile.h"
+#include "filter/taps.h"
 #include "frame/aligned_memory.h"
 #include "frame/memory.h"
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "filter/filter.h"
-#include "filter/taps.h"
 #include "frame/memory.h"
 
 // What the row and the column filters share: a column filter is a row filter whose taps lie a row apart.
@@ -37,7 +36,10 @@ struct SeparableCall {
   Tap MirroredTap(std::int32_t j) const { return LoadUnaligned<Tap>(kernel + (kernelSize - 1 - j)); }
 
   bool IsSymmetric() const {
-    return TapsAreSymmetric(kernelSize, [this](std::int32_t j) { return MirroredTap(j); });
+    for (std::int32_t j = 0; j < kernelSize / 2; ++j) {
+      if (MirroredTap(j) != MirroredTap(kernelSize - 1 - j)) return false;
+    }
+    return true;
   }
 };
 
