@@ -81,7 +81,7 @@ Kernel DrawKnown(Trial& t) {
   return t.OneOf({Kernel{{197}, 217, {255}}, Kernel{{194}, 811, {255}}, Kernel{{28513}, 32459, {255}},
                   Kernel{{2, -1}, 200, {16384, 0}}, Kernel{{100, 29}, 1, {255, 255}}, Kernel{{49}, 49, {1}},
                   Kernel{{32767, 32767, 32767}, 3, {32767}}, Kernel{{-32767, -32767, -32767}, 3, {32767}},
-                  Kernel{{8421500}, 8193, {255}}, Kernel{{8421504, 2}, 10, {255, 255}},
+                  Kernel{{8421500}, 8192, {255}}, Kernel{{8421500}, 8193, {255}}, Kernel{{8421504, 2}, 10, {255, 255}},
                   Kernel{{-8421504, -2}, 10, {255, 255}}});
 }
 
@@ -433,13 +433,17 @@ Arguments DrawReduce(Trial& t) {
   int darkest = t.OneOf({-1, -1, -1, 0, 250, 255});
   const int small = t.Int(1, 16);
   const int large = t.Int(101050, 101200);
-  const int special = t.Int(0, 50);
-  // Tables are used up to their ends; white becomes more than that; or sizes beside the bounds of decimation are so
-  // large that twice the reduced size falls behind.
-  if (special < 5) kernel.taps.assign(special == 0 ? 17 : special == 1 ? 41 : 3, 1);
-  if (special == 0) rate = static_cast<FLOAT32>(t.Real(1.001, 1.06)), size = {16, small};
-  if (special == 1) size = {42 + small, 42}, darkest = 255;
-  if (special > 1 && special < 5) {
+  const int special = t.Int(0, 40);
+  // Taps that only become positive when they are cut to 16 bits make white more than that; or sizes beside the bounds
+  // of decimation are so large that twice the reduced size falls behind.
+  if (special == 0) {
+    kernel.taps.assign(21, -375);
+    kernel.taps.begin()[10] = 7547;
+    size = {22 + small, 22};
+    darkest = 255;
+  }
+  if (special > 0 && special < 4) {
+    kernel.taps.assign(3, 1);
     rate = t.OneOf({1.99998F, 1.9999801F, 2.0000198F, 2.0000198F, 2.00002F});
     size = t.OneIn(2) ? RegionSize{large, 1} : RegionSize{1, large};
   }

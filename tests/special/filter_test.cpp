@@ -6,6 +6,7 @@
 #include <csignal>
 #include <vector>
 
+#include "filter/pyramid/layer.h"
 #include "filter/separable/bw8.h"
 #ifndef _WIN32
 #include <unistd.h>
@@ -56,6 +57,15 @@ TEST(PipelineTest, AddsOppositeValuesThatFitAWord) {
     BW8 buffer[4 * 3 + 64];
     ASSERT_EQ(kFilterColumnPipelineBW8(rows, dst, 16, {16, 1}, kernel, 3, 13131, buffer), StatusCode::Success);
     for (const BW8 pixel : dst) EXPECT_EQ(pixel, value * sign * 202 / 13131) << value;
+  }
+}
+
+// The lines of a layer lie one behind the other, up to the end of the area that is reserved for them.
+TEST(PyramidLayerTest, LinesFillTheirArea) {
+  for (const std::int32_t width : {1, 8, 9, 300}) {
+    std::vector<std::uint8_t> area(static_cast<std::size_t>(LayerLines::ByteCount(width, 17)));
+    const LayerLines lines(area.data(), width, 17);
+    EXPECT_EQ(reinterpret_cast<std::uint8_t*>(lines.fine + lines.columns), area.data() + area.size()) << width;
   }
 }
 
