@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <csignal>
+#include <tuple>
 #include <vector>
 
 #include "filter/pyramid/layer.h"
@@ -34,7 +36,12 @@ TEST(RoundedDivisionTest, IsTheRuleAtEveryThreshold) {
   for (std::int32_t divisor = 1; divisor <= (1 << 22);
        divisor += divisor <= RoundedDivision::kLargestOther ? 1 : divisor) {
     ASSERT_TRUE(RoundedDivision::Serves(divisor));
-    const RoundedDivision division = RoundedDivision::Of(divisor, DeriveDivisorScale(divisor));
+    const DivisorScale scale = DeriveDivisorScale(divisor);
+    const bool isPower = RoundedDivision::IsPowerOfTwo(divisor);
+    const int mode = !isPower ? 2 : divisor > 1 ? 1 : 0;
+    ASSERT_EQ(std::tuple(scale.mode, scale.shift, scale.addend),
+              std::tuple(mode, isPower ? std::ilogb(divisor) : 0, isPower ? divisor / 2 : 0));
+    const RoundedDivision division = RoundedDivision::Of(divisor, scale);
     const auto factor = static_cast<double>(static_cast<float>(1.0 / divisor));
     for (std::int32_t byte = 0; byte < 256; ++byte) {
       const std::int32_t threshold = byte * divisor + (divisor + 1) / 2;
