@@ -744,7 +744,7 @@ NORVALA_API int32_t NORVALA_CALL Norvala_SampleDownH2V2_JPEGBW8(const BW8* src, 
  *  The corner pixels' centres of the source region (limited to the source image) are mapped to a quadrilateral. The
  *  pixels of the destination region whose centres lie in that quadrilateral, its edges included, are written, and in
  *  the first columns those up to 1e-14 pixels beside it; all others keep their values. Each written pixel is mapped
- * back and sampled from the source image by `interpolation`:
+ *  back and sampled from the source image by `interpolation`:
  *  - #NORVALA_NEAREST: the pixel whose centre is nearest, moved unchanged;
  *  - #NORVALA_LINEAR: between the four pixels around the position;
  *  - #NORVALA_CUBIC: the Lagrange cubic through the four by four pixels around the position, extrapolated at the

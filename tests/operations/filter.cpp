@@ -441,8 +441,7 @@ Arguments DrawReduce(Trial& t) {
     kernel.taps.begin()[10] = 7547;
     size = {22 + small, 22};
     darkest = 255;
-  }
-  if (special > 0 && special < 4) {
+  } else if (special < 4) {
     kernel.taps.assign(3, 1);
     rate = t.OneOf({1.99998F, 1.9999801F, 2.0000198F, 2.0000198F, 2.00002F});
     size = t.OneIn(2) ? RegionSize{large, 1} : RegionSize{1, large};

@@ -91,8 +91,8 @@ Image::Image(Choices& choices, RegionSize size, const Around& around, int elemen
                              : bytes.data() + bytes.size() - misalign - high -
                                    (size.width + std::ptrdiff_t{around.right}) * elementSize;
   std::mt19937 random(choices.Word());
-  const auto fill = [&]<class T>(T) { Fill<T>([&] { return Noise<T>(random); }); };
   if (holdsPointers) return;
+  const auto fill = [&]<class T>(T) { Fill<T>([&] { return Noise<T>(random); }); };
   if (elementSize == 1) fill(std::uint8_t{});
   if (elementSize == 2) fill(std::uint16_t{});
   if (elementSize == 4) holdsFloats ? fill(float{}) : fill(std::uint32_t{});

@@ -21,8 +21,8 @@ namespace norvala_test {
 
 using norvala::StatusCode;
 
-// One argument of a call, of any type. A float keeps its bits: it is not returned by a function, since 32-bit code
-// would do so in a register that makes a signalling NaN a quiet one.
+// One argument of a call, of any type. A float keeps its bits: what reads it is inlined, since 32-bit functions return
+// floats in a register that makes a signalling NaN a quiet one.
 struct Value {
   template <class T>
   Value(T* address) : pointer(reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(address))) {}
